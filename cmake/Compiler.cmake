@@ -1,0 +1,31 @@
+# One interface target that every target of the house links: warnings, sanitizers, ccache.
+add_library(tambrel_compiler INTERFACE)
+target_compile_options(tambrel_compiler INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough)
+if(TAMBREL_WARNINGS_AS_ERRORS)
+  target_compile_options(tambrel_compiler INTERFACE -Werror)
+endif()
+
+if(TAMBREL_SANITIZERS)
+  target_compile_options(tambrel_compiler INTERFACE
+    -fsanitize=${TAMBREL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tambrel_compiler INTERFACE -fsanitize=${TAMBREL_SANITIZERS})
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  # A precompiled header is named by its defines and content, which ccache must be told to accept.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+    CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+  endif()
+endif()
+
+# A room of the house: a static library that exports its own folder and nothing else.
+function(tambrel_room name)
+  add_library(${name} STATIC ${ARGN})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE tambrel_compiler)
+endfunction()
