@@ -1,0 +1,58 @@
+#include "Commands.h"
+#include "ProgressBar.h"
+#include "SongFile.h"
+
+#include "OfflineRenderer.h"
+#include "SMFByteCodec.h"
+#include "SoundBank.h"
+
+#include <atomic>
+#include <csignal>
+#include <stop_token>
+
+namespace tambrel::cli {
+namespace {
+
+// A signal handler can do no more than set a flag; the rendering asks for it between two steps.
+volatile std::sig_atomic_t interruption = 0;
+
+void rememberInterruption(int signal) {
+    interruption = signal;
+}
+
+} // namespace
+
+ExitStatus runRender(const RenderCommandOptions& options) {
+    std::stop_source stop;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, rememberInterruption);
+    try {
+        const MIDIData song = readSong(options.input);
+        if (!SMFByteCodec::hasHeader(song)) {
+            complain(options.input, "The file is no Standard MIDI File.");
+            return aFileFailed;
+        }
+        const auto bank = findSoundBank(options.soundFont);
+        ProgressBar bar(options.output.filename().string());
+        const auto result = renderToWAV(song, options.output,
+                                        {.soundBank = bank,
+                                         .sampleRate = options.sampleRate,
+                                         .onProgress =
+                                             [&](double part) {
+                                                 bar.show(part);
+                                                 if (interruption != 0)
+                                                     stop.request_stop();
+                                             },
+                                         .stop = stop.get_token()});
+        if (result.wasStopped)
+            complain(options.output, "Interrupted; no file was written.");
+        return result.wasStopped ? aFileFailed : allWell;
+    } catch (const RenderError& error) {
+        complain(options.output, error.what());
+    } catch (const std::exception& error) {
+        complain(options.input, error.what());
+    }
+    return aFileFailed;
+}
+
+} // namespace tambrel::cli

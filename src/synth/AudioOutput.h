@@ -1,0 +1,65 @@
+#pragma once
+
+#include "AudioDriver.h"
+#include "ServiceThread.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+/// The audio device, opened and closed off the main thread, since either may block. Main thread only, but for
+/// the rendering.
+class AudioOutput final : private AudioSource {
+public:
+    enum class State { closed, open, failed };
+
+    /// `source` and `service` outlive this object, and `service` has run dry when it is destroyed.
+    AudioOutput(AudioSource& source, ServiceThread& service, std::vector<std::string> driverNames,
+                double sampleRate);
+
+    /// Begins to open the device, unless that was done. `state` tells what came of it.
+    void open();
+    /// Begins to close the device.
+    void close();
+    [[nodiscard]] bool isWanted() const { return wanted_; }
+    /// True when there is no device and none is being opened, so that nothing renders.
+    [[nodiscard]] bool isClosed() const {
+        return !wanted_ && pendingJobs_.load(std::memory_order_acquire) == 0;
+    }
+    [[nodiscard]] State state() const { return state_.load(std::memory_order_acquire); }
+    /// Which drivers were tried and what they answered; only in State::failed.
+    [[nodiscard]] const std::string& failureReason() const { return failureReason_; }
+
+    /// True when an open device has given up or has asked for no sound for too long. To be asked regularly.
+    [[nodiscard]] bool hasDied();
+
+private:
+    void renderAudio(float* left, float* right, int frames) noexcept override;
+    void submit(void (AudioOutput::*job)());
+    void openNow();
+    void closeNow();
+
+    AudioSource& source_;
+    ServiceThread& service_;
+    const std::vector<std::string> driverNames_;
+    const double sampleRate_;
+
+    bool wanted_ = false;
+    std::uint64_t callbacksSeen_ = 0;
+    std::chrono::steady_clock::time_point lastCallbackSeen_;
+
+    std::atomic<int> pendingJobs_{0};
+    std::atomic<State> state_{State::closed};
+    std::atomic<std::uint64_t> callbacks_{0};
+    std::atomic<std::uint64_t> failuresBefore_{0};
+    std::string failureReason_; // Written before state_ says failed, read after.
+
+    std::unique_ptr<AudioDriver> driver_; // Only the service thread touches it.
+};
+
+} // namespace tambrel

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "MIDIMessage.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace tambrel {
+
+/// What the messages up to some point of a song have left in a synthesizer that began freshly reset:
+/// everything but the notes. Sent to a freshly reset synthesizer, `messages` brings it to the same
+/// controllers, programs, pitch bend and its range, parameters and pressures as playing up to that point.
+class ChasedState {
+public:
+    /// Takes in the next message of the song. Notes are ignored.
+    void apply(MIDIMessage message);
+
+    /// The messages that bring a reset synthesizer to this state.
+    [[nodiscard]] std::vector<MIDIMessage> messages() const;
+
+private:
+    static constexpr std::uint8_t unset = 0xFF;
+    static constexpr std::size_t channelCount = 16;
+    static constexpr std::size_t valueCount = 128;
+    using Values = std::array<std::uint8_t, valueCount>;
+
+    static constexpr Values unsetValues() {
+        Values values{};
+        values.fill(unset);
+        return values;
+    }
+
+    /// One registered or non-registered parameter that was given a value.
+    struct Parameter {
+        bool isRegistered;
+        std::uint8_t numberMSB, numberLSB;
+        std::uint8_t valueMSB, valueLSB; // The low half is the one that stood when the high half came.
+    };
+
+    struct Channel {
+        Values controllers = unsetValues();
+        Values keyPressure = unsetValues();
+        std::uint8_t program = unset;
+        std::uint8_t programBankMSB = unset; // Bank select in force when the program came.
+        std::uint8_t programBankLSB = unset;
+        std::uint8_t bendLSB = unset;
+        std::uint8_t bendMSB = unset;
+        std::uint8_t pressure = unset;
+        std::uint8_t omniMode = unset; // Controller 124 or 125.
+        std::uint8_t polyMode = unset; // Controller 126 or 127.
+        std::uint8_t monoVoices = 0;
+        bool registeredIsSelected = true;
+        std::vector<Parameter> parameters; // In the order of their latest values.
+    };
+
+    void applySystem(MIDIMessage message);
+    static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
+    static void resetControllers(Channel& channel);
+    static void enterData(Channel& channel, std::uint8_t value);
+    static void appendChannel(const Channel& channel, std::uint8_t number,
+                              std::vector<MIDIMessage>& messages);
+    static void appendParameters(const Channel& channel, std::uint8_t status,
+                                 std::vector<MIDIMessage>& messages);
+
+    MIDIMessage reset_;
+    MIDIMessage masterVolume_;
+    std::array<std::uint8_t, channelCount> rhythmMaps_{unset, unset, unset, unset, unset, unset,
+                                                       unset, unset, unset, unset, unset, unset,
+                                                       unset, unset, unset, unset};
+    std::array<Channel, channelCount> channels_;
+};
+
+} // namespace tambrel

@@ -1,0 +1,260 @@
+#include "AudioDriver.h"
+#include "Synthesizer.h"
+
+#include <fluidsynth.h>
+
+#include <atomic>
+#include <string>
+
+namespace tambrel {
+namespace {
+
+// Measured so that the loudest of the songs in openttd-openmsx and planetblupi-music-midi stays below full
+// scale with the bank TimGM6mb, and the softest is well heard.
+constexpr double synthesizerGain = 0.3;
+constexpr int deviceNumber = 16; // What GS files address; universal messages reach every device.
+constexpr int framesPerPeriod = 1024;
+constexpr int periods = 2;
+
+// The library reports to one global function. While a thread opens something, its messages are gathered for
+// the error text; an error from any other thread is a driver that has given up.
+thread_local std::string* gatheredMessages = nullptr;
+std::atomic<std::uint64_t> strayErrors{0};
+
+void gatherMessage(int level, const char* message, void*) {
+    if (gatheredMessages == nullptr) {
+        if (level <= FLUID_ERR)
+            strayErrors.fetch_add(1, std::memory_order_relaxed);
+    } else if (level <= FLUID_ERR) {
+        if (!gatheredMessages->empty())
+            *gatheredMessages += "; ";
+        *gatheredMessages += message;
+    }
+}
+
+class MessageGatherer {
+public:
+    MessageGatherer() { gatheredMessages = &text_; }
+    ~MessageGatherer() { gatheredMessages = nullptr; }
+    MessageGatherer(const MessageGatherer&) = delete;
+    MessageGatherer& operator=(const MessageGatherer&) = delete;
+    [[nodiscard]] const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+struct SettingsDeleter {
+    void operator()(fluid_settings_t* settings) const { delete_fluid_settings(settings); }
+};
+struct SynthDeleter {
+    void operator()(fluid_synth_t* synth) const { delete_fluid_synth(synth); }
+};
+struct DriverDeleter {
+    void operator()(fluid_audio_driver_t* driver) const { delete_fluid_audio_driver(driver); }
+};
+using Settings = std::unique_ptr<fluid_settings_t, SettingsDeleter>;
+
+Settings makeSettings(double sampleRate) {
+    static const bool libraryIsReady = [] {
+        for (const int level : {FLUID_PANIC, FLUID_ERR, FLUID_WARN, FLUID_INFO, FLUID_DBG})
+            fluid_set_log_function(level, gatherMessage, nullptr);
+        static const char* drivers[] = {"pulseaudio", "alsa", "jack", nullptr};
+        fluid_audio_driver_register(drivers);
+        return true;
+    }();
+    static_cast<void>(libraryIsReady);
+    Settings settings(new_fluid_settings());
+    fluid_settings_setnum(settings.get(), "synth.sample-rate", sampleRate);
+    return settings;
+}
+
+} // namespace
+
+struct Synthesizer::Handles {
+    Settings settings;
+    std::unique_ptr<fluid_synth_t, SynthDeleter> synth;
+};
+
+Synthesizer::Synthesizer(double sampleRate) : handles_(std::make_unique<Handles>()) {
+    handles_->settings = makeSettings(sampleRate);
+    fluid_settings_t* settings = handles_->settings.get();
+    fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
+    fluid_settings_setint(settings, "synth.device-id", deviceNumber);
+    fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
+    fluid_settings_setint(settings, "synth.lock-memory", 0);
+    handles_->synth.reset(new_fluid_synth(settings));
+}
+
+Synthesizer::~Synthesizer() = default;
+
+void Synthesizer::loadSoundBank(const std::filesystem::path& bank) {
+    MessageGatherer messages;
+    constexpr int resetPresets = 1;
+    if (fluid_synth_sfload(handles_->synth.get(), bank.c_str(), resetPresets) == FLUID_FAILED)
+        throw SoundBankError("The sound bank " + bank.string() + " could not be loaded: " +
+                             (messages.text().empty() ? "it is no SoundFont file" : messages.text()) + ".");
+}
+
+void Synthesizer::send(MIDIMessage message) noexcept {
+    fluid_synth_t* synth = handles_->synth.get();
+    const int channel = MIDIStatus::channel(message.status);
+    switch (MIDIStatus::kind(message.status)) {
+    case MIDIStatus::noteOff:
+        fluid_synth_noteoff(synth, channel, message.data1);
+        break;
+    case MIDIStatus::noteOn:
+        fluid_synth_noteon(synth, channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::polyphonicPressure:
+        fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::controlChange:
+        fluid_synth_cc(synth, channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::programChange:
+        fluid_synth_program_change(synth, channel, message.data1);
+        break;
+    case MIDIStatus::channelPressure:
+        fluid_synth_channel_pressure(synth, channel, message.data1);
+        break;
+    case MIDIStatus::pitchBend:
+        fluid_synth_pitch_bend(synth, channel, message.data1 | message.data2 << 7);
+        break;
+    default:
+        sendSystem(message);
+        break;
+    }
+}
+
+void Synthesizer::sendSystem(MIDIMessage message) noexcept {
+    static constexpr unsigned char gmOn[] = {0x7E, 0x7F, 0x09, 0x01};
+    static constexpr unsigned char gsOn[] = {0x41, deviceNumber, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41};
+    static constexpr unsigned char xgOn[] = {0x43, deviceNumber, 0x4C, 0x00, 0x00, 0x7E, 0x00};
+    fluid_synth_t* synth = handles_->synth.get();
+    const auto pass = [synth](const auto& bytes) {
+        fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr, nullptr,
+                          nullptr, 0);
+        fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+    };
+    switch (message.systemKind()) {
+    case SystemMessage::gmReset:
+        pass(gmOn);
+        break;
+    case SystemMessage::gsReset:
+        pass(gsOn);
+        break;
+    case SystemMessage::xgReset:
+        pass(xgOn);
+        break;
+    case SystemMessage::masterVolume: {
+        constexpr float fullVolume = 16383;
+        const float volume = static_cast<float>(message.data2 | message.data3 << 7) / fullVolume;
+        fluid_synth_set_gain(synth,
+                             static_cast<float>(synthesizerGain) * volume * volume); // RP-024: 40 log10
+        break;
+    }
+    case SystemMessage::rhythmPart:
+        fluid_synth_set_channel_type(synth, message.data2,
+                                     message.data3 == 0 ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+        fluid_synth_program_change(synth, message.data2, 0);
+        break;
+    case SystemMessage::none:
+        break;
+    }
+}
+
+void Synthesizer::reset() noexcept {
+    fluid_synth_t* synth = handles_->synth.get();
+    fluid_synth_system_reset(synth);
+    fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+}
+
+void Synthesizer::releaseNotes() noexcept {
+    fluid_synth_t* synth = handles_->synth.get();
+    constexpr int channels = 16;
+    for (int channel = 0; channel < channels; ++channel) {
+        fluid_synth_cc(synth, channel, Controller::sustain, 0);
+        fluid_synth_cc(synth, channel, Controller::sostenuto, 0);
+    }
+    constexpr int allChannels = -1;
+    fluid_synth_all_notes_off(synth, allChannels);
+}
+
+void Synthesizer::render(float* left, float* right, int frames) noexcept {
+    fluid_synth_write_float(handles_->synth.get(), frames, left, 0, 1, right, 0, 1);
+}
+
+int Synthesizer::activeVoices() const noexcept {
+    return fluid_synth_get_active_voice_count(handles_->synth.get());
+}
+
+ChannelReading Synthesizer::channel(int number) const {
+    fluid_synth_t* synth = handles_->synth.get();
+    ChannelReading reading;
+    for (int controller = 0; controller < 128; ++controller)
+        fluid_synth_get_cc(synth, number, controller,
+                           &reading.controllers[static_cast<std::size_t>(controller)]);
+    int bankNumber = 0;
+    fluid_synth_get_program(synth, number, &bankNumber, &reading.bank, &reading.program);
+    fluid_synth_get_pitch_bend(synth, number, &reading.pitchBend);
+    fluid_synth_get_pitch_wheel_sens(synth, number, &reading.bendRange);
+    reading.fineTune = fluid_synth_get_gen(synth, number, GEN_FINETUNE);
+    reading.coarseTune = fluid_synth_get_gen(synth, number, GEN_COARSETUNE);
+    return reading;
+}
+
+namespace {
+
+class FluidAudioDriver final : public AudioDriver {
+public:
+    FluidAudioDriver(const std::string& name, double sampleRate, AudioSource& source)
+        : settings_(makeSettings(sampleRate)), source_(source) {
+        MessageGatherer messages;
+        fluid_settings_setstr(settings_.get(), "audio.driver", name.c_str());
+        fluid_settings_setint(settings_.get(), "audio.period-size", framesPerPeriod);
+        fluid_settings_setint(settings_.get(), "audio.periods", periods);
+        fluid_settings_setstr(settings_.get(), "audio.jack.id", "Tambrel");
+        driver_.reset(new_fluid_audio_driver2(settings_.get(), callback, this));
+        if (!driver_)
+            throw AudioDriverError(name + ": " +
+                                   (messages.text().empty() ? "not available" : messages.text()));
+    }
+
+private:
+    static int callback(void* self, int frames, int, float**, int, float* out[]) {
+        static_cast<FluidAudioDriver*>(self)->source_.renderAudio(out[0], out[1], frames);
+        return FLUID_OK;
+    }
+
+    Settings settings_;
+    AudioSource& source_;
+    std::unique_ptr<fluid_audio_driver_t, DriverDeleter> driver_; // Last: its thread uses all of the above.
+};
+
+} // namespace
+
+std::uint64_t audioDriverFailures() noexcept {
+    return strayErrors.load(std::memory_order_relaxed);
+}
+
+std::vector<std::string> defaultAudioDrivers() {
+    return {"pulseaudio", "alsa", "jack"};
+}
+
+std::unique_ptr<AudioDriver> openAudioDriver(const std::vector<std::string>& names, double sampleRate,
+                                             AudioSource& source) {
+    std::string answers;
+    for (const std::string& name : names) {
+        if (name == silentDriverName)
+            return openSilentDriver(sampleRate, source);
+        try {
+            return std::make_unique<FluidAudioDriver>(name, sampleRate, source);
+        } catch (const AudioDriverError& error) {
+            answers += (answers.empty() ? "" : "; ") + std::string(error.what());
+        }
+    }
+    throw AudioDriverError("No sound output could be opened. Tried " + answers + ".");
+}
+
+} // namespace tambrel

@@ -1,0 +1,246 @@
+#include "GeneralMIDIEngine.h"
+
+#include "SMFByteCodec.h"
+#include "SoundBank.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr double outputSampleRate = 48000;
+constexpr auto housekeepingInterval = 50ms;
+constexpr auto retryInterval = 300ms;
+constexpr auto idleTime = 5s; // Before the device is released.
+
+} // namespace
+
+/// One song on the engine. The position is kept here while the song does not play.
+class GeneralMIDIEngine::Player final : public MIDIFilePlayer {
+public:
+    Player(GeneralMIDIEngine& engine, std::shared_ptr<const Timeline> song)
+        : engine_(engine), song_(std::move(song)) {}
+    ~Player() override { stop(); }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+
+    void prepareToPlay() override { engine_.prepare(); }
+
+    void play(std::function<void()> onCompletion) override {
+        position_ = currentPosition();
+        onCompletion_ = std::move(onCompletion);
+        engine_.start(*this, position_);
+    }
+
+    void stop() override {
+        position_ = currentPosition();
+        onCompletion_ = nullptr;
+        engine_.halt(*this);
+    }
+
+    [[nodiscard]] double currentPosition() const override {
+        return engine_.playing_ == this ? engine_.sequencer_.position() : position_;
+    }
+
+    void setCurrentPosition(double seconds) override {
+        const bool plays = isPlaying();
+        settle();
+        position_ = std::clamp(seconds, 0.0, duration());
+        if (plays)
+            engine_.start(*this, position_);
+    }
+
+    [[nodiscard]] double duration() const override { return song_->duration(); }
+    [[nodiscard]] bool isPlaying() const override { return engine_.isPlaying(*this); }
+    [[nodiscard]] const std::shared_ptr<const Timeline>& song() const { return song_; }
+
+    /// The song has been played to its end: keeps the position, lets the last notes ring.
+    void complete() {
+        settle();
+        if (const auto callback = std::exchange(onCompletion_, nullptr))
+            callback();
+    }
+
+private:
+    // Leaves the engine alone with its last notes, when the song is over.
+    void settle() {
+        if (engine_.playing_ != this || isPlaying())
+            return;
+        position_ = currentPosition();
+        engine_.playing_ = nullptr;
+    }
+
+    GeneralMIDIEngine& engine_;
+    std::shared_ptr<const Timeline> song_;
+    double position_ = 0;
+    std::function<void()> onCompletion_;
+};
+
+GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
+    : options_(std::move(options)),
+      sequencer_(outputSampleRate),
+      service_(std::make_unique<ServiceThread>()) {
+    if (options_.audioDrivers.empty())
+        options_.audioDrivers = defaultAudioDrivers();
+    output_ = std::make_unique<AudioOutput>(sequencer_, *service_, options_.audioDrivers, outputSampleRate);
+    housekeeping_.setInterval(housekeepingInterval);
+    QObject::connect(&housekeeping_, &QTimer::timeout, [this] { keepHouse(); });
+}
+
+GeneralMIDIEngine::~GeneralMIDIEngine() {
+    output_->close();
+    service_.reset(); // Runs all that was submitted; the device is closed then.
+}
+
+void GeneralMIDIEngine::loadSoundBank() {
+    const BankState state = bankState_.load(std::memory_order_acquire);
+    if (state == BankState::loading || state == BankState::ready)
+        return;
+    soundBank_ = findSoundBank(options_.soundBank);
+    bankState_.store(BankState::loading, std::memory_order_relaxed);
+    service_->submit([this] {
+        try {
+            auto synthesizer = std::make_unique<Synthesizer>(outputSampleRate);
+            synthesizer->loadSoundBank(soundBank_);
+            synthesizer_ = std::move(synthesizer);
+            sequencer_.setSynthesizer(*synthesizer_);
+            bankState_.store(BankState::ready, std::memory_order_release);
+        } catch (const SoundBankError& error) {
+            bankFailure_ = error.what();
+            bankState_.store(BankState::failed, std::memory_order_release);
+        }
+    });
+    housekeeping_.start();
+}
+
+bool GeneralMIDIEngine::isLoadingSoundBank() const {
+    return bankState_.load(std::memory_order_acquire) == BankState::loading;
+}
+
+std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const MIDIData& song) {
+    if (!SMFByteCodec::hasHeader(song))
+        throw std::invalid_argument("The data is no Standard MIDI File.");
+    loadSoundBank();
+    return std::make_unique<Player>(*this, Timeline::build(song));
+}
+
+void GeneralMIDIEngine::prepare() {
+    lastUse_ = Clock::now();
+    output_->open();
+    housekeeping_.start();
+}
+
+void GeneralMIDIEngine::start(Player& player, double seconds) {
+    playing_ = &player;
+    sounding_ = &player;
+    sequencer_.play(player.song(), seconds);
+    prepare();
+}
+
+void GeneralMIDIEngine::halt(const Player& player) {
+    if (sounding_ != &player)
+        return;
+    playing_ = nullptr;
+    sounding_ = nullptr;
+    lastUse_ = Clock::now();
+    sequencer_.halt();
+    housekeeping_.start();
+}
+
+bool GeneralMIDIEngine::isPlaying(const Player& player) const {
+    return playing_ == &player && !sequencer_.hasFinished();
+}
+
+void GeneralMIDIEngine::keepHouse() {
+    watchSong();
+    watchBank();
+    watchOutput();
+    releaseWhenIdle();
+}
+
+void GeneralMIDIEngine::watchSong() {
+    if (playing_ == nullptr)
+        return;
+    lastUse_ = Clock::now();
+    if (sequencer_.hasFinished())
+        playing_->complete();
+}
+
+void GeneralMIDIEngine::watchBank() {
+    if (bankState_.load(std::memory_order_acquire) == BankState::failed) {
+        bankState_.store(BankState::none, std::memory_order_relaxed); // The next player tries again.
+        fail(bankFailure_);
+    }
+}
+
+void GeneralMIDIEngine::watchOutput() {
+    if (!output_->isWanted())
+        return;
+    switch (output_->state()) {
+    case AudioOutput::State::open:
+        outputHasWorked_ = true;
+        if (output_->hasDied()) {
+            notice("Sound output lost; opening it again");
+            outputWasLost_ = true;
+            output_->close();
+            output_->open();
+        } else if (std::exchange(outputWasLost_, false)) {
+            notice("Sound output opened again");
+        }
+        break;
+    case AudioOutput::State::failed:
+        if (!outputHasWorked_ || (playing_ == nullptr && !outputWasLost_)) {
+            const std::string reason = output_->failureReason();
+            output_->close();
+            fail(reason);
+        } else if (Clock::now() - lastAttempt_ > retryInterval) {
+            lastAttempt_ = Clock::now();
+            outputWasLost_ = true;
+            output_->close();
+            output_->open();
+        }
+        break;
+    case AudioOutput::State::closed: // Being opened.
+        break;
+    }
+}
+
+void GeneralMIDIEngine::releaseWhenIdle() {
+    const bool isIdle = playing_ == nullptr && Clock::now() - lastUse_ > idleTime;
+    if (output_->isWanted() && isIdle) {
+        outputWasLost_ = false;
+        output_->close();
+    }
+    if (!output_->isClosed() || isLoadingSoundBank())
+        return;
+    if (bankState_.load(std::memory_order_acquire) == BankState::ready)
+        silenceWithoutDevice();
+    if (sequencer_.collect())
+        housekeeping_.stop();
+}
+
+// With no device to ask for sound, nobody else carries out an order to halt, which lets go of the song.
+void GeneralMIDIEngine::silenceWithoutDevice() {
+    std::array<float, synthesizerBlock> left{};
+    std::array<float, synthesizerBlock> right{};
+    while (!sequencer_.isSilent())
+        sequencer_.renderAudio(left.data(), right.data(), synthesizerBlock);
+}
+
+void GeneralMIDIEngine::fail(const std::string& reason) {
+    if (onFailure)
+        onFailure(reason);
+}
+
+void GeneralMIDIEngine::notice(const std::string& sentence) const {
+    if (onNotice)
+        onNotice(sentence);
+}
+
+} // namespace tambrel

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "AudioOutput.h"
+#include "MIDIFilePlayer.h"
+#include "Sequencer.h"
+#include "ServiceThread.h"
+
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+struct GeneralMIDIOptions {
+    std::filesystem::path soundBank;       ///< Empty for the system's default bank.
+    std::vector<std::string> audioDrivers; ///< Empty for the default drivers.
+};
+
+/// One synthesizer, one sound bank and one audio device for the whole run, and the players on top of them.
+/// Bank and device are got ready in the background. While a song plays, a device that dies is opened anew and
+/// the song goes on where it was; when nothing plays for a few seconds, the device is released. Main thread
+/// only. Outlives its players.
+class GeneralMIDIEngine {
+public:
+    explicit GeneralMIDIEngine(GeneralMIDIOptions options);
+    ~GeneralMIDIEngine();
+    GeneralMIDIEngine(const GeneralMIDIEngine&) = delete;
+    GeneralMIDIEngine& operator=(const GeneralMIDIEngine&) = delete;
+
+    /// Called when the bank turns out to be broken or no device can be opened, with the reason. Songs cannot
+    /// be played then; a player created later tries again.
+    std::function<void(const std::string& reason)> onFailure;
+    /// Called with a sentence when the device was lost, or is back.
+    std::function<void(const std::string& sentence)> onNotice;
+
+    /// Begins to load the bank, unless that was done. Throws SoundBankError when there is none.
+    void loadSoundBank();
+    /// True while the bank is being loaded, which cannot be interrupted.
+    [[nodiscard]] bool isLoadingSoundBank() const;
+    /// The bank in use, or the one that is being loaded; empty before.
+    [[nodiscard]] const std::filesystem::path& soundBank() const { return soundBank_; }
+
+    /// A player for the song. Throws SoundBankError when there is no bank, std::invalid_argument when the
+    /// data is no Standard MIDI File.
+    [[nodiscard]] std::unique_ptr<MIDIFilePlayer> makePlayer(const MIDIData& song);
+
+private:
+    class Player;
+    enum class BankState { none, loading, ready, failed };
+
+    void prepare();
+    void start(Player& player, double seconds);
+    void halt(const Player& player);
+    [[nodiscard]] bool isPlaying(const Player& player) const;
+
+    void keepHouse();
+    void watchBank();
+    void watchOutput();
+    void watchSong();
+    void releaseWhenIdle();
+    void silenceWithoutDevice();
+    void fail(const std::string& reason);
+    void notice(const std::string& sentence) const;
+
+    GeneralMIDIOptions options_;
+    std::filesystem::path soundBank_;
+    Sequencer sequencer_;
+    std::unique_ptr<Synthesizer> synthesizer_; // Made by the service thread, used by the rendering.
+    std::atomic<BankState> bankState_{BankState::none};
+    std::string bankFailure_; // Written before bankState_ says failed, read after.
+
+    Player* playing_ = nullptr;        // Until it stops or its song is over.
+    const Player* sounding_ = nullptr; // Until it stops, be its song over or not.
+    bool outputHasWorked_ = false;
+    bool outputWasLost_ = false;
+    std::chrono::steady_clock::time_point lastUse_;
+    std::chrono::steady_clock::time_point lastAttempt_;
+    QTimer housekeeping_; // Runs while there is anything to watch.
+
+    std::unique_ptr<ServiceThread> service_;
+    std::unique_ptr<AudioOutput> output_;
+};
+
+} // namespace tambrel

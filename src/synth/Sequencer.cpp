@@ -1,0 +1,215 @@
+#include "Sequencer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tambrel {
+namespace {
+
+constexpr int fadeFrames = 5 * synthesizerBlock; // 7 ms at 48 kHz: short, and free of a click.
+constexpr float inaudible = 1.0F / (1 << 15);    // One step of a 16-bit sample.
+constexpr double quietSecondsToEnd = 0.1;
+constexpr double longestRinging = 10; // For banks with voices that never decay.
+
+} // namespace
+
+/// What to do next: play a song from a place, or nothing (no song).
+struct Sequencer::Order {
+    std::uint64_t serial = 0;
+    std::shared_ptr<const Timeline> song;
+    std::int64_t firstFrame = 0;
+    std::int64_t songFrames = 0;
+    std::size_t firstEvent = 0;
+    std::vector<MIDIMessage> chasedState;
+    std::optional<TempoMap::Cursor> tempo;
+    Order* next = nullptr;
+};
+
+Sequencer::Sequencer(double sampleRate) : sampleRate_(sampleRate) {}
+
+Sequencer::~Sequencer() {
+    for (Order* order : {incoming_.load(), current_, waiting_})
+        delete order;
+    collect();
+}
+
+// --- Control side ---
+
+void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
+    auto order = std::make_unique<Order>();
+    song_ = std::move(song);
+    start_ = std::clamp(seconds, 0.0, song_->duration());
+    order->song = song_;
+    order->firstFrame = std::llround(start_ * sampleRate_);
+    order->songFrames = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
+    // What belongs to this very moment is played, not chased.
+    order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
+    order->chasedState = song_->stateBefore(order->firstEvent).messages();
+    order->tempo.emplace(song_->tempoMap(), start_);
+    send(std::move(order));
+}
+
+void Sequencer::halt() {
+    song_.reset();
+    start_ = 0;
+    send(std::make_unique<Order>());
+}
+
+void Sequencer::send(std::unique_ptr<Order> order) {
+    order->serial = ++lastSerial_;
+    ++ordersOut_;
+    // An order that nobody has taken yet is void: the new one says all there is to do.
+    if (const std::unique_ptr<Order> overtaken{
+            incoming_.exchange(order.release(), std::memory_order_acq_rel)})
+        --ordersOut_;
+    collect();
+}
+
+double Sequencer::position() const {
+    if (!song_ || serial_.load(std::memory_order_acquire) != lastSerial_)
+        return start_;
+    const double rendered = static_cast<double>(frame_.load(std::memory_order_relaxed)) / sampleRate_;
+    return hasFinished() ? song_->duration() : std::clamp(rendered, start_, song_->duration());
+}
+
+bool Sequencer::hasFinished() const {
+    return song_ && finishedSerial_.load(std::memory_order_acquire) == lastSerial_;
+}
+
+bool Sequencer::isSilent() const {
+    return serial_.load(std::memory_order_acquire) == lastSerial_ &&
+           soundless_.load(std::memory_order_acquire);
+}
+
+bool Sequencer::collect() {
+    Order* order = retired_.exchange(nullptr, std::memory_order_acquire);
+    while (order != nullptr) {
+        const std::unique_ptr<Order> done(order);
+        order = done->next;
+        --ordersOut_;
+    }
+    return ordersOut_ <= 1;
+}
+
+// --- Rendering side ---
+
+void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
+    if (synthesizer_ != nullptr)
+        takeOrder();
+    while (frames > 0) {
+        if (blockOffset_ == 0)
+            beginBlock();
+        const int step = std::min(frames, synthesizerBlock - blockOffset_);
+        if (phase_ == Phase::silent) {
+            std::fill_n(left, step, 0.0F);
+            std::fill_n(right, step, 0.0F);
+        } else {
+            synthesizer_->render(left, right, step);
+        }
+        if (phase_ == Phase::fading)
+            fade(left, right, step);
+        else if (phase_ == Phase::ringing)
+            listenToRinging(left, right, step);
+        blockOffset_ = (blockOffset_ + step) % synthesizerBlock;
+        left += step;
+        right += step;
+        frames -= step;
+    }
+}
+
+void Sequencer::takeOrder() noexcept {
+    if (incoming_.load(std::memory_order_relaxed) == nullptr)
+        return;
+    retire(std::exchange(waiting_, incoming_.exchange(nullptr, std::memory_order_acq_rel)));
+    if (phase_ == Phase::playing || phase_ == Phase::ringing)
+        startFading();
+}
+
+void Sequencer::retire(Order* order) noexcept {
+    if (order == nullptr)
+        return;
+    order->next = retired_.load(std::memory_order_relaxed);
+    while (!retired_.compare_exchange_weak(order->next, order, std::memory_order_release,
+                                           std::memory_order_relaxed)) {
+    }
+}
+
+void Sequencer::startFading() noexcept {
+    phase_ = Phase::fading;
+    fadeLeft_ = fadeFrames;
+}
+
+void Sequencer::beginBlock() noexcept {
+    const bool hasFaded = phase_ == Phase::fading && fadeLeft_ <= 0;
+    if (waiting_ != nullptr && (phase_ == Phase::silent || hasFaded))
+        carryOut();
+    else if (hasFaded)
+        goSilent();
+    if (phase_ == Phase::playing)
+        playEvents();
+}
+
+void Sequencer::carryOut() noexcept {
+    retire(std::exchange(current_, std::exchange(waiting_, nullptr)));
+    if (current_->song) {
+        synthesizer_->reset();
+        for (const MIDIMessage message : current_->chasedState)
+            synthesizer_->send(message);
+        nextEvent_ = current_->firstEvent;
+        position_ = current_->firstFrame;
+        frame_.store(position_, std::memory_order_relaxed);
+        phase_ = Phase::playing;
+        soundless_.store(false, std::memory_order_release);
+    } else {
+        goSilent();
+    }
+    serial_.store(current_->serial, std::memory_order_release);
+}
+
+void Sequencer::goSilent() noexcept {
+    synthesizer_->reset();
+    phase_ = Phase::silent;
+    soundless_.store(true, std::memory_order_release);
+}
+
+void Sequencer::playEvents() noexcept {
+    const auto events = current_->song->events();
+    const bool isOver = position_ >= current_->songFrames;
+    // The block that lies nearest to an event plays it.
+    const double nearest = (static_cast<double>(position_) + synthesizerBlock / 2.0) / sampleRate_;
+    const std::uint32_t tick = current_->tempo->tickAt(nearest);
+    for (; nextEvent_ < events.size() && (isOver || events[nextEvent_].tick <= tick); ++nextEvent_)
+        synthesizer_->send(events[nextEvent_].message);
+    frame_.store(position_, std::memory_order_relaxed);
+    position_ += synthesizerBlock;
+    if (isOver) {
+        synthesizer_->releaseNotes();
+        phase_ = Phase::ringing;
+        quietFrames_ = ringingFrames_ = 0;
+        finishedSerial_.store(current_->serial, std::memory_order_release);
+    }
+}
+
+void Sequencer::listenToRinging(const float* left, const float* right, int frames) noexcept {
+    const auto isLoud = [](float sample) { return std::abs(sample) > inaudible; };
+    const bool heard = std::any_of(left, left + frames, isLoud) || std::any_of(right, right + frames, isLoud);
+    quietFrames_ = heard ? 0 : quietFrames_ + frames;
+    ringingFrames_ += frames;
+    const bool hasRungOut = static_cast<double>(quietFrames_) > quietSecondsToEnd * sampleRate_ &&
+                            synthesizer_->activeVoices() == 0;
+    if (hasRungOut || static_cast<double>(ringingFrames_) > longestRinging * sampleRate_)
+        startFading();
+}
+
+void Sequencer::fade(float* left, float* right, int frames) noexcept {
+    for (int frame = 0; frame < frames; ++frame) {
+        const float gain = static_cast<float>(std::max(fadeLeft_--, 0)) / fadeFrames;
+        left[frame] *= gain;
+        right[frame] *= gain;
+    }
+}
+
+} // namespace tambrel

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "AudioDriver.h"
+#include "Synthesizer.h"
+#include "Timeline.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace tambrel {
+
+/// Plays timelines on the synthesizer. Two sides that share no lock: the control side (one thread, the main
+/// thread in the window) says what to play, `renderAudio` (the audio callback, or a loop that renders to a
+/// file) plays it. Orders are handed over whole through one atomic pointer and come back through another, to
+/// be freed by the control side, so that rendering never allocates, locks or frees. Events start on blocks of
+/// 64 frames.
+class Sequencer final : public AudioSource {
+public:
+    explicit Sequencer(double sampleRate);
+    ~Sequencer() override;
+    Sequencer(const Sequencer&) = delete;
+    Sequencer& operator=(const Sequencer&) = delete;
+
+    /// Before the first `renderAudio`; not owned.
+    void setSynthesizer(Synthesizer& synthesizer) { synthesizer_ = &synthesizer; }
+    [[nodiscard]] double sampleRate() const { return sampleRate_; }
+
+    // --- Control side ---
+
+    /// Plays `song` from `seconds` (0 to its duration) on: what sounds is faded out within a few
+    /// milliseconds, the channels get the state that playing up to there would have left, then the song goes
+    /// on.
+    void play(std::shared_ptr<const Timeline> song, double seconds);
+    /// Fades out what sounds; nothing sounds any more after a few milliseconds of rendering.
+    void halt();
+    /// Seconds into the song of the latest `play`: what has been rendered, never beyond the song's end.
+    /// 0 after `halt`.
+    [[nodiscard]] double position() const;
+    /// True once the song of the latest `play` has been rendered to its end; its last notes may still ring
+    /// out.
+    [[nodiscard]] bool hasFinished() const;
+    /// True while rendering gives nothing but silence and nothing waits to be played.
+    [[nodiscard]] bool isSilent() const;
+    /// Frees what rendering has let go of. False while rendering still holds an older order.
+    bool collect();
+
+    // --- Rendering side ---
+
+    void renderAudio(float* left, float* right, int frames) noexcept override;
+
+private:
+    struct Order;
+    enum class Phase {
+        silent,
+        playing,
+        ringing, ///< The song is over, its last notes ring out.
+        fading,  ///< What sounds is on its way out, then the order that waits is carried out.
+    };
+
+    void send(std::unique_ptr<Order> order);
+    void takeOrder() noexcept;
+    void carryOut() noexcept;
+    void retire(Order* order) noexcept;
+    void beginBlock() noexcept;
+    void playEvents() noexcept;
+    void startFading() noexcept;
+    void goSilent() noexcept;
+    void listenToRinging(const float* left, const float* right, int frames) noexcept;
+    void fade(float* left, float* right, int frames) noexcept;
+
+    const double sampleRate_;
+    Synthesizer* synthesizer_ = nullptr;
+
+    // Control side.
+    std::uint64_t lastSerial_ = 0;
+    std::shared_ptr<const Timeline> song_; // Of the latest order; empty when that was to halt.
+    double start_ = 0;                     // Where the latest order begins, in seconds.
+    std::size_t ordersOut_ = 0;            // Sent and not yet freed.
+
+    // Hand-over.
+    std::atomic<Order*> incoming_{nullptr};
+    std::atomic<Order*> retired_{nullptr}; // A list through Order::next.
+    std::atomic<std::uint64_t> serial_{0}; // Of the order being carried out.
+    std::atomic<std::int64_t> frame_{0};   // Rendered frames of its song.
+    std::atomic<std::uint64_t> finishedSerial_{0};
+    std::atomic<bool> soundless_{true};
+
+    // Rendering side.
+    Phase phase_ = Phase::silent;
+    Order* current_ = nullptr;
+    Order* waiting_ = nullptr;
+    std::size_t nextEvent_ = 0;
+    std::int64_t position_ = 0; // Frames into the song at the start of the next block.
+    int blockOffset_ = 0;       // Frames of the current block that have been given out.
+    int fadeLeft_ = 0;          // Frames of the fade that are still to come.
+    std::int64_t quietFrames_ = 0;
+    std::int64_t ringingFrames_ = 0;
+};
+
+} // namespace tambrel
