@@ -1,0 +1,172 @@
+#include "TambrelBetaLog.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <cassert>
+
+namespace tambrel {
+
+QString betaLogFolder(const QString& applicationData) {
+    const QString base = applicationData.isEmpty() ? QDir::tempPath() : applicationData;
+    return base + QStringLiteral("/Kestrune Software/Tambrel/Beta Logs");
+}
+
+QString standardBetaLogFolder() {
+    return betaLogFolder(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+}
+
+TambrelBetaLog& TambrelBetaLog::shared() {
+    static TambrelBetaLog log;
+    return log;
+}
+
+void TambrelBetaLog::configure(TambrelBetaLogServices services) {
+    assert(!services_);
+    services_.emplace(std::move(services));
+}
+
+void TambrelBetaLog::close() {
+    store_.reset();
+    mediumDateTime_ = nullptr;
+    sink_ = nullptr;
+    services_.reset();
+}
+
+void TambrelBetaLog::error(const std::exception& error, std::string_view function) {
+    if (diagnosticsEnabled())
+        log(std::string("Error: ").append(error.what()), function);
+}
+
+void TambrelBetaLog::startSession() {
+    if (!diagnosticsEnabled() || isRunningUnderXCTest())
+        return;
+    askForConsentOnce();
+    if (!fileLoggingEnabled()) {
+        debug("betaLOG file logging disabled. Debugging Window logging remains available.");
+        return;
+    }
+    inStore([header = initialLogText(), marker = "Session active since " + timestamp() + '\n',
+             line = formattedLine("Application Session Started", "TambrelBetaLog.startSession")](
+                const TambrelBetaLogStore& files) { return files.startSession(header, marker, line); },
+            [this](const TambrelBetaLogStore::StartResult& result) { sessionStarted(result); });
+}
+
+void TambrelBetaLog::finishSession() {
+    if (!diagnosticsEnabled())
+        return;
+    log("Application Session Ended Normally", "TambrelBetaLog.finishSession");
+    auto& [files, executor] = storeThread();
+    executor.run([&files = files] { files.finishSession(); });
+}
+
+void TambrelBetaLog::log(std::string_view message, std::string_view function) {
+    auto line = formattedLine(message, function);
+    show(line);
+    if (!fileLoggingEnabled())
+        return;
+    inStore([header = initialLogText(), line = std::move(line)](
+                const TambrelBetaLogStore& files) { return files.writeEntry(header, line); },
+            [this](const std::optional<std::string>& failure) {
+                if (failure)
+                    debug("betaLOG write failed: " + *failure);
+            });
+}
+
+void TambrelBetaLog::debug(std::string_view text) {
+    show('[' + timestamp().append("] ").append(text) + '\n');
+}
+
+bool TambrelBetaLog::fileLoggingEnabled() const {
+    return services_->settings.value(fileLoggingEnabledKey, false).toBool();
+}
+
+std::string TambrelBetaLog::timestamp() {
+    if (!mediumDateTime_)
+        mediumDateTime_ = makeMediumDateTimeFormatter(timeLocale(services_->environment));
+    return mediumDateTime_(services_->now());
+}
+
+std::string TambrelBetaLog::fileTimestamp() const {
+    using std::chrono::milliseconds;
+    const auto now = std::chrono::floor<milliseconds>(services_->now()).time_since_epoch();
+    return QDateTime::fromMSecsSinceEpoch(now.count()).toString(u"yyyyMMdd-HHmmss").toStdString();
+}
+
+std::string TambrelBetaLog::applicationInfoReport() {
+    const auto& info = services_->info;
+    const std::string unknown = "Unknown";
+    const auto name = info.displayName ? info.displayName : info.name;
+    return "Tambrel App Info:\nApp Name: " + name.value_or("Tambrel") +
+           "\nVersion: " + info.shortVersion.value_or(unknown) + "\nBuild: " + info.build.value_or(unknown) +
+           "\nBundle Identifier: " + info.identifier.value_or(unknown) +
+           "\nDiagnostics Enabled: " + (diagnosticsEnabled() ? "YES" : "NO") + "\nCollected: " + timestamp();
+}
+
+TambrelBetaLog::StoreThread& TambrelBetaLog::storeThread() {
+    if (!store_)
+        store_.reset(new StoreThread{TambrelBetaLogStore(services_->folder), {}});
+    return *store_;
+}
+
+void TambrelBetaLog::logDetail(std::string_view detail, std::string_view whenEmpty,
+                               std::string_view function) {
+    log(detail.empty() ? whenEmpty : detail, function);
+}
+
+void TambrelBetaLog::show(const std::string& line) const {
+    if (sink_)
+        sink_(line);
+}
+
+bool TambrelBetaLog::isRunningUnderXCTest() const {
+    return services_->environment("XCTestConfigurationFilePath").has_value();
+}
+
+std::string TambrelBetaLog::formattedLine(std::string_view message, std::string_view function) {
+    return '[' + timestamp().append("] ").append(message).append(" | ").append(function) + '\n';
+}
+
+std::string TambrelBetaLog::initialLogText() {
+    return "Tambrel betaLOG\nCreated: " + timestamp() +
+           "\nPurpose: crash and freeze reports for Kestrune Software beta testing.\n\n" +
+           applicationInfoReport() + '\n';
+}
+
+void TambrelBetaLog::askForConsentOnce() {
+    auto& settings = services_->settings;
+    if (settings.value(consentAskedKey, false).toBool())
+        return;
+    const bool allowed = services_->ask(
+        {.message = "Allow Tambrel to create a beta log file?",
+         .informative = "The beta log is used only for crashes and freezes. You can still use the Debugging "
+                        "Window if you choose not to create a file.",
+         .firstButton = "Allow",
+         .secondButton = "Not Now"});
+    settings.setValue(consentAskedKey, true);
+    settings.setValue(fileLoggingEnabledKey, allowed);
+    // At once, so that a run that crashes does not ask again in the next one.
+    settings.sync();
+}
+
+void TambrelBetaLog::sessionStarted(const TambrelBetaLogStore::StartResult& result) {
+    if (result.errorMessage)
+        debug("betaLOG file setup failed: " + *result.errorMessage);
+    if (!result.previousSessionWasActive)
+        return;
+    log("Possible previous crash or forced quit detected", "TambrelBetaLog.startSession");
+    offerBugReport();
+}
+
+void TambrelBetaLog::offerBugReport() {
+    if (!services_->emailCompleteBugReport)
+        return;
+    if (services_->ask({.message = "Tambrel may not have closed normally last time.",
+                        .informative = "Would you like to email the beta log to Kestrune Software?",
+                        .firstButton = "Email Report",
+                        .secondButton = "Not Now"}))
+        services_->emailCompleteBugReport();
+}
+
+} // namespace tambrel

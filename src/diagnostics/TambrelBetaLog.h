@@ -1,0 +1,176 @@
+#pragma once
+
+#include "ApplicationInfo.h"
+#include "MediumDateTime.h"
+#include "SerialExecutor.h"
+#include "TambrelBetaLogStore.h"
+
+#include <QSettings>
+#include <QString>
+
+#include <chrono>
+#include <concepts>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace tambrel {
+
+/// "Kestrune Software/Tambrel/Beta Logs" in the user's folder for application data, or in the temporary
+/// folder when there is none.
+[[nodiscard]] QString betaLogFolder(const QString& applicationData);
+[[nodiscard]] QString standardBetaLogFolder();
+
+/// A question with two answers.
+struct ModalQuestion {
+    std::string message;
+    std::string informative;
+    std::string firstButton; ///< The default one.
+    std::string secondButton;
+};
+
+/// What the log needs from the world around it. The verbs are called on the main thread.
+struct TambrelBetaLogServices {
+    ApplicationInfo info;
+    QSettings& settings; ///< Outlives the log.
+    /// Asks modally; true when the first button was chosen.
+    std::function<bool(const ModalQuestion&)> ask;
+    /// Starts the bug report of a previous crash. Empty: the user is not asked about it.
+    std::function<void()> emailCompleteBugReport = {};
+    QString folder = standardBetaLogFolder();
+    EnvironmentLookup environment = processEnvironment;
+    std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
+};
+
+/// The text of an entry: a text, or a callable that composes it when it is needed.
+template<class T>
+concept LogText =
+    std::convertible_to<const T&, std::string_view> || std::is_invocable_r_v<std::string, const T&>;
+
+/// The diagnostic log, the betaLOG: one line per entry, "[time stamp] message | procedure name", to the
+/// debugging window's sink and, when the user has agreed, to a file. Used on the main thread only. Texts are
+/// UTF-8.
+///
+/// Whether diagnostics are enabled is asked on every call and before anything is composed: with diagnostics
+/// off a call costs a few nanoseconds. A log that has not been configured is off. File failures reach nobody
+/// but the debugging window.
+class TambrelBetaLog {
+public:
+    static constexpr std::string_view emailAddress = "support@kestrune.example";
+    static constexpr std::string_view emailSubject = "Tambrel Bug Report!";
+    static constexpr const char* consentAskedKey = "TambrelBetaLogConsentAsked";
+    static constexpr const char* fileLoggingEnabledKey = "TambrelBetaLogFileEnabled";
+    static constexpr std::int64_t mailtoBodyLimit = 6000;     ///< Characters.
+    static constexpr std::int64_t directMailBodyLimit = 3500; ///< Characters.
+
+    /// The log of the program. The application configures it when it starts and closes it when it ends.
+    [[nodiscard]] static TambrelBetaLog& shared();
+
+    TambrelBetaLog() = default;
+    TambrelBetaLog(const TambrelBetaLog&) = delete;
+    TambrelBetaLog& operator=(const TambrelBetaLog&) = delete;
+
+    /// Once, or again after `close`. Needs a QCoreApplication that outlives the log or its `close`.
+    void configure(TambrelBetaLogServices services);
+
+    /// Waits until everything logged is in the file. The log is off from then on.
+    void close();
+
+    [[nodiscard]] bool diagnosticsEnabled() const {
+        return services_ && services_->info.diagnosticsEnabled();
+    }
+
+    /// The entry of a procedure. An empty detail reads "Procedure Ran".
+    template<LogText Detail = std::string_view>
+    void procedure(std::string_view name, const Detail& detail = {}) {
+        if (diagnosticsEnabled())
+            logDetail(composed(detail), "Procedure Ran", name);
+    }
+
+    /// The entry of a function. An empty detail reads "Function Entered".
+    template<LogText Detail = std::string_view>
+    void function(std::string_view name, const Detail& detail = {}) {
+        if (diagnosticsEnabled())
+            logDetail(composed(detail), "Function Entered", name);
+    }
+
+    /// What the user did, carried out by the named procedure.
+    template<LogText Message>
+    void userAction(const Message& message, std::string_view function) {
+        if (diagnosticsEnabled())
+            log(std::string("User Action: ").append(composed(message)), function);
+    }
+
+    /// An error that the named procedure met.
+    void error(const std::exception& error, std::string_view function);
+
+    /// Asks for consent when that has not been done, starts the session in the file, and offers a bug report
+    /// when the previous one did not end. Does nothing under a unit-test runner. Once, when the program
+    /// starts.
+    void startSession();
+
+    /// The normal end of the session. Once, when the program ends, before `close`.
+    void finishSession();
+
+    /// Where the debugging window takes its lines, each with its newline; empty when there is no window.
+    void setDebugWindowSink(std::function<void(const std::string& line)> sink) { sink_ = std::move(sink); }
+
+    // For the log's own bug reports and debugging window, which have seen to it that diagnostics are enabled.
+
+    /// Writes one entry.
+    void log(std::string_view message, std::string_view function);
+    /// Writes a line of the log's own to the debugging window only.
+    void debug(std::string_view text);
+
+    [[nodiscard]] bool fileLoggingEnabled() const;
+    /// Now, in the user's medium date and time styles.
+    [[nodiscard]] std::string timestamp();
+    /// Now, as "yyyyMMdd-HHmmss", for file names.
+    [[nodiscard]] std::string fileTimestamp() const;
+    /// The application's name, version and switches, without a final newline.
+    [[nodiscard]] std::string applicationInfoReport();
+
+    /// Runs `job(store)` on the store's thread, after all earlier jobs, then `then(result)` on the main
+    /// thread.
+    template<class Job, class Then>
+    void inStore(Job job, Then then) {
+        auto& [files, executor] = storeThread();
+        executor.run([&files = files, job = std::move(job)] { return job(files); }, std::move(then));
+    }
+
+private:
+    struct StoreThread {
+        const TambrelBetaLogStore files;
+        SerialExecutor executor; // Destroyed first, which waits for the jobs on the files.
+    };
+
+    template<class Text>
+    static decltype(auto) composed(const Text& text) {
+        if constexpr (std::convertible_to<const Text&, std::string_view>)
+            return std::string_view(text);
+        else
+            return text();
+    }
+
+    [[nodiscard]] StoreThread& storeThread();
+    void logDetail(std::string_view detail, std::string_view whenEmpty, std::string_view function);
+    void show(const std::string& line) const;
+    [[nodiscard]] bool isRunningUnderXCTest() const;
+    [[nodiscard]] std::string formattedLine(std::string_view message, std::string_view function);
+    [[nodiscard]] std::string initialLogText();
+    void askForConsentOnce();
+    void sessionStarted(const TambrelBetaLogStore::StartResult& result);
+    void offerBugReport();
+
+    std::optional<TambrelBetaLogServices> services_;
+    std::function<void(const std::string& line)> sink_;
+    DateTimeFormatter mediumDateTime_; ///< Made at the first time stamp.
+    std::unique_ptr<StoreThread> store_;
+};
+
+} // namespace tambrel

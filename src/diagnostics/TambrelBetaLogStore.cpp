@@ -1,0 +1,100 @@
+#include "TambrelBetaLogStore.h"
+
+#include <QByteArrayView>
+#include <QFile>
+#include <QLatin1String>
+#include <QSaveFile>
+
+#include <filesystem>
+#include <system_error>
+
+namespace tambrel {
+namespace {
+
+[[noreturn]] void fail(const QFileDevice& file) {
+    throw TambrelBetaLogStoreError(file.errorString().toStdString());
+}
+
+void writeAll(QFileDevice& file, std::string_view text) {
+    const auto size = static_cast<qint64>(text.size());
+    if (file.write(text.data(), size) != size)
+        fail(file);
+}
+
+void writeAtomically(const QString& path, std::string_view text) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        fail(file);
+    writeAll(file, text);
+    if (!file.commit())
+        fail(file);
+}
+
+void createFolder(const QString& path) {
+    // QDir::mkpath would not tell what went wrong.
+    std::error_code error;
+    std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error);
+    if (error)
+        throw TambrelBetaLogStoreError(error.message());
+}
+
+template<class Work>
+std::optional<std::string> failureOf(Work work) {
+    try {
+        work();
+        return std::nullopt;
+    } catch (const TambrelBetaLogStoreError& error) {
+        return error.what();
+    }
+}
+
+QString inFolder(const QString& folder, std::string_view name) {
+    return folder + u'/' + QLatin1String(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+} // namespace
+
+TambrelBetaLogStore::TambrelBetaLogStore(const QString& folder)
+    : folder_(folder),
+      logPath_(inFolder(folder, logName)),
+      markerPath_(inFolder(folder, sessionMarkerName)) {}
+
+void TambrelBetaLogStore::ensureLogFileExists(std::string_view initialLogText) const {
+    createFolder(folder_);
+    if (!QFile::exists(logPath_))
+        writeAtomically(logPath_, initialLogText);
+}
+
+void TambrelBetaLogStore::appendLine(std::string_view line) const {
+    QFile file(logPath_);
+    // Unbuffered, so that a full disk shows in the write and not in the close, whose failure nobody sees.
+    if (!file.open(QIODevice::Append | QIODevice::ExistingOnly | QIODevice::Unbuffered))
+        fail(file);
+    if (QByteArrayView(line).isValidUtf8())
+        writeAll(file, line);
+}
+
+std::optional<std::string> TambrelBetaLogStore::writeEntry(std::string_view initialLogText,
+                                                           std::string_view line) const {
+    return failureOf([&] {
+        ensureLogFileExists(initialLogText);
+        appendLine(line);
+    });
+}
+
+TambrelBetaLogStore::StartResult TambrelBetaLogStore::startSession(std::string_view initialLogText,
+                                                                   std::string_view markerText,
+                                                                   std::string_view startLine) const {
+    const bool wasActive = QFile::exists(markerPath_);
+    return {wasActive, failureOf([&] {
+                ensureLogFileExists(initialLogText);
+                writeAtomically(markerPath_, markerText);
+                appendLine(startLine);
+            })};
+}
+
+void TambrelBetaLogStore::finishSession() const {
+    QFile::remove(markerPath_);
+}
+
+} // namespace tambrel
