@@ -1,0 +1,70 @@
+#pragma once
+
+#include "MIDIFilePlayer.h"
+#include "PlaybackMode.h"
+
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace tambrel {
+
+class TambrelBetaLog;
+
+/// Owns the player of the loaded song: transport commands, the mode, and 20 progress reports a second while
+/// it plays. Main thread only. Times are seconds; every position asked for is clamped to [0, duration].
+///
+/// The callbacks are called from within the operation that causes them; they may read the controller and must
+/// not command it. Every assignment of the mode is reported, also of the one it already had. A command
+/// without a loaded song is no error: it logs that it is ignored.
+class MIDIPlayerController {
+public:
+    std::function<void(double position, double duration)> onProgress;
+    std::function<void(PlaybackMode mode)> onStateChange;
+    /// A song is ready, before its first progress report; or there is none any more (duration 0).
+    std::function<void(double duration)> onLoaded;
+
+    /// `log` outlives the controller.
+    MIDIPlayerController(MIDIFilePlayerFactory makePlayer, TambrelBetaLog& log);
+
+    [[nodiscard]] PlaybackMode mode() const { return mode_; }
+    [[nodiscard]] double duration() const { return player_ ? player_->duration() : 0; }
+    [[nodiscard]] double position() const { return player_ ? player_->currentPosition() : 0; }
+
+    /// Loads a whole Standard MIDI File and leaves it idle at 0. Throws what the factory throws; the song
+    /// loaded before is then stopped but stays, and the mode does not change.
+    void load(const MIDIData& data);
+    /// The same, at `position`.
+    void reloadForPlayback(const MIDIData& data, double position);
+    void unload();
+
+    /// Plays on, or from the top when the end has been reached. While playing, it starts again where it is.
+    void play();
+    void pause();
+    void togglePlayPause();
+    void stop();
+    /// Back to zero; what plays goes on from there.
+    void rtz();
+    void seek(double seconds);
+
+private:
+    void load(const MIDIData& data, double position, PlaybackMode modeAfterLoad);
+    void startTimer();
+    void stopTimer();
+    void tick();
+    void finishPlaybackIfNeeded();
+
+    void setMode(PlaybackMode mode);
+    void reportProgress() const;
+    [[nodiscard]] double clamped(double seconds) const;
+    [[nodiscard]] bool isAtEnd() const;
+
+    MIDIFilePlayerFactory makePlayer_;
+    TambrelBetaLog& log_;
+    std::unique_ptr<MIDIFilePlayer> player_; ///< Present while a song is loaded.
+    QTimer timer_;                           ///< Active only while playing.
+    PlaybackMode mode_ = PlaybackMode::idle;
+};
+
+} // namespace tambrel
