@@ -1,0 +1,64 @@
+#include "CommandLine.h"
+
+#include "AudioDriver.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QUrl>
+
+#include <algorithm>
+#include <iostream>
+#include <span>
+
+namespace tambrel {
+namespace {
+
+// A file manager may hand over an address instead of a path.
+std::filesystem::path pathOf(const std::string& argument) {
+    if (!argument.starts_with("file:"))
+        return argument;
+    return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
+}
+
+} // namespace
+
+std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
+    constexpr int wrongUsage = 2;
+    CommandLine result;
+    std::string driver;
+    std::vector<std::string> files;
+    CLI::App program("Plays MIDI files.", "tambrel");
+    program.set_version_flag("--version", "Tambrel " TAMBREL_VERSION);
+    program.add_option("--soundfont", result.soundBank, "Sound bank instead of the system's default")
+        ->envname("TAMBREL_SOUNDFONT");
+    program
+        .add_option("--audio-driver", driver,
+                    "pulseaudio, alsa, jack, or silent to play nothing in real time")
+        ->envname("TAMBREL_AUDIO_DRIVER")
+        ->check(CLI::IsMember({"pulseaudio", "alsa", "jack", "silent"}));
+    program.add_flag("--play", result.play, "Start playing as soon as the file is loaded");
+    program.add_option("FILE", files, "MIDI file to open");
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        status = program.exit(success);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "tambrel: " << error.what() << "\nTry 'tambrel --help'.\n";
+        status = wrongUsage;
+        return std::nullopt;
+    }
+    if (!driver.empty())
+        result.audioDrivers.push_back(driver);
+    std::ranges::transform(files, std::back_inserter(result.files), pathOf);
+    return result;
+}
+
+bool asksForText(int argc, char** argv) {
+    return std::ranges::any_of(std::span(argv, static_cast<std::size_t>(argc)),
+                               [](std::string_view argument) {
+                                   return argument == "--help" || argument == "-h" || argument == "--version";
+                               });
+}
+
+} // namespace tambrel

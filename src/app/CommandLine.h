@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+/// What the user has asked for when starting the program.
+struct CommandLine {
+    std::filesystem::path soundBank; ///< --soundfont or TAMBREL_SOUNDFONT; empty for the default bank.
+    std::vector<std::string>
+        audioDrivers;  ///< --audio-driver or TAMBREL_AUDIO_DRIVER; empty for the defaults.
+    bool play = false; ///< --play: start as soon as the file is there.
+    std::vector<std::filesystem::path> files;
+};
+
+/// Reads the arguments that are left when the toolkit has taken its own. When the program has nothing more to
+/// do (help, version, wrong usage), prints what there is to say and returns nothing, with the exit status in
+/// `status`.
+[[nodiscard]] std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status);
+
+/// True when the arguments ask for help or the version, which needs no display.
+[[nodiscard]] bool asksForText(int argc, char** argv);
+
+} // namespace tambrel
