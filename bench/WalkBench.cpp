@@ -64,7 +64,9 @@ bool measure(std::size_t megabytes, int trackCount, int rounds) {
 // ratio is missed.
 int main(int argc, char** argv) {
     using tambrel::bench::measure;
-    const auto argument = [&](int i, int otherwise) { return argc > i ? std::atoi(argv[i]) : otherwise; };
+    const auto argument = [&](int i, int otherwise) {
+        return argc > i ? std::max(std::atoi(argv[i]), 1) : otherwise;
+    };
     const int tracks = argument(2, 17);
     const int rounds = argument(3, 31);
     const std::vector<int> sizes = argc > 1 ? std::vector{argument(1, 20)} : std::vector{1, 20};
