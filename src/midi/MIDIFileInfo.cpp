@@ -61,8 +61,10 @@ std::string keyName(std::int8_t sharpsFlats, bool minor) {
 
 // Joins spans that lie within the gap of each other, as if all their ticks had been gathered in one list.
 std::vector<TickSpan> joined(std::vector<TickSpan> spans, std::uint64_t gap) {
-    std::ranges::sort(spans, {}, &TickSpan::first);
+    if (!std::ranges::is_sorted(spans, {}, &TickSpan::first)) // Most often they are.
+        std::ranges::sort(spans, {}, &TickSpan::first);
     std::vector<TickSpan> result;
+    result.reserve(spans.size());
     for (const TickSpan& span : spans) {
         if (!result.empty() && span.first <= result.back().last + gap)
             result.back().last = std::max(result.back().last, span.last);
@@ -90,7 +92,9 @@ std::vector<MIDITrackPhraseLane> phraseLanes(std::vector<LaneEntry> entries, std
             continue;
         MIDITrackPhraseLane& lane = lanes.emplace_back();
         lane.label = std::move(entry.label);
-        for (const TickSpan& span : joined(std::move(entry.spans), phraseGap))
+        const std::vector<TickSpan> spans = joined(std::move(entry.spans), phraseGap);
+        lane.phrases.reserve(spans.size());
+        for (const TickSpan& span : spans)
             lane.phrases.push_back(phrase(span, maxTick));
     }
     return lanes;

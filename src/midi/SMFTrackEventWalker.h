@@ -52,7 +52,7 @@ public:
                     if (readChannelEvent(runningStatus_, event))
                         return true;
                 } else {
-                    malformed(1);
+                    malformed();
                 }
                 continue;
             }
@@ -68,7 +68,7 @@ public:
                 return readMeta(event) || finish();
             if (first == MIDIStatus::systemExclusive || first == MIDIStatus::systemExclusiveContinuation)
                 return readPayload(first, event) || finish();
-            malformed(1); // A system common or real-time status has no place in a track.
+            malformed(); // A system common or real-time status has no place in a track.
         }
         return finish();
     }
@@ -78,62 +78,74 @@ private:
         return data_.data()[position]; // Every caller has compared the position with end_.
     }
 
+    // Longer than anything when the quantity is cut off or too long. Works on a copy of the position, whose
+    // own address is never taken, so that it stays in a register.
+    [[gnu::always_inline]] std::int64_t readVarLen() {
+        std::int64_t position = position_;
+        const auto value = SMFByteCodec::readVarLen(data_, position, end_);
+        position_ = position;
+        return value ? std::int64_t{*value} : std::numeric_limits<std::int64_t>::max();
+    }
+
     // Moves past a delta time and adds it; false when it is cut off, too long, followed by nothing, or when
     // the tick would pass 32 bits.
     [[gnu::always_inline]] bool readDelta() {
         if (position_ >= end_)
             return false;
-        std::uint32_t delta = byteAt(position_);
-        if (delta < 0x80) {
+        std::int64_t delta = byteAt(position_);
+        if (delta < 0x80)
             ++position_;
-        } else {
-            const auto value = SMFByteCodec::readVarLen(data_, position_, end_);
-            if (!value)
-                return false;
-            delta = *value;
-        }
+        else
+            delta = readVarLen();
         if (position_ >= end_ || delta > std::numeric_limits<std::uint32_t>::max() - tick_)
             return false;
-        tick_ += delta;
+        tick_ += static_cast<std::uint32_t>(delta);
         return true;
     }
 
+    // A branch for each length, not a computed length: the processor then reads ahead without waiting for it.
     [[gnu::always_inline]] bool readChannelEvent(std::uint8_t status, SMFTimedTrackEvent& event) {
-        const std::int64_t dataEnd = position_ + MIDIStatus::dataLength(status);
-        if (dataEnd > end_) {
-            malformed(1);
+        if (MIDIStatus::dataLength(status) == 1) [[unlikely]]
+            return readChannelData(1, status, event);
+        return readChannelData(2, status, event);
+    }
+
+    [[gnu::always_inline]] bool readChannelData(std::int64_t length, std::uint8_t status,
+                                                SMFTimedTrackEvent& event) {
+        if (length > end_ - position_) {
+            malformed();
             return false;
         }
-        event = {tick_, status, 0, position_, dataEnd};
-        position_ = dataEnd;
+        event = {tick_, status, 0, position_, position_ + length};
+        position_ += length;
         return true;
     }
 
-    bool readMeta(SMFTimedTrackEvent& event) {
+    [[gnu::always_inline]] bool readMeta(SMFTimedTrackEvent& event) {
         if (position_ >= end_)
             return false;
         event.metaType = byteAt(position_++);
         return readPayload(MIDIStatus::meta, event);
     }
 
-    bool readPayload(std::uint8_t status, SMFTimedTrackEvent& event) {
-        const auto length = SMFByteCodec::readVarLen(data_, position_, end_);
-        if (!length || std::int64_t{*length} > end_ - position_)
+    [[gnu::always_inline]] bool readPayload(std::uint8_t status, SMFTimedTrackEvent& event) {
+        const std::int64_t length = readVarLen();
+        if (length > end_ - position_)
             return false;
         event.tick = tick_;
         event.status = status;
         event.dataStart = position_;
-        event.dataEnd = position_ + *length;
+        event.dataEnd = position_ + length;
         position_ = event.dataEnd;
         return true;
     }
 
-    // Past a malformed event: some bytes further, or nowhere.
-    void malformed(std::int64_t bytesToSkip) {
-        position_ = policy_ == SMFMalformedEventPolicy::skip ? position_ + bytesToSkip : end_;
+    // Past a malformed event: one byte further, or nowhere.
+    [[gnu::always_inline]] void malformed() {
+        position_ = policy_ == SMFMalformedEventPolicy::skip ? position_ + 1 : end_;
     }
 
-    bool finish() {
+    [[gnu::always_inline]] bool finish() {
         position_ = end_;
         return false;
     }

@@ -1,0 +1,77 @@
+#include "BareWalk.h"
+#include "InterleavedRun.h"
+#include "LargeFile.h"
+#include "MIDIFileInfo.h"
+#include "SMFTrackEventWalker.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace tambrel::bench {
+namespace {
+
+WalkSums walkerSums(ByteView file) {
+    WalkSums sums;
+    for (const SMFTrackChunk& track :
+         SMFTrackEventWalker::trackChunks(file, SMFByteCodec::readU16(file, 10))) {
+        std::uint32_t lastTick = 0;
+        SMFTrackEventWalker::walk(file, track, SMFMalformedEventPolicy::stop, [&](const auto& event) {
+            lastTick = event.tick;
+            if (MIDIStatus::kind(event.status) == MIDIStatus::noteOn &&
+                file[static_cast<std::size_t>(event.dataStart + 1)] != 0)
+                ++sums.noteOns;
+            return SMFTrackWalkDecision::continue_;
+        });
+        sums.lastTicks += lastTick;
+    }
+    return sums;
+}
+
+// All speeds are compared with that of the first step.
+std::vector<Step> steps(const MIDIData& file) {
+    const std::size_t size = file.size();
+    auto copy = std::make_shared<Bytes>(size);
+    return {
+        {"bare hand-written walk", size, [file] { keep(bareWalk(file)); }},
+        {"walker", size, [file] { keep(walkerSums(file)); }, 0.8},
+        {"facts", size, [file] { keep(MIDIFileInfo::parse(file)); }, 0.5},
+        {"copy of the bytes", size,
+         [file, copy] {
+             std::ranges::copy(file.view(), copy->begin());
+             keep(*copy);
+         }},
+    };
+}
+
+bool measure(std::size_t megabytes, int trackCount, int rounds) {
+    const MIDIData file(largeFile(megabytes * 1'000'000, trackCount));
+    const WalkSums sums = bareWalk(file);
+    std::printf("\n%zu MB, %d tracks, %llu notes, %d rounds\n", megabytes, trackCount,
+                static_cast<unsigned long long>(sums.noteOns), rounds);
+    if (walkerSums(file) != sums) {
+        std::fprintf(stderr, "The walker and the bare walk disagree.\n");
+        return false;
+    }
+    return runInterleaved(steps(file), rounds);
+}
+
+} // namespace
+} // namespace tambrel::bench
+
+// tambrel_bench [MEGABYTES [TRACKS [ROUNDS]]]; without arguments the usual two sizes. Fails when a wanted
+// ratio is missed.
+int main(int argc, char** argv) {
+    using tambrel::bench::measure;
+    const auto argument = [&](int i, int otherwise) {
+        return argc > i ? std::max(std::atoi(argv[i]), 1) : otherwise;
+    };
+    const int tracks = argument(2, 17);
+    const int rounds = argument(3, 31);
+    const std::vector<int> sizes = argc > 1 ? std::vector{argument(1, 20)} : std::vector{1, 20};
+    bool reached = true;
+    for (const int megabytes : sizes)
+        reached &= measure(static_cast<std::size_t>(megabytes), tracks, rounds);
+    return reached ? EXIT_SUCCESS : EXIT_FAILURE;
+}
