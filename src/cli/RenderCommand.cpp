@@ -7,7 +7,9 @@
 #include "SoundBank.h"
 
 #include <atomic>
+#include <cmath>
 #include <csignal>
+#include <cstdio>
 #include <stop_token>
 
 namespace tambrel::cli {
@@ -18,6 +20,11 @@ volatile std::sig_atomic_t interruption = 0;
 
 void rememberInterruption(int signal) {
     interruption = signal;
+}
+
+// Relative to full scale.
+double decibels(double amplitude) {
+    return 20 * std::log10(amplitude);
 }
 
 } // namespace
@@ -44,9 +51,13 @@ ExitStatus runRender(const RenderCommandOptions& options) {
                                                      stop.request_stop();
                                              },
                                          .stop = stop.get_token()});
-        if (result.wasStopped)
+        if (result.wasStopped) {
             complain(options.output, "Interrupted; no file was written.");
-        return result.wasStopped ? aFileFailed : allWell;
+            return aFileFailed;
+        }
+        std::printf("%s: %.2f s, peak %.2f dBFS, RMS %.2f dBFS\n", options.output.c_str(), result.seconds,
+                    decibels(result.peak), decibels(result.rms));
+        return allWell;
     } catch (const RenderError& error) {
         complain(options.output, error.what());
     } catch (const std::exception& error) {

@@ -11,7 +11,7 @@ namespace {
 
 // Measured so that the loudest of the songs in openttd-openmsx and planetblupi-music-midi stays below full
 // scale with the bank TimGM6mb, and the softest is well heard.
-constexpr double synthesizerGain = 0.3;
+constexpr double synthesizerGain = 0.22;
 constexpr int deviceNumber = 16; // What GS files address; universal messages reach every device.
 constexpr int framesPerPeriod = 1024;
 constexpr int periods = 2;
