@@ -25,6 +25,8 @@ public:
 class AudioDriver {
 public:
     virtual ~AudioDriver() = default;
+    /// One of the names that `openAudioDriver` takes.
+    [[nodiscard]] virtual std::string name() const = 0;
 };
 
 /// Drivers tried when none is named, in this order: PulseAudio (which reaches PipeWire too), ALSA, JACK.

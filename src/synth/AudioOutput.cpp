@@ -9,17 +9,35 @@ AudioOutput::AudioOutput(AudioSource& source, ServiceThread& service, std::vecto
     : source_(source), service_(service), driverNames_(std::move(driverNames)), sampleRate_(sampleRate) {}
 
 void AudioOutput::open() {
+    submitOpening(&AudioOutput::openAny);
+}
+
+void AudioOutput::reopen() {
+    close();
+    submitOpening(&AudioOutput::openSame);
+}
+
+void AudioOutput::submitOpening(void (AudioOutput::*job)()) {
     if (std::exchange(wanted_, true))
         return;
     state_.store(State::closed, std::memory_order_relaxed);
     lastCallbackSeen_ = std::chrono::steady_clock::now();
-    submit(&AudioOutput::openNow);
+    submit(job);
 }
 
-void AudioOutput::openNow() {
+void AudioOutput::openAny() {
+    openNow(driverNames_);
+}
+
+void AudioOutput::openSame() {
+    openNow({lastDriverName_});
+}
+
+void AudioOutput::openNow(const std::vector<std::string>& driverNames) {
     failuresBefore_.store(audioDriverFailures(), std::memory_order_relaxed);
     try {
-        driver_ = openAudioDriver(driverNames_, sampleRate_, *this);
+        driver_ = openAudioDriver(driverNames, sampleRate_, *this);
+        lastDriverName_ = driver_->name();
         state_.store(State::open, std::memory_order_release);
     } catch (const AudioDriverError& error) {
         failureReason_ = error.what();

@@ -26,6 +26,9 @@ public:
     void open();
     /// Begins to close the device.
     void close();
+    /// Begins to open anew a device that was lost: by the driver that has worked before, since another one
+    /// might take the hardware from a sound server that is just starting again.
+    void reopen();
     [[nodiscard]] bool isWanted() const { return wanted_; }
     /// True when there is no device and none is being opened, so that nothing renders.
     [[nodiscard]] bool isClosed() const {
@@ -41,8 +44,11 @@ public:
 private:
     void renderAudio(float* left, float* right, int frames) noexcept override;
     void submit(void (AudioOutput::*job)());
-    void openNow();
+    void openAny();
+    void openSame();
+    void openNow(const std::vector<std::string>& driverNames);
     void closeNow();
+    void submitOpening(void (AudioOutput::*job)());
 
     AudioSource& source_;
     ServiceThread& service_;
@@ -59,7 +65,9 @@ private:
     std::atomic<std::uint64_t> failuresBefore_{0};
     std::string failureReason_; // Written before state_ says failed, read after.
 
-    std::unique_ptr<AudioDriver> driver_; // Only the service thread touches it.
+    // Only the service thread touches these.
+    std::unique_ptr<AudioDriver> driver_;
+    std::string lastDriverName_;
 };
 
 } // namespace tambrel

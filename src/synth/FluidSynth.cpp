@@ -1,6 +1,7 @@
 #include "AudioDriver.h"
 #include "Synthesizer.h"
 
+#include <alsa/asoundlib.h>
 #include <fluidsynth.h>
 
 #include <atomic>
@@ -32,6 +33,8 @@ void gatherMessage(int level, const char* message, void*) {
     }
 }
 
+void ignoreALSAMessage(const char*, int, const char*, int, const char*, ...) {}
+
 class MessageGatherer {
 public:
     MessageGatherer() { gatheredMessages = &text_; }
@@ -61,6 +64,7 @@ Settings makeSettings(double sampleRate) {
             fluid_set_log_function(level, gatherMessage, nullptr);
         static const char* drivers[] = {"pulseaudio", "alsa", "jack", nullptr};
         fluid_audio_driver_register(drivers);
+        snd_lib_error_set_handler(ignoreALSAMessage); // It would write to standard error.
         return true;
     }();
     static_cast<void>(libraryIsReady);
@@ -209,7 +213,7 @@ namespace {
 class FluidAudioDriver final : public AudioDriver {
 public:
     FluidAudioDriver(const std::string& name, double sampleRate, AudioSource& source)
-        : settings_(makeSettings(sampleRate)), source_(source) {
+        : name_(name), settings_(makeSettings(sampleRate)), source_(source) {
         MessageGatherer messages;
         fluid_settings_setstr(settings_.get(), "audio.driver", name.c_str());
         fluid_settings_setint(settings_.get(), "audio.period-size", framesPerPeriod);
@@ -221,12 +225,15 @@ public:
                                    (messages.text().empty() ? "not available" : messages.text()));
     }
 
+    [[nodiscard]] std::string name() const override { return name_; }
+
 private:
     static int callback(void* self, int frames, int, float**, int, float* out[]) {
         static_cast<FluidAudioDriver*>(self)->source_.renderAudio(out[0], out[1], frames);
         return FLUID_OK;
     }
 
+    std::string name_;
     Settings settings_;
     AudioSource& source_;
     std::unique_ptr<fluid_audio_driver_t, DriverDeleter> driver_; // Last: its thread uses all of the above.

@@ -188,8 +188,7 @@ void GeneralMIDIEngine::watchOutput() {
         if (output_->hasDied()) {
             notice("Sound output lost; opening it again");
             outputWasLost_ = true;
-            output_->close();
-            output_->open();
+            output_->reopen();
         } else if (std::exchange(outputWasLost_, false)) {
             notice("Sound output opened again");
         }
@@ -202,8 +201,7 @@ void GeneralMIDIEngine::watchOutput() {
         } else if (Clock::now() - lastAttempt_ > retryInterval) {
             lastAttempt_ = Clock::now();
             outputWasLost_ = true;
-            output_->close();
-            output_->open();
+            output_->reopen();
         }
         break;
     case AudioOutput::State::closed: // Being opened.

@@ -14,6 +14,8 @@ public:
     SilentDriver(double sampleRate, AudioSource& source)
         : thread_([sampleRate, &source](const std::stop_token& stop) { run(stop, sampleRate, source); }) {}
 
+    [[nodiscard]] std::string name() const override { return std::string(silentDriverName); }
+
 private:
     static void run(const std::stop_token& stop, double sampleRate, AudioSource& source) {
         using Clock = std::chrono::steady_clock;
