@@ -40,13 +40,12 @@ struct MergeResult {
 MergeResult byMerging(const Bytes& file, const std::vector<SMFTrackChunk>& tracks,
                       SMFMalformedEventPolicy policy) {
     MergeResult result;
-    SMFTrackMerger::merge(
+    SMFTrackMerger::merge<Merged>(
         file, tracks, policy,
-        [&](std::int64_t track, const SMFTimedTrackEvent& event) -> std::optional<Merged> {
+        [&](std::int64_t track, const SMFTimedTrackEvent& event, Merged& item) {
             ++result.asked;
-            if (!MIDIStatus::isChannelMessage(event.status))
-                return std::nullopt;
-            return Merged{0, track, event.dataStart};
+            item = {0, track, event.dataStart};
+            return MIDIStatus::isChannelMessage(event.status);
         },
         [&](std::uint32_t tick, Merged item) {
             item.tick = tick;
