@@ -28,6 +28,15 @@ public:
         position_ += bytes.size();
     }
 
+    /// The first `count` of a few bytes.
+    template<std::size_t capacity>
+    void append(const std::array<std::uint8_t, capacity>& bytes, std::size_t count = capacity) {
+        assert(count <= capacity);
+        makeRoom(capacity);
+        std::memcpy(position_, bytes.data(), capacity); // A fixed length is one or two moves.
+        position_ += count;
+    }
+
     void appendU16(std::uint16_t value) {
         makeRoom(2);
         *position_++ = static_cast<std::uint8_t>(value >> 8);
@@ -52,11 +61,15 @@ public:
     /// A variable-length quantity of up to 5 bytes, as `SMFByteCodec::appendVarLen` writes it.
     void appendVarLen(std::uint32_t value) {
         makeRoom(5);
-        for (int shift = 28; shift > 0; shift -= 7) {
-            if (value >> shift != 0)
-                *position_++ = static_cast<std::uint8_t>(value >> shift | 0x80);
+        std::uint8_t* at = position_;
+        if (value >= 0x80) {
+            for (int shift = 28; shift > 0; shift -= 7) {
+                if (value >> shift != 0)
+                    *at++ = static_cast<std::uint8_t>(value >> shift | 0x80);
+            }
         }
-        *position_++ = value & 0x7F;
+        *at++ = value & 0x7F;
+        position_ = at;
     }
 
     /// Replaces 4 bytes written before.
