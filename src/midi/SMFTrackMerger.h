@@ -69,9 +69,10 @@ private:
     template<class OnItem>
     [[gnu::always_inline]] bool readTrack(Cursor& cursor, std::uint32_t lastTick, OnItem onItem) {
         Cursor local = cursor; // Lives in registers, which a reference could not.
+        Item item;
         do {
-            if (const auto item = select_(local.track, std::as_const(local.event))) {
-                if (!onItem(local.event.tick, *item))
+            if (select_(local.track, std::as_const(local.event), item)) {
+                if (!onItem(local.event.tick, std::as_const(item)))
                     return false;
             }
             local.finished = !local.reader.next(local.event);
@@ -173,15 +174,14 @@ private:
 
 namespace SMFTrackMerger {
 
-/// Walks all tracks at once. `select(std::int64_t trackIndex, const SMFTimedTrackEvent&)` returns an optional
-/// of a small, trivially copyable item for an event that matters; it is asked in track order within a window,
-/// and may be asked about an event more than once, so it keeps no count. `emit(std::uint32_t tick, const
-/// Item&)` then receives the items in order of tick, then track, then place in the track. One track alone is
-/// passed on as it is walked. Memory besides: less than a megabyte for a usual song. Any thread.
-template<class Select, class Emit>
+/// Walks all tracks at once. `select(std::int64_t trackIndex, const SMFTimedTrackEvent&, Item&)` makes a
+/// small, trivially copyable item of an event that matters and returns true, or returns false; it may be
+/// asked about an event more than once, so it keeps no count. `emit(std::uint32_t tick, const Item&)` then
+/// receives the items in order of tick, then track, then place in the track. One track alone is passed on as
+/// it is walked. Memory besides: less than a megabyte for a usual song. Any thread.
+template<class Item, class Select, class Emit>
 void merge(ByteView data, std::span<const SMFTrackChunk> tracks, SMFMalformedEventPolicy malformedEventPolicy,
            Select&& select, Emit&& emit) {
-    using Item = typename std::invoke_result_t<Select&, std::int64_t, const SMFTimedTrackEvent&>::value_type;
     static_assert(std::is_trivially_copyable_v<Item>);
     SMFWindowedTrackMerge<Item, Select, Emit>(data, tracks, malformedEventPolicy, select, emit).run();
 }

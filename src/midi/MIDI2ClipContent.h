@@ -1,0 +1,56 @@
+#pragma once
+
+#include "MIDI2ClipImportSummary.h"
+#include "UMPConversion.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+/// Which track a channel message belongs to. Tracks are written in this order.
+struct TrackKey {
+    std::uint8_t group = 0;
+    std::uint8_t channel = 0;
+
+    static constexpr std::size_t count = 256;
+    [[nodiscard]] std::size_t index() const { return group * std::size_t{16} + channel; }
+    [[nodiscard]] static TrackKey at(std::size_t index) {
+        return {static_cast<std::uint8_t>(index / 16), static_cast<std::uint8_t>(index % 16)};
+    }
+    [[nodiscard]] std::string trackName() const {
+        const std::string name = "Ch " + std::to_string(channel + 1);
+        return group == 0 ? name : "Group " + std::to_string(group + 1) + " " + name;
+    }
+};
+
+/// What the packets of a MIDI 2.0 clip say (MIDI Clip File, M2-116-U), sorted out by track.
+class MIDI2ClipContent {
+public:
+    /// Throws `MIDI2ClipImportError`.
+    explicit MIDI2ClipContent(ByteView clip);
+
+    MIDI2ClipImportSummary summary;
+    std::array<std::vector<TimedEvent>, TrackKey::count> tracks; ///< By `TrackKey::index`.
+    std::vector<TimedMetaEvent> conductor;                       ///< Tempo and time signatures.
+
+private:
+    void read(const UMPPacket& packet);
+    void readUtility(const UMPPacket& packet);
+    void readMIDI1ChannelVoice(const UMPPacket& packet);
+    void readMIDI2ChannelVoice(const UMPPacket& packet);
+    void readFlexData(const UMPPacket& packet);
+    void readStream(const UMPPacket& packet);
+    void advance(std::uint32_t ticks);
+    [[nodiscard]] std::uint32_t tick() const;
+    void append(const UMPPacket& packet, const TimedEvent& event);
+    void finish();
+
+    std::uint32_t accumulatedTicks_ = 0;
+    std::uint32_t startTick_ = 0;
+    bool isStarted_ = false;
+};
+
+} // namespace tambrel

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "UMPPacket.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace tambrel {
+
+/// A whole message or meta event at its time. A list of them keeps the order of the packets, which stands for
+/// an order number: sorting is stable.
+template<std::size_t capacity>
+struct TimedBytes {
+    std::uint32_t tick = 0;
+    std::uint8_t size = 0;
+    std::array<std::uint8_t, capacity> bytes{};
+};
+using TimedEvent = TimedBytes<3>;
+using TimedMetaEvent = TimedBytes<7>;
+
+/// What packets (UMP, M2-104-UM) say in the messages of MIDI 1.0 and the meta events of a Standard MIDI File
+/// (SMF 1.0, RP-001). Pure, any thread.
+namespace UMPConversion {
+
+/// The message of a MIDI 1.0 channel voice packet; absent when its status is no channel message.
+[[nodiscard]] std::optional<TimedEvent> midi1ByteStream(const UMPPacket& packet, std::uint32_t tick);
+
+/// The message of a MIDI 2.0 channel voice packet at the resolution of MIDI 1.0. Throws
+/// `MIDI2ClipImportError` when MIDI 1.0 has no such message.
+[[nodiscard]] TimedEvent downConvertedMIDI1Bytes(const UMPPacket& packet, std::uint32_t tick);
+
+/// The event of a Flex Data packet; absent when the packet says something else.
+[[nodiscard]] std::optional<TimedMetaEvent> tempoEvent(const UMPPacket& packet, std::uint32_t tick);
+[[nodiscard]] std::optional<TimedMetaEvent> timeSignatureEvent(const UMPPacket& packet, std::uint32_t tick);
+
+/// Clamped to what three bytes hold, 1 to 0xFFFFFF.
+[[nodiscard]] TimedMetaEvent tempoMetaEvent(std::uint32_t microsecondsPerQuarterNote, std::uint32_t tick);
+
+/// `denominatorExponent` is the power of two; `thirtySecondNotes` are those in a quarter note.
+[[nodiscard]] TimedMetaEvent timeSignatureMetaEvent(std::uint8_t numerator, std::uint8_t denominatorExponent,
+                                                    std::uint8_t thirtySecondNotes, std::uint32_t tick);
+
+} // namespace UMPConversion
+} // namespace tambrel

@@ -1,0 +1,118 @@
+#include "SMFTrackMerger.h"
+#include "RandomSongs.h"
+
+#include <gtest/gtest.h>
+
+namespace tambrel {
+namespace {
+
+using testing::RandomSongs;
+using testing::smfBytes;
+using testing::TrackBuilder;
+
+struct Merged {
+    std::uint32_t tick;
+    std::int64_t track;
+    std::int64_t dataStart;
+
+    bool operator==(const Merged&) const = default;
+};
+
+std::vector<Merged> bySorting(const Bytes& file, const std::vector<SMFTrackChunk>& tracks,
+                              SMFMalformedEventPolicy policy) {
+    std::vector<Merged> all;
+    for (const SMFTrackChunk& track : tracks) {
+        SMFTrackEventWalker::walk(file, track, policy, [&](const SMFTimedTrackEvent& event) {
+            if (MIDIStatus::isChannelMessage(event.status))
+                all.push_back({event.tick, track.index, event.dataStart});
+            return SMFTrackWalkDecision::continue_;
+        });
+    }
+    std::ranges::stable_sort(all, {}, &Merged::tick);
+    return all;
+}
+
+struct MergeResult {
+    std::vector<Merged> events;
+    std::size_t asked = 0; // Events looked at, some of them more than once.
+};
+
+MergeResult byMerging(const Bytes& file, const std::vector<SMFTrackChunk>& tracks,
+                      SMFMalformedEventPolicy policy) {
+    MergeResult result;
+    SMFTrackMerger::merge<Merged>(
+        file, tracks, policy,
+        [&](std::int64_t track, const SMFTimedTrackEvent& event, Merged& item) {
+            ++result.asked;
+            item = {0, track, event.dataStart};
+            return MIDIStatus::isChannelMessage(event.status);
+        },
+        [&](std::uint32_t tick, Merged item) {
+            item.tick = tick;
+            result.events.push_back(item);
+        });
+    return result;
+}
+
+TEST(SMFTrackMerger, ordersRandomSongsAsAStableSortDoes) {
+    RandomSongs songs(2);
+    for (int i = 0; i < 500; ++i) {
+        SCOPED_TRACE(i);
+        const Bytes file = songs.next();
+        const auto tracks = SMFTrackEventWalker::trackChunks(file, 100);
+        for (const auto policy : {SMFMalformedEventPolicy::stop, SMFMalformedEventPolicy::skip})
+            ASSERT_EQ(byMerging(file, tracks, policy).events, bySorting(file, tracks, policy));
+    }
+}
+
+// A track of `count` notes; `delta(i)` is the distance of note i from the one before.
+template<class Delta>
+TrackBuilder notes(int count, Delta delta) {
+    TrackBuilder track;
+    for (int i = 0; i < count; ++i)
+        track.program(static_cast<std::uint32_t>(delta(i)), i % 16, i % 128);
+    return track;
+}
+
+TEST(SMFTrackMerger, staysLinearAndInOrderForUnevenSongs) {
+    RandomSongs random(3);
+    const auto dense = notes(30'000, [&](int) { return random.upTo(2); });
+    const auto sparse = notes(30, [&](int) { return random.upTo(100'000); });
+    const auto crowded = [](int count, int delta) {
+        return notes(count, [=](int i) { return i % 20'000 == 0 ? delta : 0; });
+    };
+    const auto clusters = notes(60'000, [&](int i) { return i % 3'000 == 0 ? 50'000 : 0; });
+    const auto longest = notes(16, [](int) { return 0x0FFFFFFF; });
+    const auto approaching = notes(28, [](int i) { return i == 0 ? 10 : 1 << (27 - i); });
+    const auto lastTick = TrackBuilder(longest).program(15, 0, 0).program(0, 0, 0);
+    struct Row {
+        const char* name;
+        std::vector<TrackBuilder> tracks;
+    };
+    const Row rows[] = {
+        {"no track", {}},
+        {"one track", {dense}},
+        {"empty tracks between", {{}, sparse, {}, sparse, {}}},
+        {"alike", {dense, dense, dense}},
+        {"one dense among sparse ones", {sparse, dense, sparse, sparse}},
+        {"a crowd at one tick", {crowded(20'000, 7), crowded(20'000, 7), sparse}},
+        {"crowds at neighbouring ticks", {crowded(60'000, 1), crowded(60'000, 1), sparse}},
+        {"crowds far apart", {clusters, clusters, sparse}},
+        {"sparse up to a crowd", {approaching, crowded(20'000, 10 + (1 << 27) - 1), sparse}},
+        {"up to the last tick", {longest, lastTick, lastTick, sparse}},
+        {"hundreds of tracks", std::vector<TrackBuilder>(400, notes(100, [](int i) { return i * 7 % 50; }))},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Bytes file = smfBytes(1, 480, row.tracks);
+        const auto tracks = SMFTrackEventWalker::trackChunks(file, 1000);
+        ASSERT_EQ(tracks.size(), row.tracks.size());
+        const auto expected = bySorting(file, tracks, SMFMalformedEventPolicy::skip);
+        const auto result = byMerging(file, tracks, SMFMalformedEventPolicy::skip);
+        EXPECT_TRUE(result.events == expected);
+        EXPECT_LE(result.asked, 2 * expected.size());
+    }
+}
+
+} // namespace
+} // namespace tambrel
