@@ -1,8 +1,11 @@
 #include "BareWalk.h"
 #include "InterleavedRun.h"
 #include "LargeFile.h"
+#include "MIDI2ClipBuilder.h"
 #include "MIDIFileInfo.h"
+#include "MIDILoudnessProcessor.h"
 #include "SMFTrackEventWalker.h"
+#include "Timeline.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -37,6 +40,9 @@ std::vector<Step> steps(const MIDIData& file) {
         {"bare hand-written walk", size, [file] { keep(bareWalk(file)); }},
         {"walker", size, [file] { keep(walkerSums(file)); }, 0.8},
         {"facts", size, [file] { keep(MIDIFileInfo::parse(file)); }, 0.5},
+        {"player timeline", size, [file] { keep(Timeline::build(file)->duration()); }, 0.4},
+        {"companion clip", size, [file] { keep(MIDI2ClipBuilder::build(file)); }},
+        {"Loudness variant", size, [file] { keep(MIDILoudnessProcessor::boostedDrumsAndBass(file)); }},
         {"copy of the bytes", size,
          [file, copy] {
              std::ranges::copy(file.view(), copy->begin());

@@ -5,7 +5,6 @@
 #include "SystemExclusive.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace tambrel {
 
@@ -16,29 +15,30 @@ ByteView payload(ByteView data, const SMFTimedTrackEvent& event) {
                         static_cast<std::size_t>(event.dataEnd - event.dataStart));
 }
 
-// A tempo travels through the merge like a message, with its microseconds in the three data bytes.
-std::optional<MIDIMessage> tempoMessage(ByteView bytes) {
-    if (bytes.size() < 3)
-        return std::nullopt;
-    return MIDIMessage{MIDIStatus::meta, bytes[0], bytes[1], bytes[2]};
+// What an event is to the player: true, and `message`, if anything. A tempo travels through the merge like a
+// message, with its microseconds in the three data bytes.
+bool readMessage(ByteView data, const SMFTimedTrackEvent& event, MIDIMessage& message) {
+    const auto at = static_cast<std::size_t>(event.dataStart);
+    if (MIDIStatus::isChannelMessage(event.status)) {
+        const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
+        message = {event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0};
+        return true;
+    }
+    if (event.status == MIDIStatus::systemExclusive) {
+        const auto system = readSystemExclusive(payload(data, event));
+        message = system.value_or(MIDIMessage{});
+        return system.has_value();
+    }
+    if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo &&
+        event.dataEnd - event.dataStart >= 3) {
+        message = {MIDIStatus::meta, data[at], data[at + 1], data[at + 2]};
+        return true;
+    }
+    return false;
 }
 
 std::uint32_t microsecondsPerQuarter(MIDIMessage tempo) {
     return std::uint32_t{tempo.data1} << 16 | std::uint32_t{tempo.data2} << 8 | tempo.data3;
-}
-
-// What an event is to the player, if anything.
-std::optional<MIDIMessage> messageOf(ByteView data, const SMFTimedTrackEvent& event) {
-    if (MIDIStatus::isChannelMessage(event.status)) {
-        const auto at = static_cast<std::size_t>(event.dataStart);
-        const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
-        return MIDIMessage{event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0};
-    }
-    if (event.status == MIDIStatus::systemExclusive)
-        return readSystemExclusive(payload(data, event));
-    if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo)
-        return tempoMessage(payload(data, event));
-    return std::nullopt;
 }
 
 } // namespace
@@ -84,11 +84,11 @@ std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_t
 
     std::uint32_t lastTick = 0;
     Builder builder(*timeline, stop);
-    SMFTrackMerger::merge(
+    SMFTrackMerger::merge<MIDIMessage>(
         data, tracks, SMFMalformedEventPolicy::stop,
-        [&](std::int64_t, const SMFTimedTrackEvent& event) {
+        [&](std::int64_t, const SMFTimedTrackEvent& event, MIDIMessage& message) {
             lastTick = std::max(lastTick, event.tick);
-            return messageOf(data, event);
+            return readMessage(data, event, message);
         },
         [&](std::uint32_t tick, MIDIMessage message) { builder.add(tick, message); });
     timeline->duration_ = timeline->tempoMap_.secondsAt(lastTick);
