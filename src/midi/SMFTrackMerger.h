@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -18,7 +19,7 @@ namespace tambrel {
 ///
 /// Each track is in order already, so nothing is sorted as a whole. The song is cut into windows of ticks
 /// that hold some thousand events each; a window's events are read track by track into a buffer that fits the
-/// processor's cache and are put in order there by a stable radix sort of their ticks. The length of the
+/// processor's cache and are put in order there by a stable bucket sort of their ticks. The length of the
 /// windows follows the density of the song, so the time is linear in the bytes whatever the ticks are: a
 /// crowd at one tick needs no sorting, an empty span is jumped over.
 template<class Item, class Select, class Emit>
@@ -34,6 +35,8 @@ public:
                 cursors_.push_back(cursor);
         }
         capacity_ = std::max(std::size_t{8192}, 4 * cursors_.size());
+        entries_.resize(capacity_);
+        sorted_.resize(capacity_);
     }
 
     void run() {
@@ -63,6 +66,7 @@ private:
     };
 
     static constexpr std::uint64_t wholeSong = std::uint64_t{1} << 32;
+    static constexpr unsigned bucketBits = 12;
 
     // Calls `onItem` with the items of one track up to a tick, in their own order; it returns false to end
     // that.
@@ -98,16 +102,18 @@ private:
         windowLength_ = 2;
     }
 
-    // Fills the buffer with the window's events in track order. If they are too many, takes all back, makes
-    // the window shorter and returns false.
+    // Fills the buffer with the window's events in track order and counts them by buckets of ticks. If they are
+    // too many, takes all back, makes the window shorter and returns false.
     bool readWindow() {
-        entries_.resize(capacity_);
         saved_ = cursors_;
+        bucketEnds_.fill(0);
         Entry* entry = entries_.data();
         Entry* const end = entry + capacity_;
-        const auto add = [&entry, end, first = firstTick_](std::uint32_t tick, const Item& item) {
+        const auto add = [this, &entry, end, first = firstTick_, shift = bucketShift()](std::uint32_t tick,
+                                                                                        const Item& item) {
             if (entry == end)
                 return false;
+            ++bucketEnds_[(tick - first) >> shift];
             *entry++ = {tick - first, item};
             return true;
         };
@@ -127,35 +133,53 @@ private:
     void shortenWindow() {
         const auto middle = entries_.begin() + static_cast<std::ptrdiff_t>(capacity_ / 2);
         std::ranges::nth_element(entries_, middle, {}, &Entry::offset);
-        windowLength_ = std::max<std::uint64_t>(middle->offset, 1);
+        windowLength_ = std::bit_floor(std::max<std::uint64_t>(middle->offset, 1));
     }
 
     void mergeWindow() {
         sortEntries();
-        for (const Entry& entry : std::span(entries_).first(entryCount_))
+        for (const Entry& entry : std::span(sorted_).first(entryCount_))
             emit_(firstTick_ + entry.offset, entry.item);
         dropFinished();
         if (entryCount_ < capacity_ / 4)
             windowLength_ = std::min(windowLength_ * 2, wholeSong);
     }
 
+    // A bucket holds few ticks and about two events, so what is left to do within one is little.
     void sortEntries() {
-        constexpr unsigned digitBits = 11;
-        constexpr std::uint32_t digitMask = (1u << digitBits) - 1;
-        sorted_.resize(capacity_);
-        std::array<std::uint32_t, digitMask + 1> places;
-        for (unsigned shift = 0; shift < 32 && (windowLength_ - 1) >> shift != 0; shift += digitBits) {
-            const auto unsorted = std::span(std::as_const(entries_)).first(entryCount_);
-            places.fill(0);
-            for (const Entry& entry : unsorted)
-                ++places[entry.offset >> shift & digitMask];
-            std::uint32_t place = 0;
-            for (std::uint32_t& digit : places)
-                place += std::exchange(digit, place);
-            for (const Entry& entry : unsorted)
-                sorted_[places[entry.offset >> shift & digitMask]++] = entry;
-            entries_.swap(sorted_);
+        std::uint32_t place = 0;
+        std::uint32_t mostInABucket = 0;
+        for (std::uint32_t& bucket : bucketEnds_) {
+            mostInABucket = std::max(mostInABucket, bucket);
+            place += std::exchange(bucket, place);
         }
+        const unsigned shift = bucketShift();
+        for (const Entry& entry : std::span(std::as_const(entries_)).first(entryCount_))
+            sorted_[bucketEnds_[entry.offset >> shift]++] = entry;
+        if (shift == 0)
+            return;
+        constexpr std::uint32_t crowd = 64;
+        const auto sorted = std::span(sorted_).first(entryCount_);
+        if (mostInABucket > crowd)
+            std::ranges::stable_sort(sorted, {}, &Entry::offset);
+        else
+            insertionSort(sorted);
+    }
+
+    static void insertionSort(std::span<Entry> entries) {
+        for (std::size_t next = 1; next < entries.size(); ++next) {
+            const Entry entry = entries[next];
+            std::size_t hole = next;
+            for (; hole > 0 && entries[hole - 1].offset > entry.offset; --hole)
+                entries[hole] = entries[hole - 1];
+            entries[hole] = entry;
+        }
+    }
+
+    // Which makes the buckets of a window, whose length is a power of two.
+    [[nodiscard]] unsigned bucketShift() const {
+        const auto bits = static_cast<unsigned>(std::bit_width(windowLength_) - 1);
+        return bits > bucketBits ? bits - bucketBits : 0;
     }
 
     void dropFinished() { std::erase_if(cursors_, &Cursor::finished); }
@@ -166,6 +190,7 @@ private:
     std::vector<Cursor> saved_;
     std::vector<Entry> entries_;
     std::vector<Entry> sorted_;
+    std::array<std::uint32_t, std::size_t{1} << bucketBits> bucketEnds_{};
     std::size_t entryCount_ = 0;
     std::size_t capacity_ = 0;
     std::uint32_t firstTick_ = 0;
