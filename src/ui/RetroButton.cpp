@@ -1,0 +1,45 @@
+#include "RetroButton.h"
+
+#include "RetroTheme.h"
+#include "UnflippedPainter.h"
+
+#include <utility>
+
+namespace tambrel {
+
+RetroButtonGeometry RetroButtonGeometry::of(QSizeF size, bool isPressed) {
+    constexpr double depth = 3;
+    const double pressed = isPressed ? 1 : 0;
+    const QRectF face(pressed, depth - pressed, size.width() - depth, size.height() - depth);
+    return {face, face.translated(depth - pressed, pressed - depth)};
+}
+
+RetroButton::RetroButton(const QString& title, std::function<void()> action, QWidget* parent)
+    : QPushButton(title, parent) {
+    setFont(RetroTheme::display());
+    setFocusPolicy(Qt::TabFocus); // A click leaves the focus, and its mark, where they were.
+    if (action)
+        connect(this, &QPushButton::clicked, this, std::move(action));
+}
+
+void RetroButton::setEnabled(bool enabled) {
+    QPushButton::setEnabled(enabled);
+    update();
+}
+
+void RetroButton::paintEvent(QPaintEvent*) {
+    const auto [face, shadow] = RetroButtonGeometry::of(size(), isDown() && isEnabled());
+    QColor faceColor = RetroTheme::panel();
+    faceColor.setAlphaF(isEnabled() ? 1.0f : 0.55f);
+    const QColor lineColor = RetroTheme::ink(isEnabled() ? 1 : 0.35);
+
+    UnflippedPainter painter(*this);
+    painter.fill(unflippedBounds(*this), RetroTheme::paper());
+    painter.fill(shadow, RetroTheme::ink(isEnabled() ? 1 : 0.28));
+    painter.fill(face, faceColor);
+    painter.frame(face, lineColor);
+    painter.focusMark(face.adjusted(3, 3, -3, -3));
+    painter.text(face, text(), font(), lineColor);
+}
+
+} // namespace tambrel

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPushButton>
+
+#include <functional>
+
+namespace tambrel {
+
+/// Where a button paints what, in unflipped coordinates.
+struct RetroButtonGeometry {
+    QRectF face;
+    QRectF shadow; ///< The same place and size whether pressed or not.
+
+    [[nodiscard]] static RetroButtonGeometry of(QSizeF size, bool isPressed);
+};
+
+/// A flat button with a hard shadow, towards which it moves by a pixel while pressed.
+class RetroButton : public QPushButton {
+    Q_OBJECT
+
+public:
+    /// `action` runs on each press, by mouse or keyboard; it may be empty.
+    RetroButton(const QString& title, std::function<void()> action, QWidget* parent = nullptr);
+
+    /// Repaints also when the value does not change.
+    void setEnabled(bool enabled);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace tambrel

@@ -1,0 +1,55 @@
+#include "RetroLabel.h"
+
+#include "UnflippedPainter.h"
+
+#include <QFontMetricsF>
+#include <QHelpEvent>
+#include <QToolTip>
+
+#include <cmath>
+
+namespace tambrel {
+
+RetroLabel::RetroLabel(const QString& text, const QFont& font, Qt::Alignment alignment, QWidget* parent)
+    : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+    setTextInteractionFlags(Qt::NoTextInteraction);
+    setFont(font);
+    setAlignment(alignment & Qt::AlignVertical_Mask ? alignment : alignment | Qt::AlignVCenter);
+    setText(text);
+}
+
+void RetroLabel::setOverflow(RetroLabelOverflow overflow) {
+    overflow_ = overflow;
+    update();
+}
+
+RetroLabel::Line RetroLabel::line() const {
+    const int smallest = overflow_ == RetroLabelOverflow::shrinkThenTruncate ? RetroTheme::mono().pixelSize()
+                                                                             : font().pixelSize();
+    QFont fitting = font();
+    while (fitting.pixelSize() > smallest && QFontMetricsF(fitting).horizontalAdvance(text()) > width())
+        fitting.setPixelSize(fitting.pixelSize() - 1);
+    return {fitting, QFontMetricsF(fitting).elidedText(text(), Qt::ElideRight, width())};
+}
+
+QSize RetroLabel::minimumSizeHint() const {
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+bool RetroLabel::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QLabel::event(event);
+    const bool isCut = line().text != text();
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                       isCut ? text().toHtmlEscaped() : QString(), this);
+    return true;
+}
+
+void RetroLabel::paintEvent(QPaintEvent*) {
+    const Line shown = line();
+    UnflippedPainter painter(*this);
+    painter.text(unflippedBounds(*this), shown.text, shown.font, RetroTheme::ink(), alignment());
+}
+
+} // namespace tambrel

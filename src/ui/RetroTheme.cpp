@@ -1,0 +1,96 @@
+#include "RetroTheme.h"
+
+#include <QFontDatabase>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace tambrel {
+namespace {
+
+// Families that bring real medium and semibold weights; others would show regular or bold instead.
+QString monospacedFamily() {
+    static const QStringList preferred = {"JetBrains Mono", "IBM Plex Mono",   "Fira Code",
+                                          "Cascadia Mono",  "Source Code Pro", "Noto Sans Mono"};
+    const auto found = std::find_if(preferred.begin(), preferred.end(),
+                                    [](const QString& family) { return QFontDatabase::hasFamily(family); });
+    return found != preferred.end() ? *found : QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+}
+
+} // namespace
+
+const QColor& RetroTheme::paper() {
+    static const QColor color = QColor::fromRgbF(0.86f, 0.97f, 0.97f);
+    return color;
+}
+
+const QColor& RetroTheme::panel() {
+    static const QColor color = QColor::fromRgbF(0.91f, 0.99f, 0.99f);
+    return color;
+}
+
+const QColor& RetroTheme::ink() {
+    static const QColor color(Qt::black);
+    return color;
+}
+
+const QColor& RetroTheme::activeFill() {
+    static const QColor color = QColor::fromRgbF(0.05f, 0.05f, 0.05f);
+    return color;
+}
+
+const QColor& RetroTheme::blueShadow() {
+    static const QColor color = QColor::fromRgbF(0.42f, 0.82f, 0.94f, 0.65f);
+    return color;
+}
+
+const QColor& RetroTheme::darkBlueFill() {
+    static const QColor color = QColor::fromRgbF(0.86f, 0.97f, 0.97f);
+    return color;
+}
+
+QColor RetroTheme::ink(double alpha) {
+    QColor color = ink();
+    color.setAlphaF(static_cast<float>(alpha));
+    return color;
+}
+
+const QFont& RetroTheme::mono() {
+    static const QFont font = monospaced(14);
+    return font;
+}
+
+const QFont& RetroTheme::small() {
+    static const QFont font = monospaced(10);
+    return font;
+}
+
+const QFont& RetroTheme::display() {
+    static const QFont font = monospaced(12, QFont::DemiBold);
+    return font;
+}
+
+const QFont& RetroTheme::title() {
+    static const QFont font = monospaced(18, QFont::Medium);
+    return font;
+}
+
+const QFont& RetroTheme::songName() {
+    static const QFont font = monospaced(24, QFont::DemiBold);
+    return font;
+}
+
+const QFont& RetroTheme::module() {
+    return display();
+}
+
+QFont RetroTheme::monospaced(int pixels, QFont::Weight weight) {
+    static const QString family = monospacedFamily();
+    QFont font(family);
+    font.setStyleHint(QFont::Monospace);
+    font.setPixelSize(pixels);
+    font.setWeight(weight);
+    return font;
+}
+
+} // namespace tambrel

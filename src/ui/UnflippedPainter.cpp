@@ -1,0 +1,85 @@
+#include "UnflippedPainter.h"
+
+#include "RetroTheme.h"
+
+#include <QPainterPath>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tambrel {
+
+UnflippedPainter::UnflippedPainter(QWidget& view) : QPainter(&view), view_(view) {
+    setRenderHint(QPainter::Antialiasing);
+    translate(0, view.height());
+    scale(1, -1);
+}
+
+void UnflippedPainter::fill(const QRectF& area, const QColor& color) {
+    if (!area.isEmpty())
+        fillRect(snapped(area), color);
+}
+
+void UnflippedPainter::fill(const QPainterPath& path, const QColor& color) {
+    fillPath(path, color);
+}
+
+void UnflippedPainter::frame(const QRectF& area, const QColor& color, double lineWidth) {
+    if (area.isEmpty())
+        return;
+    const QRectF outer = snapped(area);
+    const double width = snapped(lineWidth);
+    QPainterPath ring;
+    ring.addRect(outer);
+    if (const QRectF inner = outer.adjusted(width, width, -width, -width); !inner.isEmpty())
+        ring.addRect(inner);
+    fillPath(ring, color);
+}
+
+void UnflippedPainter::verticalLine(double x, double bottom, double top, const QColor& color,
+                                    double lineWidth) {
+    const double width = snapped(lineWidth);
+    QRectF line = snapped(QRectF(x - width / 2, bottom, width, top - bottom));
+    line.setWidth(width);
+    fillRect(line, color);
+}
+
+void UnflippedPainter::text(const QRectF& box, const QString& text, const QFont& font, const QColor& color,
+                            Qt::Alignment alignment) {
+    save();
+    scale(1, -1); // Upright again, or the letters would stand on their heads.
+    setFont(font);
+    setPen(color);
+    const QRectF flippedBox(box.x(), -box.y() - box.height(), box.width(), box.height());
+    drawText(flippedBox, static_cast<int>(alignment) | Qt::TextSingleLine | Qt::TextDontClip, text);
+    restore();
+}
+
+void UnflippedPainter::focusMark(const QRectF& area) {
+    if (view_.hasFocus() && view_.window()->testAttribute(Qt::WA_KeyboardFocusChange))
+        frame(area, RetroTheme::ink(0.55));
+}
+
+QRectF UnflippedPainter::snapped(const QRectF& area) const {
+    const QTransform toDevice = deviceTransform();
+    const QRectF device = toDevice.mapRect(area);
+    const QPointF first(std::round(device.left()), std::round(device.top()));
+    const QPointF last(std::round(device.right()), std::round(device.bottom()));
+    return toDevice.inverted().mapRect(QRectF(first, last));
+}
+
+double UnflippedPainter::snapped(double length) const {
+    const double devicePixelsPerPoint = std::abs(deviceTransform().m11());
+    return std::max(std::round(length * devicePixelsPerPoint), 1.0) / devicePixelsPerPoint;
+}
+
+QPointF unflipped(const QWidget& view, QPointF position) {
+    return {position.x(), view.height() - position.y()};
+}
+
+QRectF unflippedBounds(const QWidget& view) {
+    return {QPointF(0, 0), QSizeF(view.size())};
+}
+
+} // namespace tambrel
