@@ -25,6 +25,22 @@ void UnflippedPainter::fill(const QPainterPath& path, const QColor& color) {
     fillPath(path, color);
 }
 
+void UnflippedPainter::fill(const QPolygonF& convex, const QColor& color) {
+    const QRectF box = convex.boundingRect();
+    if (box.isEmpty())
+        return;
+    QRectF crisp = snapped(box);
+    crisp.setSize({snapped(box.width()), snapped(box.height())}); // The same size wherever it stands.
+    QPolygonF fitted = convex;
+    for (QPointF& point : fitted) {
+        point.setX(crisp.x() + (point.x() - box.x()) * crisp.width() / box.width());
+        point.setY(crisp.y() + (point.y() - box.y()) * crisp.height() / box.height());
+    }
+    setPen(Qt::NoPen);
+    setBrush(color);
+    drawConvexPolygon(fitted);
+}
+
 void UnflippedPainter::frame(const QRectF& area, const QColor& color, double lineWidth) {
     if (area.isEmpty())
         return;

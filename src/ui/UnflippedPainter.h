@@ -15,6 +15,9 @@ public:
     void fill(const QRectF& area, const QColor& color);
     void fill(const QPainterPath& path, const QColor& color);
 
+    /// Fills a convex polygon, moved and stretched by less than a device pixel so that its box is crisp.
+    void fill(const QPolygonF& convex, const QColor& color);
+
     /// Draws the outline of an area along the inside of its edges.
     void frame(const QRectF& area, const QColor& color, double lineWidth = 1);
 

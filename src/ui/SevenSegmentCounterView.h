@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QWidget>
+
+namespace tambrel {
+
+/// The playback time as seven-segment digits in ink on paper. Shows "0" to "9", ':' and '.'; any other
+/// character leaves a narrow gap.
+class SevenSegmentCounterView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SevenSegmentCounterView(QWidget* parent = nullptr);
+
+    /// "00:00:00.00" at first.
+    [[nodiscard]] const QString& text() const { return text_; }
+    void setText(const QString& text);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString text_ = QStringLiteral("00:00:00.00");
+};
+
+} // namespace tambrel
