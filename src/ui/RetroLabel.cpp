@@ -6,8 +6,6 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
-#include <cmath>
-
 namespace tambrel {
 
 RetroLabel::RetroLabel(const QString& text, const QFont& font, Qt::Alignment alignment, QWidget* parent)
@@ -40,9 +38,10 @@ QSize RetroLabel::minimumSizeHint() const {
 bool RetroLabel::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
+    // Marked up, or a tool tip would guess whether a file name that looks like markup is some.
+    const QString whole = "<p style='white-space:pre-wrap'>" + text().toHtmlEscaped() + "</p>";
     const bool isCut = line().text != text();
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
-                       isCut ? text().toHtmlEscaped() : QString(), this);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isCut ? whole : QString(), this);
     return true;
 }
 
