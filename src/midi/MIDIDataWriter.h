@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 
 namespace tambrel {
 
@@ -70,6 +71,16 @@ public:
         }
         *at++ = value & 0x7F;
         position_ = at;
+    }
+
+    /// Free memory behind what is written, `atLeast` bytes of it; `commit` then takes in what was put there.
+    [[nodiscard]] std::span<std::uint8_t> room(std::size_t atLeast) {
+        makeRoom(atLeast);
+        return {position_, end_};
+    }
+    void commit(std::size_t bytes) {
+        assert(bytes <= static_cast<std::size_t>(end_ - position_));
+        position_ += bytes;
     }
 
     /// Replaces 4 bytes written before.

@@ -1,0 +1,135 @@
+#include "TambrelFileLoader.h"
+
+#include "MIDI2ClipImporter.h"
+#include "SMFByteCodec.h"
+#include "SMFTrackChunk.h"
+#include "TambrelMIDIFileSupport.h"
+#include "UTF8.h"
+#include "WholeFile.h"
+
+#include <future>
+#include <new>
+#include <utility>
+
+namespace tambrel::TambrelFileLoader {
+namespace {
+
+void checkForCancellation(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw TambrelLoadCancelled();
+}
+
+// A folder may be written with a slash at its end.
+std::filesystem::path lastComponent(const std::filesystem::path& url) {
+    return url.has_filename() ? url.filename() : url.parent_path().filename();
+}
+
+std::string displayName(const std::filesystem::path& url) {
+    return UTF8::repaired(lastComponent(url).native());
+}
+
+bool isClip(const MIDIData& data, const std::filesystem::path& url) {
+    return MIDI2ClipImporter::isMIDI2Clip(data) ||
+           TambrelMIDIFileSupport::hasExtension(lastComponent(url).native(),
+                                                TambrelMIDIFileSupport::midi2ClipExtensions());
+}
+
+// What can be told from the frame of the file, before any track is walked.
+void requireSupportedSMF(ByteView data) {
+    if (data.size() < static_cast<std::size_t>(smfHeaderSize))
+        throw TambrelLoadError::malformedMIDIData("The file is too short to contain a Standard MIDI header.");
+    if (!SMFByteCodec::hasChunkType(data, 0, "MThd"))
+        throw TambrelLoadError::malformedMIDIData("The Standard MIDI header chunk is missing.");
+    if (!SMFByteCodec::hasHeader(data))
+        throw TambrelLoadError::malformedMIDIData("The Standard MIDI header length is invalid.");
+    if (const std::uint16_t format = SMFByteCodec::readU16(data, 8); format > 1)
+        throw TambrelLoadError::unsupportedMIDIFormat(format);
+    const std::size_t declaredTracks = SMFByteCodec::readU16(data, 10);
+    if (declaredTracks < 1)
+        throw TambrelLoadError::malformedMIDIData("The MIDI file does not declare any tracks.");
+    if (SMFTrackEventWalker::trackChunks(data, static_cast<std::int64_t>(declaredTracks)).size() !=
+        declaredTracks)
+        throw TambrelLoadError::malformedMIDIData("The declared MIDI track chunk data is incomplete.");
+}
+
+struct Companion {
+    MIDIData clip;
+    MIDI2ClipBuildSummary summary;
+};
+
+Companion buildCompanion(const MIDIData& smf) {
+    Companion companion{MIDI2ClipBuilder::build(smf), {}};
+    companion.summary = MIDI2ClipBuilder::summary(companion.clip);
+    return companion;
+}
+
+void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_token& stop) {
+    requireSupportedSMF(data);
+    checkForCancellation(stop);
+    // Both take one walk over all tracks and need nothing of each other.
+    auto companionInMaking = std::async(buildCompanion, data);
+    file.info = MIDIFileInfo::parse(data);
+    Companion companion = companionInMaking.get();
+    if (companion.summary.hasChannelVoice())
+        file.midi2ClipCompanionData = std::move(companion.clip);
+    file.midi2ClipCompanionSummary = companion.summary;
+    file.playbackData = data;
+    file.loadedStatus = "Loaded";
+}
+
+MIDI2ClipImportResult imported(const MIDIData& clip) {
+    try {
+        return MIDI2ClipImporter::importPlayableSMF(clip);
+    } catch (const MIDI2ClipImportError& error) {
+        throw TambrelLoadError::invalidMIDI2Clip(TambrelLoadError::diagnosticReason(error));
+    }
+}
+
+void loadClip(TambrelLoadedFile& file, const MIDIData& clip, const std::stop_token& stop) {
+    MIDI2ClipImportResult result = imported(clip);
+    checkForCancellation(stop);
+    requireSupportedSMF(result.smfData);
+    file.info = MIDIFileInfo::parse(result.smfData);
+    file.playbackData = std::move(result.smfData);
+    file.loadedStatus = "Loaded MIDI 2.0";
+    file.importSummary = std::move(result.summary);
+    file.importedMIDI2ClipData = clip;
+}
+
+MIDIData readFile(const std::filesystem::path& url, const std::stop_token& stop) {
+    try {
+        return WholeFile::read(url, stop);
+    } catch (const TambrelLoadCancelled&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw TambrelLoadError::unreadableFile(displayName(url), TambrelLoadError::diagnosticReason(error));
+    }
+}
+
+} // namespace
+
+TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop) {
+    return loadBytes(readFile(url, stop), url, stop);
+}
+
+TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& url,
+                            const std::stop_token& stop) {
+    checkForCancellation(stop);
+    if (data.empty())
+        throw TambrelLoadError::malformedMIDIData("The file is empty.");
+    TambrelLoadedFile file;
+    file.url = url;
+    file.fileName = displayName(url);
+    try {
+        if (isClip(data, url))
+            loadClip(file, data, stop);
+        else
+            loadSMF(file, data, stop);
+    } catch (const std::bad_alloc& error) {
+        throw TambrelLoadError::unreadableFile(file.fileName, TambrelLoadError::diagnosticReason(error));
+    }
+    checkForCancellation(stop);
+    return file;
+}
+
+} // namespace tambrel::TambrelFileLoader

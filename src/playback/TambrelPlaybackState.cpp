@@ -1,0 +1,104 @@
+#include "TambrelPlaybackState.h"
+
+#include "MIDILoudnessProcessor.h"
+#include "TambrelBetaLog.h"
+
+#include <string>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+std::string sizes(const MIDI2ClipBuildSummary& summary) {
+    return "; bytes " + std::to_string(summary.byteCount) + "; UMP words " +
+           std::to_string(summary.umpWordCount) + "; channel voice words " +
+           std::to_string(summary.channelVoiceWordCount);
+}
+
+} // namespace
+
+void TambrelPlaybackState::forgetSong() {
+    originalMIDIData_.reset();
+    loudMIDIData_.reset();
+    midi2ClipCompanionData_.reset();
+    loadedPlaybackIsLoud_ = false;
+    loadedMIDI2ClipIsLoud_.reset();
+    loudnessEnabled_ = false;
+}
+
+void TambrelPlaybackState::replaceLoadedMIDI(const MIDIData& data) {
+    log_.procedure("TambrelPlaybackState.replaceLoadedMIDI", "Replacing loaded playback snapshot");
+    forgetSong();
+    originalMIDIData_ = data;
+}
+
+void TambrelPlaybackState::reset() {
+    log_.procedure("TambrelPlaybackState.reset", "Clearing loaded playback snapshot");
+    forgetSong();
+}
+
+void TambrelPlaybackState::cacheImportedMIDI2ClipCompanion(const MIDIData& data) {
+    midi2ClipCompanionData_ = data;
+    loadedMIDI2ClipIsLoud_ = false;
+    log_.procedure("TambrelPlaybackState.cacheImportedMIDI2ClipCompanion",
+                   "Cached original MIDI 2.0 clip companion from imported file");
+}
+
+void TambrelPlaybackState::cacheGeneratedMIDI2ClipCompanion(const std::optional<MIDIData>& data,
+                                                            const MIDI2ClipBuildSummary& summary, bool isLoud,
+                                                            std::string_view context) {
+    midi2ClipCompanionData_ = data;
+    loadedMIDI2ClipIsLoud_ = isLoud;
+    log_.procedure("TambrelPlaybackState.cacheGeneratedMIDI2ClipCompanion", [&] {
+        return summary.hasChannelVoice()
+                   ? std::string("MIDI 2.0 companion ready for ").append(context) + sizes(summary)
+                   : std::string("MIDI 2.0 companion unavailable for ").append(context);
+    });
+}
+
+std::optional<TambrelPlaybackSnapshot> TambrelPlaybackState::selectedSnapshot(std::string_view context) {
+    constexpr std::string_view name = "TambrelPlaybackState.selectedSnapshot";
+    if (!originalMIDIData_) {
+        log_.procedure(name, [&] { return std::string("No MIDI data is loaded for ").append(context); });
+        return std::nullopt;
+    }
+    if (!loudnessEnabled_)
+        return TambrelPlaybackSnapshot{*originalMIDIData_, false};
+    if (!loudMIDIData_) {
+        log_.procedure(name, [&] {
+            return std::string("Generating loudness-processed MIDI data for ").append(context);
+        });
+        loudMIDIData_ = MIDILoudnessProcessor::boostedDrumsAndBass(*originalMIDIData_);
+    }
+    return TambrelPlaybackSnapshot{*loudMIDIData_, true};
+}
+
+void TambrelPlaybackState::markPlaybackLoaded(const TambrelPlaybackSnapshot& snapshot) {
+    loadedPlaybackIsLoud_ = snapshot.isLoud;
+    log_.procedure("TambrelPlaybackState.markPlaybackLoaded",
+                   snapshot.isLoud ? "Playback snapshot is now loud" : "Playback snapshot is now original");
+}
+
+void TambrelPlaybackState::prepareMIDI2ClipCompanion(const TambrelPlaybackSnapshot& snapshot,
+                                                     std::string_view context) {
+    constexpr std::string_view name = "TambrelPlaybackState.prepareMIDI2ClipCompanion";
+    if (loadedMIDI2ClipIsLoud_ == snapshot.isLoud && midi2ClipCompanionData_) {
+        log_.procedure(name,
+                       [&] { return std::string("Reusing MIDI 2.0 clip companion for ").append(context); });
+        return;
+    }
+    log_.function(name,
+                  [&] { return std::string("Generating MIDI 2.0 clip companion for ").append(context); });
+    midi2ClipCompanionData_.reset(); // Before the next one takes its place in memory.
+    MIDIData clip = MIDI2ClipBuilder::build(snapshot.data);
+    const MIDI2ClipBuildSummary summary = MIDI2ClipBuilder::summary(clip);
+    if (summary.hasChannelVoice())
+        midi2ClipCompanionData_ = std::move(clip);
+    loadedMIDI2ClipIsLoud_ = snapshot.isLoud;
+    log_.procedure(name, [&] {
+        return summary.hasChannelVoice() ? "MIDI 2.0 companion ready" + sizes(summary)
+                                         : "MIDI 2.0 companion unavailable for current MIDI data";
+    });
+}
+
+} // namespace tambrel

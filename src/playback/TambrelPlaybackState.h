@@ -1,0 +1,71 @@
+#pragma once
+
+#include "MIDI2ClipBuilder.h"
+#include "MIDIData.h"
+
+#include <optional>
+#include <string_view>
+
+namespace tambrel {
+
+class TambrelBetaLog;
+
+/// What to hand to the player.
+struct TambrelPlaybackSnapshot {
+    MIDIData data;       ///< A whole Standard MIDI File.
+    bool isLoud = false; ///< `data` is the Loudness variant.
+};
+
+/// The loaded song in its variants: as loaded, with Loudness, and the MIDI 2.0 clip that goes with what
+/// plays. Main thread only. Nothing fails; every operation writes its line to the diagnostic log. `context`
+/// is the name of the calling procedure, for the log.
+class TambrelPlaybackState {
+public:
+    /// `log` outlives the state.
+    explicit TambrelPlaybackState(TambrelBetaLog& log) : log_(log) {}
+
+    /// Takes a newly loaded song. Loudness is off.
+    void replaceLoadedMIDI(const MIDIData& data);
+    void reset();
+
+    /// Keeps the clip that the song was imported from.
+    void cacheImportedMIDI2ClipCompanion(const MIDIData& data);
+    /// Keeps what the loader built, as it is.
+    void cacheGeneratedMIDI2ClipCompanion(const std::optional<MIDIData>& data,
+                                          const MIDI2ClipBuildSummary& summary, bool isLoud,
+                                          std::string_view context);
+
+    /// The variant that the Loudness switch selects; none without a song. The Loudness variant is made the
+    /// first time it is asked for, which takes as long as a walk over the song.
+    [[nodiscard]] std::optional<TambrelPlaybackSnapshot> selectedSnapshot(std::string_view context);
+
+    /// The player now holds this snapshot.
+    void markPlaybackLoaded(const TambrelPlaybackSnapshot& snapshot);
+
+    /// Makes the companion that belongs to the snapshot, unless it is there.
+    void prepareMIDI2ClipCompanion(const TambrelPlaybackSnapshot& snapshot, std::string_view context);
+
+    [[nodiscard]] const std::optional<MIDIData>& originalMIDIData() const { return originalMIDIData_; }
+    [[nodiscard]] const std::optional<MIDIData>& midi2ClipCompanionData() const {
+        return midi2ClipCompanionData_;
+    }
+    /// The player holds the Loudness variant.
+    [[nodiscard]] bool loadedPlaybackIsLoud() const { return loadedPlaybackIsLoud_; }
+    /// The variant that the companion was made from, if that is known.
+    [[nodiscard]] std::optional<bool> loadedMIDI2ClipIsLoud() const { return loadedMIDI2ClipIsLoud_; }
+    [[nodiscard]] bool loudnessEnabled() const { return loudnessEnabled_; }
+    void setLoudnessEnabled(bool enabled) { loudnessEnabled_ = enabled; }
+
+private:
+    void forgetSong();
+
+    TambrelBetaLog& log_;
+    std::optional<MIDIData> originalMIDIData_;
+    std::optional<MIDIData> loudMIDIData_; ///< Made from `originalMIDIData_` when it was needed.
+    std::optional<MIDIData> midi2ClipCompanionData_;
+    bool loadedPlaybackIsLoud_ = false;
+    std::optional<bool> loadedMIDI2ClipIsLoud_;
+    bool loudnessEnabled_ = false;
+};
+
+} // namespace tambrel

@@ -1,0 +1,278 @@
+#include "TambrelFileLoader.h"
+#include "MIDI2Clip.h"
+#include "SMFBuilder.h"
+#include "SMFByteCodec.h"
+#include "WholeFile.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <functional>
+#include <system_error>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace tambrel {
+namespace {
+
+using testing::smfBytes;
+using testing::TrackBuilder;
+using Case = TambrelLoadError::Case;
+
+Bytes songBytes() {
+    return smfBytes(0, 480, {TrackBuilder().key(0, 2, false).noteOn(0, 0, 60, 100).noteOff(480, 0, 60)});
+}
+
+Bytes clipBytes() {
+    Bytes clip(MIDI2Clip::signature.begin(), MIDI2Clip::signature.end());
+    SMFByteCodec::appendU32(0x20903C64, clip);
+    return clip;
+}
+
+TambrelLoadedFile loaded(const Bytes& bytes, const std::filesystem::path& name) {
+    return TambrelFileLoader::loadBytes(MIDIData(Bytes(bytes)), name);
+}
+
+TEST(TambrelFileLoader, keepsASongWithItsFactsAndItsCompanion) {
+    const MIDIData data(songBytes());
+    const TambrelLoadedFile file = TambrelFileLoader::loadBytes(data, "/music/a song.mid");
+    EXPECT_EQ(file.url, "/music/a song.mid");
+    EXPECT_EQ(file.fileName, "a song.mid");
+    EXPECT_TRUE(file.playbackData.sharesBytesWith(data));
+    EXPECT_EQ(file.info, MIDIFileInfo::parse(data));
+    EXPECT_EQ(file.loadedStatus, "Loaded");
+    ASSERT_TRUE(file.midi2ClipCompanionData);
+    EXPECT_EQ(MIDI2ClipBuilder::summary(*file.midi2ClipCompanionData), file.midi2ClipCompanionSummary);
+    EXPECT_FALSE(file.importSummary || file.importedMIDI2ClipData);
+}
+
+TEST(TambrelFileLoader, keepsOnlyTheSummaryOfACompanionThatSaysNothing) {
+    const auto file = loaded(smfBytes(1, 480, {TrackBuilder().tempo(0, 500'000)}), "a.mid");
+    EXPECT_FALSE(file.midi2ClipCompanionData);
+    EXPECT_EQ(file.midi2ClipCompanionSummary, (MIDI2ClipBuildSummary{32, 6, 0}));
+}
+
+TEST(TambrelFileLoader, turnsAClipIntoASongWhateverItsName) {
+    for (const char* name : {"a.mid", "a.MIDI2", "a.smf2", "a.clip", "a"}) {
+        SCOPED_TRACE(name);
+        const MIDIData clip(clipBytes());
+        const TambrelLoadedFile file = TambrelFileLoader::loadBytes(clip, name);
+        EXPECT_EQ(file.loadedStatus, "Loaded MIDI 2.0");
+        EXPECT_EQ(file.info.format, 1);
+        EXPECT_EQ(file.info, MIDIFileInfo::parse(file.playbackData));
+        ASSERT_TRUE(file.importSummary && file.importedMIDI2ClipData);
+        EXPECT_EQ(file.importSummary->importedPackets, 1);
+        EXPECT_TRUE(file.importedMIDI2ClipData->sharesBytesWith(clip));
+        EXPECT_FALSE(file.midi2ClipCompanionData || file.midi2ClipCompanionSummary);
+    }
+}
+
+template<class Load>
+void expectLoadError(Load load, Case errorCase, const std::string& diagnosticDescription) {
+    try {
+        static_cast<void>(load());
+        ADD_FAILURE() << "loaded";
+    } catch (const TambrelLoadError& error) {
+        EXPECT_EQ(error.errorCase(), errorCase);
+        EXPECT_EQ(error.diagnosticDescription(), diagnosticDescription);
+    }
+}
+
+TEST(TambrelFileLoader, saysWhyDataCannotBePlayed) {
+    const Bytes song = songBytes();
+    const auto changed = [&](std::size_t at, std::uint8_t byte) {
+        Bytes bytes = song;
+        bytes[at] = byte;
+        return bytes;
+    };
+    const std::string noSignature =
+        "Invalid MIDI 2.0 clip: MIDI 2.0 clip data is missing the SMF2CLIP signature.";
+    struct Row {
+        const char* name;
+        Bytes bytes;
+        const char* fileName;
+        Case errorCase;
+        std::string diagnosticDescription;
+    };
+    const Row rows[] = {
+        {"empty", {}, "a.mid", Case::malformedMIDIData, "Malformed MIDI data: The file is empty."},
+        {"empty clip", {}, "a.clip", Case::malformedMIDIData, "Malformed MIDI data: The file is empty."},
+        {"13 bytes", Bytes(song.begin(), song.begin() + 13), "a.mid", Case::malformedMIDIData,
+         "Malformed MIDI data: The file is too short to contain a Standard MIDI header."},
+        {"another type", changed(3, 'x'), "a.mid", Case::malformedMIDIData,
+         "Malformed MIDI data: The Standard MIDI header chunk is missing."},
+        {"no ASCII", changed(0, 0xFF), "a.mid", Case::malformedMIDIData,
+         "Malformed MIDI data: The Standard MIDI header chunk is missing."},
+        {"header of 7 bytes", changed(7, 7), "a.mid", Case::malformedMIDIData,
+         "Malformed MIDI data: The Standard MIDI header length is invalid."},
+        {"format 2", smfBytes(2, 480, {TrackBuilder()}), "a.mid", Case::unsupportedMIDIFormat,
+         "Unsupported Standard MIDI File format 2; expected format 0 or 1."},
+        {"format 2 without tracks", smfBytes(2, 480, {}), "a.mid", Case::unsupportedMIDIFormat,
+         "Unsupported Standard MIDI File format 2; expected format 0 or 1."},
+        {"no tracks", smfBytes(1, 480, {}), "a.mid", Case::malformedMIDIData,
+         "Malformed MIDI data: The MIDI file does not declare any tracks."},
+        {"two of three tracks", smfBytes(1, 480, {TrackBuilder(), TrackBuilder()}, 3), "a.mid",
+         Case::malformedMIDIData, "Malformed MIDI data: The declared MIDI track chunk data is incomplete."},
+        {"a song called a clip", song, "a.clip", Case::invalidMIDI2Clip, noSignature},
+        {"a song called a clip, in capitals", song, "a.Smf2", Case::invalidMIDI2Clip, noSignature},
+        {"a clip cut off",
+         [] {
+             Bytes clip = clipBytes();
+             clip.pop_back();
+             return clip;
+         }(),
+         "a.mid", Case::invalidMIDI2Clip,
+         "Invalid MIDI 2.0 clip: MIDI 2.0 clip payload is not aligned to 32-bit UMP words."},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        expectLoadError([&] { return loaded(row.bytes, row.fileName); }, row.errorCase,
+                        row.diagnosticDescription);
+    }
+}
+
+TEST(TambrelLoadError, hasTextsForTheUserAndForTheLog) {
+    struct Row {
+        TambrelLoadError error;
+        const char* userMessage;
+        const char* statusTitle;
+        const char* diagnosticDescription;
+    };
+    const Row rows[] = {
+        {TambrelLoadError::unreadableFile("a.mid", "why"), "Could not read the selected file.",
+         "Unreadable File", "Could not read a.mid: why"},
+        {TambrelLoadError::invalidMIDI2Clip("why"), "The MIDI 2.0 clip is not playable.", "Invalid MIDI 2.0",
+         "Invalid MIDI 2.0 clip: why"},
+        {TambrelLoadError::malformedMIDIData("why"), "The file is not valid MIDI data.", "Invalid MIDI File",
+         "Malformed MIDI data: why"},
+        {TambrelLoadError::unsupportedMIDIFormat(65535), "MIDI format 65535 is not supported.",
+         "Unsupported Format", "Unsupported Standard MIDI File format 65535; expected format 0 or 1."},
+        {TambrelLoadError::playbackPreparationFailed("why"), "Could not prepare MIDI playback.",
+         "Playback Error", "Could not prepare MIDI playback: why"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(row.error.userMessage(), row.userMessage);
+        EXPECT_EQ(row.error.statusTitle(), row.statusTitle);
+        EXPECT_EQ(row.error.diagnosticDescription(), row.diagnosticDescription);
+        EXPECT_STREQ(row.error.what(), row.diagnosticDescription);
+    }
+}
+
+TEST(TambrelLoadError, takesTheReasonFromForeignErrors) {
+    const std::error_code denied(EACCES, std::generic_category());
+    EXPECT_EQ(TambrelLoadError::diagnosticReason(std::system_error(denied, "open")), "Permission denied");
+    EXPECT_EQ(TambrelLoadError::diagnosticReason(std::filesystem::filesystem_error("open", "/a", denied)),
+              "Permission denied");
+    EXPECT_EQ(TambrelLoadError::diagnosticReason(std::bad_alloc()), "Cannot allocate memory");
+    EXPECT_EQ(TambrelLoadError::diagnosticReason(std::runtime_error("no sound bank")), "no sound bank");
+    EXPECT_EQ(TambrelLoadError::diagnosticReason(TambrelLoadError::invalidMIDI2Clip("why")),
+              "Invalid MIDI 2.0 clip: why");
+}
+
+/// Loads from a folder of its own.
+class TambrelFileLoaderOnDisk : public ::testing::Test {
+protected:
+    TambrelFileLoaderOnDisk() {
+        std::string name = (std::filesystem::temp_directory_path() / "tambrel-loader-XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr)
+            throw std::system_error(errno, std::generic_category());
+        folder = name;
+    }
+    ~TambrelFileLoaderOnDisk() override { std::filesystem::remove_all(folder); }
+
+    std::filesystem::path write(const std::string& name, const Bytes& bytes) const {
+        std::ofstream(folder / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return folder / name;
+    }
+
+    void expectUnreadable(const std::filesystem::path& file, const std::string& description) const {
+        SCOPED_TRACE(file);
+        expectLoadError([&] { return TambrelFileLoader::load(file); }, Case::unreadableFile, description);
+    }
+
+    std::filesystem::path folder;
+};
+
+TEST_F(TambrelFileLoaderOnDisk, readsAFileWhateverItsName) {
+    struct Row {
+        std::string name;
+        std::string shown;
+    };
+    for (const Row& row : {Row{"plain.mid", "plain.mid"}, Row{"née \U0001F600.mid", "née \U0001F600.mid"},
+                           Row{"n\xE9"
+                               "e.mid",
+                               "n\uFFFDe.mid"},
+                           Row{"line\nbreak.mid", "line\nbreak.mid"}}) {
+        const auto path = write(row.name, songBytes());
+        const TambrelLoadedFile file = TambrelFileLoader::load(path);
+        EXPECT_EQ(file.url, path);
+        EXPECT_EQ(file.fileName, row.shown);
+        const ByteView content = file.playbackData;
+        EXPECT_EQ(Bytes(content.begin(), content.end()), songBytes());
+    }
+}
+
+TEST_F(TambrelFileLoaderOnDisk, readsFilesOfSeveralChunks) {
+    Bytes bytes(9'000'001);
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<std::uint8_t>(i * 2'654'435'761u >> 24);
+    const MIDIData content = WholeFile::read(write("large", bytes));
+    EXPECT_TRUE(std::ranges::equal(content.view(), bytes));
+}
+
+TEST_F(TambrelFileLoaderOnDisk, readsToTheEndWhereverThatIs) {
+    // These say that they hold nothing, or a whole page, and hold something else.
+    EXPECT_GT(WholeFile::read("/proc/self/cmdline").size(), 0u);
+    const std::filesystem::path shorter = "/sys/devices/system/cpu/online";
+    if (std::filesystem::exists(shorter)) {
+        const std::size_t size = WholeFile::read(shorter).size();
+        EXPECT_GT(size, 0u);
+        EXPECT_LT(size, std::filesystem::file_size(shorter));
+    }
+}
+
+TEST_F(TambrelFileLoaderOnDisk, refusesWhatIsNoReadableFileAndNeverWaits) {
+    expectUnreadable(folder / "missing.mid", "Could not read missing.mid: No such file or directory");
+    expectUnreadable(folder / "n\xE9.mid", "Could not read n\uFFFD.mid: No such file or directory");
+
+    std::filesystem::create_directory(folder / "folder.mid");
+    expectUnreadable(folder / "folder.mid", "Could not read folder.mid: Is a directory");
+    expectUnreadable(folder / "folder.mid/", "Could not read folder.mid: Is a directory");
+
+    std::filesystem::create_symlink("circle.mid", folder / "circle.mid");
+    expectUnreadable(folder / "circle.mid", "Could not read circle.mid: Too many levels of symbolic links");
+
+    ASSERT_EQ(::mkfifo((folder / "pipe.mid").c_str(), 0600), 0);
+    expectUnreadable(folder / "pipe.mid", "Could not read pipe.mid: It is not a regular file.");
+    expectUnreadable("/dev/zero", "Could not read zero: It is not a regular file.");
+
+    const auto song = write("locked.mid", songBytes());
+    std::filesystem::permissions(song, std::filesystem::perms::none);
+    if (::geteuid() != 0) // Nothing is locked to root.
+        expectUnreadable(song, "Could not read locked.mid: Permission denied");
+}
+
+TEST_F(TambrelFileLoaderOnDisk, refusesFilesThatAreTooLarge) {
+    const auto file = write("large.mid", songBytes());
+    std::filesystem::resize_file(file, WholeFile::largestSize + 1); // Mostly a hole, it takes no room.
+    expectUnreadable(file,
+                     "Could not read large.mid: It is too large: files of 2 GiB and more cannot be played.");
+}
+
+TEST_F(TambrelFileLoaderOnDisk, stopsWhenAskedToAndReportsNothingElse) {
+    std::stop_source source;
+    source.request_stop();
+    const auto song = write("song.mid", songBytes());
+    for (const auto& file : {song, folder / "missing.mid"})
+        EXPECT_THROW(static_cast<void>(TambrelFileLoader::load(file, source.get_token())),
+                     TambrelLoadCancelled);
+    EXPECT_THROW(static_cast<void>(TambrelFileLoader::loadBytes({}, "empty.mid", source.get_token())),
+                 TambrelLoadCancelled);
+}
+
+} // namespace
+} // namespace tambrel

@@ -1,0 +1,149 @@
+#include "TambrelPlaybackState.h"
+#include "MIDILoudnessProcessor.h"
+#include "SMFBuilder.h"
+#include "TambrelBetaLog.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+namespace tambrel {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::smfBytes;
+using testing::TrackBuilder;
+
+class TambrelPlaybackStateTest : public ::testing::Test {
+protected:
+    TambrelPlaybackStateTest() {
+        log.configure({.info = {.diagnosticsSwitch = true}, .settings = settings, .ask = {}, .folder = {}});
+        log.setDebugWindowSink([this](const std::string& line) {
+            const auto start = line.find("] ") + 2;
+            lines.push_back(line.substr(start, line.size() - start - 1));
+        });
+    }
+
+    std::vector<std::string> linesSince() { return std::exchange(lines, {}); }
+
+    int argumentCount = 1;
+    char argument[6] = "tests";
+    char* arguments[2] = {argument, nullptr};
+    QCoreApplication application{argumentCount, arguments};
+    QTemporaryDir home;
+    QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
+    TambrelBetaLog log;
+
+    std::vector<std::string> lines;
+    const MIDIData song{smfBytes(0, 480, {TrackBuilder().noteOn(0, 9, 36, 64).noteOff(480, 9, 36)})};
+    const MIDIData silence{smfBytes(0, 480, {TrackBuilder().tempo(0, 500'000)})};
+    TambrelPlaybackState state{log};
+};
+
+TEST_F(TambrelPlaybackStateTest, startsEverySongWithLoudnessOff) {
+    state.replaceLoadedMIDI(song);
+    state.setLoudnessEnabled(true);
+    state.markPlaybackLoaded(*state.selectedSnapshot("a"));
+    state.prepareMIDI2ClipCompanion({song, true}, "a");
+    for (const bool again : {true, false}) {
+        again ? state.replaceLoadedMIDI(silence) : state.reset();
+        EXPECT_EQ(state.originalMIDIData().has_value(), again);
+        EXPECT_FALSE(state.loudnessEnabled());
+        EXPECT_FALSE(state.loadedPlaybackIsLoud());
+        EXPECT_FALSE(state.loadedMIDI2ClipIsLoud().has_value());
+        EXPECT_FALSE(state.midi2ClipCompanionData().has_value());
+    }
+}
+
+TEST_F(TambrelPlaybackStateTest, makesTheLoudnessVariantOnceForEachSong) {
+    EXPECT_FALSE(state.selectedSnapshot("caller").has_value());
+    EXPECT_THAT(linesSince(),
+                ElementsAre("No MIDI data is loaded for caller | TambrelPlaybackState.selectedSnapshot"));
+
+    state.replaceLoadedMIDI(song);
+    EXPECT_THAT(linesSince(),
+                ElementsAre("Replacing loaded playback snapshot | TambrelPlaybackState.replaceLoadedMIDI"));
+    const auto original = state.selectedSnapshot("caller");
+    EXPECT_TRUE(original->data.sharesBytesWith(song));
+    EXPECT_FALSE(original->isLoud);
+    EXPECT_THAT(linesSince(), IsEmpty());
+
+    state.setLoudnessEnabled(true);
+    const auto loud = state.selectedSnapshot("caller");
+    EXPECT_TRUE(loud->isLoud);
+    EXPECT_TRUE(
+        std::ranges::equal(loud->data.view(), MIDILoudnessProcessor::boostedDrumsAndBass(song).view()));
+    EXPECT_THAT(linesSince(), ElementsAre("Generating loudness-processed MIDI data for caller | "
+                                          "TambrelPlaybackState.selectedSnapshot"));
+    EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(loud->data));
+    EXPECT_THAT(linesSince(), IsEmpty());
+
+    state.replaceLoadedMIDI(silence);
+    state.setLoudnessEnabled(true);
+    EXPECT_EQ(state.selectedSnapshot("caller")->data.size(), silence.size()) << "not the song before";
+}
+
+TEST_F(TambrelPlaybackStateTest, remembersWhatThePlayerHolds) {
+    state.markPlaybackLoaded({song, true});
+    EXPECT_TRUE(state.loadedPlaybackIsLoud());
+    state.markPlaybackLoaded({song, false});
+    EXPECT_FALSE(state.loadedPlaybackIsLoud());
+    EXPECT_THAT(linesSince(),
+                ElementsAre("Playback snapshot is now loud | TambrelPlaybackState.markPlaybackLoaded",
+                            "Playback snapshot is now original | TambrelPlaybackState.markPlaybackLoaded"));
+}
+
+TEST_F(TambrelPlaybackStateTest, keepsWhatTheLoaderBuiltAsItIs) {
+    const std::string name = " | TambrelPlaybackState.cacheGeneratedMIDI2ClipCompanion";
+    state.cacheGeneratedMIDI2ClipCompanion(song, {28, 5, 1}, false, "caller");
+    EXPECT_TRUE(state.midi2ClipCompanionData()->sharesBytesWith(song));
+    EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
+    state.cacheGeneratedMIDI2ClipCompanion(song, {27, 5, 1}, true, "caller");
+    EXPECT_TRUE(state.midi2ClipCompanionData().has_value());
+    EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), true);
+    state.cacheGeneratedMIDI2ClipCompanion(std::nullopt, {28, 5, 0}, false, "caller");
+    EXPECT_FALSE(state.midi2ClipCompanionData().has_value());
+    state.cacheImportedMIDI2ClipCompanion(song);
+    EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
+    EXPECT_THAT(
+        linesSince(),
+        ElementsAre("MIDI 2.0 companion ready for caller; bytes 28; UMP words 5; channel voice words 1" +
+                        name,
+                    "MIDI 2.0 companion unavailable for caller" + name,
+                    "MIDI 2.0 companion unavailable for caller" + name,
+                    "Cached original MIDI 2.0 clip companion from imported file | "
+                    "TambrelPlaybackState.cacheImportedMIDI2ClipCompanion"));
+}
+
+TEST_F(TambrelPlaybackStateTest, rebuildsTheCompanionOnlyForAnotherVariant) {
+    const std::string name = " | TambrelPlaybackState.prepareMIDI2ClipCompanion";
+    const std::string generating = "Generating MIDI 2.0 clip companion for caller" + name;
+    const std::string ready =
+        "MIDI 2.0 companion ready; bytes 48; UMP words 10; channel voice words 2" + name;
+    const std::string reusing = "Reusing MIDI 2.0 clip companion for caller" + name;
+    state.prepareMIDI2ClipCompanion({song, false}, "caller");
+    EXPECT_THAT(linesSince(), ElementsAre(generating, ready));
+    const MIDIData first = *state.midi2ClipCompanionData();
+    EXPECT_TRUE(std::ranges::equal(first.view(), MIDI2ClipBuilder::build(song).view()));
+
+    state.prepareMIDI2ClipCompanion({song, false}, "caller");
+    EXPECT_THAT(linesSince(), ElementsAre(reusing));
+    EXPECT_TRUE(state.midi2ClipCompanionData()->sharesBytesWith(first));
+
+    state.prepareMIDI2ClipCompanion({song, true}, "caller");
+    EXPECT_THAT(linesSince(), ElementsAre(generating, ready));
+    EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), true);
+
+    for (int i = 0; i < 2; ++i) { // What is not there is not reused.
+        state.prepareMIDI2ClipCompanion({silence, true}, "caller");
+        state.prepareMIDI2ClipCompanion({silence, false}, "caller");
+        EXPECT_FALSE(state.midi2ClipCompanionData().has_value());
+        EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
+        EXPECT_EQ(lines.back(), "MIDI 2.0 companion unavailable for current MIDI data" + name);
+    }
+}
+
+} // namespace
+} // namespace tambrel
