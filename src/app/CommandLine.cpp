@@ -37,6 +37,13 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         ->envname("TAMBREL_AUDIO_DRIVER")
         ->check(CLI::IsMember({"pulseaudio", "alsa", "jack", "silent"}));
     program.add_flag("--play", result.play, "Start playing as soon as the file is loaded");
+    auto* screenshot =
+        program.add_option("--screenshot", result.screenshot, "Write a PNG picture of the window and end");
+    std::string scale; // Taken by prepareForScreenshot.
+    program.add_option("--scale", scale, "Scale of the picture, such as 1.5")
+        ->needs(screenshot)
+        ->check(CLI::Range(0.5, 8.0));
+    program.add_option("--at", result.at, "Playhead of the picture, in seconds")->needs(screenshot);
     program.add_option("FILE", files, "MIDI file to open");
     try {
         program.parse(argc, argv);
@@ -52,6 +59,25 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         result.audioDrivers.push_back(driver);
     std::ranges::transform(files, std::back_inserter(result.files), pathOf);
     return result;
+}
+
+void prepareForScreenshot(int argc, char** argv) {
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    const auto valueOf = [&](std::string_view option) -> const char* {
+        for (std::size_t at = 1; at < arguments.size(); ++at) {
+            const std::string_view argument = arguments[at];
+            if (argument == option && at + 1 < arguments.size())
+                return arguments[at + 1];
+            if (argument.starts_with(option) && argument.substr(option.size()).starts_with('='))
+                return arguments[at] + option.size() + 1;
+        }
+        return nullptr;
+    };
+    if (valueOf("--screenshot") == nullptr)
+        return;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (const char* scale = valueOf("--scale"))
+        qputenv("QT_SCALE_FACTOR", scale);
 }
 
 bool asksForText(int argc, char** argv) {

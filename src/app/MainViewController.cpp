@@ -1,156 +1,351 @@
 #include "MainViewController.h"
 
-#include "MIDIFileInfo.h"
+#include "BlackLEDActivityView.h"
+#include "DecimalText.h"
+#include "DropTargetPanel.h"
+#include "FramedZone.h"
+#include "LoadedBlueRectangleView.h"
+#include "MIDITrackBarsView.h"
+#include "MainViewLayout.h"
+#include "RetroButton.h"
+#include "RetroLabel.h"
+#include "RetroTheme.h"
+#include "RetroTimelineView.h"
+#include "SevenSegmentCounterView.h"
 #include "TambrelBetaLog.h"
-#include "TambrelMIDIFileSupport.h"
 #include "TimeText.h"
+#include "UTF8.h"
 
-#include <QApplication>
 #include <QFile>
-#include <QFileDialog>
-#include <QLabel>
-#include <QPushButton>
-#include <QSlider>
-#include <QVBoxLayout>
+#include <QPalette>
+#include <QSvgWidget>
+#include <QUrl>
 
-#include <system_error>
+#include <array>
+#include <string_view>
+#include <utility>
 
 namespace tambrel {
 namespace {
 
-constexpr double sliderStepsPerSecond = 100;
+constexpr const char* noFile = "DROP MIDI FILE";
+constexpr const char* ready = "READY";
+constexpr const char* noTempo = "---.--- BPS";
+constexpr const char* noKey = "KEY --";
+constexpr const char* noTracks = "0 Tracks";
+constexpr const char* noTime = "00:00:00.00";
+constexpr const char* noLength = "LENGTH 00:00:00.00";
+constexpr const char* noProgress = "PROGRESS 00:00:00.00";
 
-QString formatted(double seconds) {
-    return QString::fromStdString(timeText(seconds));
+constexpr std::string_view loading = "MainViewController.load(url:)";
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-MIDIData readFile(const std::filesystem::path& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error(file.errorString().toStdString());
-    const QByteArray bytes = file.readAll();
-    return MIDIData(Bytes(bytes.begin(), bytes.end()));
+std::string displayName(const std::filesystem::path& url) {
+    return UTF8::repaired(url.filename().native());
+}
+
+// A URL has no byte of its own for what is no UTF-8; the toolkit's encoding of file names brings it back.
+std::filesystem::path pathOf(const QUrl& url) {
+    return QFile::encodeName(url.toLocalFile()).toStdString();
+}
+
+template<class View, class... Arguments>
+View* addView(QWidget* parent, const char* name, const QRect& place, Arguments&&... arguments) {
+    auto* view = new View(std::forward<Arguments>(arguments)..., parent);
+    view->setObjectName(name);
+    view->setGeometry(place);
+    return view;
+}
+
+RetroLabel* addLabel(QWidget* parent, const char* name, const QRect& place, const QString& text,
+                     const QFont& font = RetroTheme::display()) {
+    return addView<RetroLabel>(parent, name, place, text, font, Qt::AlignCenter);
 }
 
 } // namespace
 
-MainViewController::MainViewController(MIDIFilePlayerFactory makePlayer, TambrelBetaLog& log)
-    : log_(log), player_(std::move(makePlayer), log) {
-    setFixedSize(contentSize, contentSize);
+MainViewController::MainViewController(MainViewServices services, TambrelBetaLog& log)
+    : services_(std::move(services)), log_(log), player_(services_.makePlayer, log), playbackState_(log) {
+    log_.procedure("MainViewController.loadView", "Creating Tambrel root view");
+    setObjectName("view");
+    setFixedSize(MainViewLayout::contentSize, MainViewLayout::contentSize);
+    QPalette paper = palette();
+    paper.setColor(QPalette::Window, RetroTheme::paper());
+    setPalette(paper);
+    setAutoFillBackground(true);
+
+    log_.procedure("MainViewController.viewDidLoad", "Main controller view loaded");
     buildInterface();
-    wirePlayer();
-    resetInterface("DROP MIDI FILE", "READY");
+    transportCoordinator_.emplace(TransportControls{.player = player_,
+                                                    .playbackState = playbackState_,
+                                                    .counterView = *counterView_,
+                                                    .progressLabel = *progressLabel_,
+                                                    .statusLabel = *statusLabel_,
+                                                    .timeline = *timeline_,
+                                                    .trackBarsView = *trackBarsView_,
+                                                    .activityView = *activityView_,
+                                                    .playPauseButton = *playPauseButton_,
+                                                    .loudnessButton = *loudnessButton_,
+                                                    .beep = services_.beep},
+                                  log_);
+    transportCoordinator_->wirePlayer();
 }
 
+MainViewController::~MainViewController() {
+    loadCoordinator_.cancel();
+}
+
+// The order of the children is the order in which Tab and assistive software go through them.
 void MainViewController::buildInterface() {
     log_.procedure("MainViewController.buildInterface",
                    "Building controls, labels, drop target, and transport");
-    auto* column = new QVBoxLayout(this);
-    for (QLabel** label : {&statusLabel_, &fileLabel_, &tempoLabel_, &keyLabel_, &tracksLabel_, &lengthLabel_,
-                           &progressLabel_}) {
-        *label = new QLabel(this);
-        (*label)->setAlignment(Qt::AlignCenter);
-        column->addWidget(*label);
-    }
-    timeline_ = new QSlider(Qt::Horizontal, this);
-    column->addWidget(timeline_);
-    connect(timeline_, &QSlider::sliderMoved, this,
-            [this](int steps) { player_.seek(steps / sliderStepsPerSecond); });
-
-    auto* row = new QHBoxLayout;
-    column->addLayout(row);
-    const auto addButton = [&](const QString& title, void (MainViewController::*action)()) {
-        auto* button = new QPushButton(title, this);
-        row->addWidget(button);
-        connect(button, &QPushButton::clicked, this, action);
-        return button;
-    };
-    playPauseButton_ = addButton("Play", &MainViewController::playPause);
-    addButton("Stop", &MainViewController::stop);
-    addButton("RTZ", &MainViewController::rtz);
+    namespace Layout = MainViewLayout;
+    titleLabel_ = addLabel(this, "titleLabel", Layout::title, "TAMBREL", RetroTheme::title());
+    statusLabel_ = addLabel(this, "statusLabel", Layout::status, ready);
+    ledZone_ = addView<FramedZone>(this, "ledZone", Layout::ledZone);
+    activityView_ = addView<BlackLEDActivityView>(this, "activityView", Layout::activity);
+    dropPanel_ = new DropTargetPanel(log_, this);
+    dropPanel_->setObjectName("dropPanel");
+    dropPanel_->setGeometry(Layout::dropPanel);
+    fileLabel_ = addLabel(dropPanel_, "fileLabel", Layout::file.translated(-Layout::dropPanel.topLeft()),
+                          noFile, RetroTheme::songName());
+    fileLabel_->setOverflow(RetroLabelOverflow::shrinkThenTruncate);
+    counterView_ = addView<SevenSegmentCounterView>(this, "counterView", Layout::counter);
+    moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
+    logoView_ = addView<QSvgWidget>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
+    logoView_->setAccessibleName("MIDI logo");
+    buildLabels();
+    timeline_ = new RetroTimelineView(log_, this);
+    timeline_->setObjectName("timeline");
+    timeline_->setGeometry(Layout::timeline);
+    trackBarsView_ = addView<MIDITrackBarsView>(this, "trackBarsView", Layout::trackBars);
+    buildButtons();
+    wireViews();
+    showLoaded(false);
 }
 
-void MainViewController::wirePlayer() {
-    player_.onProgress = [this](double position, double duration) { showProgress(position, duration); };
-    player_.onStateChange = [this](PlaybackMode mode) { showMode(mode); };
-    player_.onLoaded = [this](double duration) {
-        timeline_->setMaximum(static_cast<int>(duration * sliderStepsPerSecond));
-    };
+void MainViewController::buildLabels() {
+    namespace Layout = MainViewLayout;
+    gmModuleLabel_ = addLabel(this, "gmModuleLabel", Layout::gmModule, "GM Module", RetroTheme::module());
+    tempoLabel_ = addLabel(this, "tempoLabel", Layout::tempo, noTempo);
+    keyLabel_ = addLabel(this, "keyLabel", Layout::key, noKey);
+    tracksLabel_ = addLabel(this, "tracksLabel", Layout::tracks, noTracks);
+    lengthLabel_ = addLabel(this, "lengthLabel", Layout::length, noLength);
+    progressLabel_ = addLabel(this, "progressLabel", Layout::progress, noProgress);
 }
 
-void MainViewController::load(const std::filesystem::path& file) {
-    const std::string name = file.filename().string();
-    log_.function("MainViewController.load(url:)", [&] { return "Loading MIDI file " + name; });
-    try {
-        const MIDIData song = readFile(file);
-        const MIDIFileInfo info = MIDIFileInfo::parse(song);
-        player_.load(song);
-        statusLabel_->setText("Loaded");
-        fileLabel_->setText(QString::fromStdString(name));
-        tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPM", *info.tempoBPM) : "---.--- BPS");
-        keyLabel_->setText("KEY " + QString::fromStdString(info.keySignature.value_or("--")));
-        tracksLabel_->setText(QString::number(info.displayTrackCount) + " Tracks");
-        lengthLabel_->setText("LENGTH " + formatted(player_.duration()));
-    } catch (const std::exception& error) {
-        playbackFailed(error.what());
-    }
+void MainViewController::buildButtons() {
+    struct Row {
+        const char* name;
+        const char* title;
+        void (MainViewController::*action)();
+    };
+    constexpr std::array<Row, MainViewLayout::buttons.size()> rows{{
+        {"playPauseButton", "Play", &MainViewController::playPause},
+        {"stopButton", "Stop", &MainViewController::stop},
+        {"rtzButton", "RTZ", &MainViewController::rtz},
+        {"loudnessButton", "Loudness", &MainViewController::toggleLoudness},
+        {"clearButton", "Clear", &MainViewController::clearLoadedMIDI},
+    }};
+    std::array<RetroButton*, rows.size()> buttons{};
+    for (std::size_t at = 0; at < rows.size(); ++at)
+        buttons[at] = addView<RetroButton>(this, rows[at].name, MainViewLayout::buttons[at], rows[at].title,
+                                           [this, action = rows[at].action] { (this->*action)(); });
+    playPauseButton_ = buttons[0];
+    loudnessButton_ = buttons[3];
+}
+
+void MainViewController::wireViews() {
+    timeline_->onSeek = [this](double position) {
+        log_.procedure("MainViewController.timeline.onSeek",
+                       [position] { return "Timeline requested seek to " + decimalText(position); });
+        player_.seek(position);
+    };
+    dropPanel_->onFile = [this](const QUrl& url) {
+        log_.procedure("MainViewController.dropPanel.onFile",
+                       [&url] { return "Drop panel requested load for " + url.fileName().toStdString(); });
+        load(pathOf(url));
+    };
 }
 
 void MainViewController::openFile() {
-    log_.userAction("Clicked Open MIDI File menu item", "MainViewController.openFile");
-    QStringList patterns;
-    for (const std::string_view extension : TambrelMIDIFileSupport::loadableExtensions())
-        patterns << "*." + QString::fromUtf8(extension.data(), static_cast<qsizetype>(extension.size()));
-    const QString file =
-        QFileDialog::getOpenFileName(this, "Open MIDI File", {}, "MIDI files (" + patterns.join(' ') + ")");
-    if (!file.isEmpty())
-        load(file.toStdString());
+    constexpr std::string_view name = "MainViewController.openFile";
+    log_.userAction("Clicked Open MIDI File menu item", name);
+    const auto file = services_.chooseFile();
+    if (!file) {
+        log_.procedure(name, "Open MIDI File panel cancelled");
+        return;
+    }
+    log_.procedure(name, [&file] { return "Open panel selected " + displayName(*file); });
+    load(*file);
 }
 
 void MainViewController::playPause() {
-    log_.userAction("Clicked Play/Pause button or menu item", "TambrelTransportCoordinator.playPause");
-    player_.togglePlayPause();
+    transportCoordinator_->playPause();
 }
-
 void MainViewController::stop() {
-    log_.userAction("Clicked Stop button or menu item", "TambrelTransportCoordinator.stop");
-    player_.stop();
+    transportCoordinator_->stop();
 }
-
 void MainViewController::rtz() {
-    log_.userAction("Clicked RTZ button or menu item", "TambrelTransportCoordinator.rtz");
-    player_.rtz();
+    transportCoordinator_->rtz();
+}
+void MainViewController::toggleLoudness() {
+    transportCoordinator_->toggleLoudness();
 }
 
-void MainViewController::playbackFailed(const std::string& reason) {
-    log_.procedure("MainViewController.load(url:)",
-                   [&] { return "Could not prepare MIDI playback: " + reason; });
+void MainViewController::load(const std::filesystem::path& url) {
+    log_.function(loading, [&url] { return "Loading MIDI file " + displayName(url); });
+    const std::int64_t generation = loadCoordinator_.begin();
+    statusLabel_->setText("Loading");
+    activityView_->setAnimating(true);
+    const std::stop_source task;
+    loadCoordinator_.setTask(task);
+    loader_.load(url, task.get_token(),
+                 [this, generation](const LoadOutcome& outcome) { takeOutcome(generation, outcome); });
+}
+
+void MainViewController::takeOutcome(std::int64_t generation, const LoadOutcome& outcome) {
+    if (generation != loadCoordinator_.generation()) {
+        loader_.dispose(outcome.song);
+        return;
+    }
+    try {
+        if (outcome.error)
+            std::rethrow_exception(outcome.error);
+        applyLoadedFile(outcome.song);
+    } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
+    } catch (const std::exception& error) {
+        handleLoadFailure(error);
+    }
+}
+
+void MainViewController::applyLoadedFile(const std::shared_ptr<const LoadedSong>& song) {
+    const TambrelLoadedFile& file = song->file;
+    if (file.importSummary) {
+        log_.function(loading,
+                      [&file] { return "Routed " + file.fileName + " through MIDI 2.0 clip importer"; });
+        log_.procedure(loading, [&file] {
+            return "MIDI 2.0 import summary: " + file.importSummary->debugDescription();
+        });
+    }
+    takePlaybackData(*song);
+    replaceSong(song);
+    showLoadedFile(file);
+    log_.procedure(loading, [&] {
+        return "Loaded " + file.fileName + "; tracks " + std::to_string(file.info.displayTrackCount) +
+               "; duration " + timeText(player_.duration());
+    });
+    if (services_.loadFinished)
+        services_.loadFinished({});
+}
+
+void MainViewController::takePlaybackData(const LoadedSong& song) {
+    const TambrelLoadedFile& file = song.file;
+    playbackState_.replaceLoadedMIDI(file.playbackData);
+    transportCoordinator_->updateLoudnessButton();
+    if (file.importedMIDI2ClipData)
+        playbackState_.cacheImportedMIDI2ClipCompanion(*file.importedMIDI2ClipData);
+    else if (file.midi2ClipCompanionSummary)
+        playbackState_.cacheGeneratedMIDI2ClipCompanion(file.midi2ClipCompanionData,
+                                                        *file.midi2ClipCompanionSummary, false, loading);
+    try {
+        services_.adoptSong(song);
+        player_.load(file.playbackData);
+    } catch (const std::exception& error) {
+        throw TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
+    }
+}
+
+void MainViewController::showLoadedFile(const TambrelLoadedFile& file) {
+    const MIDIFileInfo& info = file.info;
+    fileLabel_->setText(toQString(file.fileName));
+    fileLabel_->show();
+    statusLabel_->setText(toQString(file.loadedStatus));
+    statusLabel_->setToolTip({});
+    tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPM", *info.tempoBPM) : noTempo);
+    keyLabel_->setText(info.keySignature ? "KEY " + toQString(*info.keySignature) : noKey);
+    tracksLabel_->setText(QString::number(info.displayTrackCount) + " Tracks");
+    trackBarsView_->setTrackCount(info.displayTrackCount);
+    trackBarsView_->setLanes(info.timelineLanes);
+    trackBarsView_->setProgress(0);
+    lengthLabel_->setText("LENGTH " + toQString(timeText(player_.duration())));
+    progressLabel_->setText(noProgress);
+    counterView_->setText(noTime);
+    showLoaded(true);
+    activityView_->setAnimating(false);
+}
+
+void MainViewController::handleLoadFailure(const std::exception& error) {
+    log_.function(loading, [&error] { return std::string("Error: ") + error.what(); });
+    const auto* known = dynamic_cast<const TambrelLoadError*>(&error);
+    if (known != nullptr)
+        log_.procedure(loading, known->diagnosticDescription());
     player_.unload();
-    resetInterface("Could not prepare MIDI playback.", "Playback Error");
-    fileLabel_->setToolTip(QString::fromStdString(reason));
-    QApplication::beep();
+    playbackState_.reset();
+    replaceSong(nullptr);
+    transportCoordinator_->updateLoudnessButton();
+    const TambrelLoadError shown =
+        known != nullptr
+            ? *known
+            : TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
+    resetLoadedMIDIInterface(toQString(shown.userMessage()), toQString(shown.statusTitle()));
+    statusLabel_->setToolTip(toQString(shown.diagnosticDescription()).toHtmlEscaped());
+    services_.beep();
+    if (services_.loadFinished)
+        services_.loadFinished(shown.diagnosticDescription());
 }
 
-void MainViewController::showProgress(double position, double) {
-    progressLabel_->setText("PROGRESS " + formatted(position));
-    if (!timeline_->isSliderDown())
-        timeline_->setValue(static_cast<int>(position * sliderStepsPerSecond));
+void MainViewController::playbackPreparationFailed(const std::string& reason) {
+    loadCoordinator_.cancel();
+    handleLoadFailure(TambrelLoadError::playbackPreparationFailed(reason));
 }
 
-void MainViewController::showMode(PlaybackMode mode) {
-    const bool isPaused = mode == PlaybackMode::paused;
-    playPauseButton_->setText(mode == PlaybackMode::playing ? "Pause" : isPaused ? "Resume" : "Play");
+void MainViewController::clearLoadedMIDI() {
+    log_.userAction("Clicked Clear loaded MIDI button", "MainViewController.clearLoadedMIDI");
+    loadCoordinator_.cancel();
+    player_.unload();
+    playbackState_.reset();
+    replaceSong(nullptr);
+    transportCoordinator_->updateLoudnessButton();
+    resetLoadedMIDIInterface(noFile, ready);
 }
 
-void MainViewController::resetInterface(const QString& fileText, const QString& statusText) {
-    statusLabel_->setText(statusText);
+void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const QString& statusText) {
+    showLoaded(false);
     fileLabel_->setText(fileText);
-    fileLabel_->setToolTip({});
-    tempoLabel_->setText("---.--- BPS");
-    keyLabel_->setText("KEY --");
-    tracksLabel_->setText("0 Tracks");
-    lengthLabel_->setText("LENGTH 00:00:00.00");
-    progressLabel_->setText("PROGRESS 00:00:00.00");
+    fileLabel_->show();
+    statusLabel_->setText(statusText);
+    statusLabel_->setToolTip({});
+    tempoLabel_->setText(noTempo);
+    keyLabel_->setText(noKey);
+    tracksLabel_->setText(noTracks);
+    lengthLabel_->setText(noLength);
+    progressLabel_->setText(noProgress);
+    counterView_->setText(noTime);
+    timeline_->setDuration(0);
+    timeline_->setPosition(0);
+    trackBarsView_->setTrackCount(0);
+    trackBarsView_->setLanes({});
+    trackBarsView_->setProgress(0);
+    activityView_->setAnimating(false);
+    playPauseButton_->setText("Play");
+    loudnessButton_->setEnabled(true);
+}
+
+void MainViewController::showLoaded(bool isLoaded) {
+    dropPanel_->setLoaded(isLoaded);
+    moduleZone_->setLoaded(isLoaded);
+    logoView_->setVisible(isLoaded);
+    gmModuleLabel_->setVisible(isLoaded);
+}
+
+// The old song is freed off the main thread, after the player and the playback state have let go of it.
+void MainViewController::replaceSong(std::shared_ptr<const LoadedSong> song) {
+    if (auto old = std::exchange(song_, std::move(song)))
+        loader_.dispose(std::move(old));
 }
 
 } // namespace tambrel

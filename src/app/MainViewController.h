@@ -1,55 +1,114 @@
 #pragma once
 
 #include "MIDIPlayerController.h"
+#include "SongLoader.h"
+#include "TambrelLoadCoordinator.h"
+#include "TambrelLoadError.h"
+#include "TambrelPlaybackState.h"
+#include "TambrelTransportCoordinator.h"
 
 #include <QWidget>
 
 #include <filesystem>
-
-class QLabel;
-class QPushButton;
-class QSlider;
+#include <functional>
+#include <memory>
+#include <optional>
 
 namespace tambrel {
 
+class BlackLEDActivityView;
+class DropTargetPanel;
+class LoadedBlueRectangleView;
+class MIDITrackBarsView;
+class RetroButton;
+class RetroLabel;
+class RetroTimelineView;
+class SevenSegmentCounterView;
 class TambrelBetaLog;
 
-/// The content of the main window: the facts of the loaded song and the transport. Owns the player
-/// controller.
+/// What the main view needs from the world around it; all called on the main thread.
+struct MainViewServices {
+    MIDIFilePlayerFactory makePlayer;
+    /// Receives the timeline of a song just before its player is made.
+    std::function<void(const LoadedSong&)> adoptSong;
+    std::function<void()> beep;
+    /// Asks for one of the files that can be loaded; nothing when the user cancels.
+    std::function<std::optional<std::filesystem::path>()> chooseFile;
+    /// Called when a file has been loaded, or has failed to (an empty reason means success). May be empty.
+    std::function<void(const std::string& failure)> loadFinished;
+};
+
+/// The content of the main window. Builds every control, owns the player controller, the playback state and
+/// the load coordinator, and carries a file from a requested location to a song that is ready to play, or to
+/// an error display. Main thread only.
 class MainViewController : public QWidget {
 public:
-    static constexpr int contentSize = 480; ///< Width and height in points.
+    /// `log` outlives the controller.
+    MainViewController(MainViewServices services, TambrelBetaLog& log);
+    ~MainViewController() override;
 
-    MainViewController(MIDIFilePlayerFactory makePlayer, TambrelBetaLog& log);
-
-    /// Opens a file; a failure is shown instead of its facts.
-    void load(const std::filesystem::path& file);
-    /// Asks for a file and opens it.
+    /// Begins to load a file; what was being loaded is dropped.
+    void load(const std::filesystem::path& url);
+    /// Asks for a file and loads it.
     void openFile();
+    void clearLoadedMIDI();
     void playPause();
     void stop();
     void rtz();
-    /// What was loaded cannot be played after all: unloads it and says so.
-    void playbackFailed(const std::string& reason);
+    void toggleLoudness();
+    /// Moves the playhead, in seconds.
+    void seek(double position) { player_.seek(position); }
+
+    /// The song that is loaded cannot be played after all: unloads it and says why.
+    void playbackPreparationFailed(const std::string& reason);
+
+    [[nodiscard]] const MIDIPlayerController& player() const { return player_; }
+    [[nodiscard]] const TambrelPlaybackState& playbackState() const { return playbackState_; }
 
 private:
     void buildInterface();
-    void wirePlayer();
-    void showProgress(double position, double duration);
-    void showMode(PlaybackMode mode);
-    void resetInterface(const QString& fileText, const QString& statusText);
+    void buildLabels();
+    void buildButtons();
+    void wireViews();
+    void takeOutcome(std::int64_t generation, const LoadOutcome& outcome);
+    void applyLoadedFile(const std::shared_ptr<const LoadedSong>& song);
+    void takePlaybackData(const LoadedSong& song);
+    void showLoadedFile(const TambrelLoadedFile& file);
+    void handleLoadFailure(const std::exception& error);
+    void resetLoadedMIDIInterface(const QString& fileText, const QString& statusText);
+    void showLoaded(bool isLoaded);
+    void replaceSong(std::shared_ptr<const LoadedSong> song);
 
+    MainViewServices services_;
     TambrelBetaLog& log_;
     MIDIPlayerController player_;
-    QLabel* statusLabel_ = nullptr;
-    QLabel* fileLabel_ = nullptr;
-    QLabel* tempoLabel_ = nullptr;
-    QLabel* keyLabel_ = nullptr;
-    QLabel* tracksLabel_ = nullptr;
-    QLabel* lengthLabel_ = nullptr;
-    QLabel* progressLabel_ = nullptr;
-    QSlider* timeline_ = nullptr;
-    QPushButton* playPauseButton_ = nullptr;
+    TambrelPlaybackState playbackState_;
+    TambrelLoadCoordinator loadCoordinator_;
+    std::shared_ptr<const LoadedSong> song_; // What the player holds.
+    SongLoader loader_;
+
+    // Children, owned by this widget.
+    DropTargetPanel* dropPanel_;
+    RetroLabel* titleLabel_;
+    RetroLabel* fileLabel_;
+    RetroLabel* statusLabel_;
+    SevenSegmentCounterView* counterView_;
+    QWidget* logoView_;
+    RetroLabel* tempoLabel_;
+    RetroLabel* keyLabel_;
+    RetroLabel* tracksLabel_;
+    RetroLabel* lengthLabel_;
+    RetroLabel* progressLabel_;
+    RetroLabel* gmModuleLabel_;
+    RetroTimelineView* timeline_;
+    BlackLEDActivityView* activityView_;
+    MIDITrackBarsView* trackBarsView_;
+    LoadedBlueRectangleView* moduleZone_;
+    QWidget* ledZone_;
+    RetroButton* playPauseButton_;
+    RetroButton* loudnessButton_;
+
+    std::optional<TambrelTransportCoordinator> transportCoordinator_;
 };
 
 } // namespace tambrel

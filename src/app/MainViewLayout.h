@@ -6,8 +6,8 @@
 
 namespace tambrel {
 
-/// Where everything lies in the content of the main window, in points from its top left: a grid with margins of 12, read
-/// from the title down to the buttons. Nothing moves when a file is loaded or cleared.
+/// Where everything lies in the content of the main window, in points from its top left: a grid with margins
+/// of 12, read from the title down to the buttons. Nothing moves when a file is loaded or cleared.
 namespace MainViewLayout {
 
 inline constexpr int contentSize = 480; ///< Width and height.

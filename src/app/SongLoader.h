@@ -18,7 +18,8 @@ struct LoadedSong {
     std::shared_ptr<const Timeline> timeline;
 };
 
-/// What became of a load: a song, or the error that it ended with (a TambrelLoadError or TambrelLoadCancelled).
+/// What became of a load: a song, or the error that it ended with (a TambrelLoadError or
+/// TambrelLoadCancelled).
 struct LoadOutcome {
     std::shared_ptr<const LoadedSong> song;
     std::exception_ptr error;
@@ -27,8 +28,8 @@ struct LoadOutcome {
 /// Loads files off the main thread, one at a time. Main thread only.
 class SongLoader {
 public:
-    /// Calls `then` on the main thread when the load is done, has failed or was stopped, unless the loader is gone by
-    /// then.
+    /// Calls `then` on the main thread when the load is done, has failed or was stopped, unless the loader is
+    /// gone by then.
     void load(const std::filesystem::path& file, std::stop_token stop,
               std::function<void(const LoadOutcome&)> then);
 

@@ -1,3 +1,4 @@
+#include "AppDialogs.h"
 #include "CommandLine.h"
 #include "GeneralMIDIEngine.h"
 #include "MainWindow.h"
@@ -5,8 +6,7 @@
 #include "TerminationSignals.h"
 
 #include <QApplication>
-#include <QMessageBox>
-#include <QPushButton>
+#include <QPixmap>
 #include <QSettings>
 #include <QTimer>
 
@@ -17,39 +17,65 @@ namespace {
 
 using namespace tambrel;
 
-bool ask(const ModalQuestion& question) {
-    QMessageBox box;
-    box.setText(QString::fromStdString(question.message));
-    box.setInformativeText(QString::fromStdString(question.informative));
-    const QPushButton* first =
-        box.addButton(QString::fromStdString(question.firstButton), QMessageBox::AcceptRole);
-    box.addButton(QString::fromStdString(question.secondButton), QMessageBox::RejectRole);
-    box.exec();
-    return box.clickedButton() == static_cast<const QAbstractButton*>(first);
+void complain(const std::string& message) {
+    std::cerr << "tambrel: " << message << "\n";
 }
 
-void wireFailures(GeneralMIDIEngine& engine, MainViewController& controller, TambrelBetaLog& log) {
-    engine.onFailure = [&controller](const std::string& reason) {
-        std::cerr << "tambrel: Could not prepare MIDI playback: " << reason << "\n";
-        controller.playbackFailed(reason);
-    };
-    engine.onNotice = [&log](const std::string& sentence) {
-        log.procedure("GeneralMIDIEngine.watchOutput", sentence);
-    };
+GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
+    GeneralMIDIOptions options{.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers};
+    if (!commandLine.screenshot.empty())
+        options.audioDrivers = {std::string(silentDriverName)};
+    return options;
+}
+
+// Called when the file is there, or when its error is shown instead: both make a picture.
+void takeScreenshot(MainViewController& controller, const CommandLine& commandLine,
+                    const std::string& failure) {
+    if (!failure.empty())
+        complain(failure);
+    else if (commandLine.at > 0)
+        controller.seek(commandLine.at);
+    const bool written =
+        controller.grab().save(QString::fromStdString(commandLine.screenshot.string()), "PNG");
+    if (!written)
+        complain(commandLine.screenshot.string() + ": The picture could not be written.");
+    QApplication::exit(written && failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 int run(const CommandLine& commandLine) {
     QSettings settings;
     TambrelBetaLog& log = TambrelBetaLog::shared();
-    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = ask});
+    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = askModally});
     log.function("AppDelegate.applicationDidFinishLaunching", "Application launch procedure started");
     const TerminationSignals signalsEndNormally;
 
-    GeneralMIDIEngine engine({.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers});
-    auto* controller =
-        new MainViewController([&engine](const MIDIData& song) { return engine.makePlayer(song); }, log);
+    GeneralMIDIEngine engine(engineOptions(commandLine));
+    MainViewController* controller = nullptr;
+    const auto loadFinished = [&](const std::string& failure) {
+        if (!commandLine.screenshot.empty())
+            takeScreenshot(*controller, commandLine, failure);
+        else if (!failure.empty())
+            complain(failure);
+        else if (commandLine.play && controller->player().mode() == PlaybackMode::idle)
+            controller->playPause();
+    };
+    controller = new MainViewController(
+        {.makePlayer = [&engine](const MIDIData& song) { return engine.makePlayer(song); },
+         .adoptSong =
+             [&engine](const LoadedSong& song) {
+                 engine.adoptTimeline(song.file.playbackData, song.timeline);
+             },
+         .beep = [] { QApplication::beep(); },
+         .chooseFile = chooseMIDIFile,
+         .loadFinished = loadFinished},
+        log);
     MainWindow window(controller);
-    wireFailures(engine, *controller, log);
+    engine.onFailure = [controller](const std::string& reason) {
+        controller->playbackPreparationFailed(reason);
+    };
+    engine.onNotice = [&log](const std::string& sentence) {
+        log.procedure("GeneralMIDIEngine.watchOutput", sentence);
+    };
     window.show();
 
     // The window is painted before anything else takes time.
@@ -57,10 +83,11 @@ int run(const CommandLine& commandLine) {
         log.startSession();
         if (!commandLine.files.empty())
             controller->load(commandLine.files.front());
-        if (commandLine.play)
-            controller->playPause();
+        else if (!commandLine.screenshot.empty())
+            loadFinished({});
     });
     const int status = QApplication::exec();
+    window.hide(); // Whatever is still to be finished, the user need not watch it.
     log.finishSession();
     log.close();
     if (engine.isLoadingSoundBank())
@@ -76,6 +103,7 @@ int main(int argc, char** argv) {
         static_cast<void>(readCommandLine(argc, argv, status));
         return status;
     }
+    prepareForScreenshot(argc, argv);
     QApplication::setOrganizationName("Kestrune Software");
     QApplication::setApplicationName("Tambrel");
     const QApplication application(argc, argv);

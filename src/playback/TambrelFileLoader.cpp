@@ -63,9 +63,12 @@ Companion buildCompanion(const MIDIData& smf) {
     return companion;
 }
 
-void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_token& stop) {
+void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_token& stop,
+             const PlaybackDataHook& onPlaybackData) {
     requireSupportedSMF(data);
     checkForCancellation(stop);
+    if (onPlaybackData)
+        onPlaybackData(data);
     // Both take one walk over all tracks and need nothing of each other.
     auto companionInMaking = std::async(buildCompanion, data);
     file.info = MIDIFileInfo::parse(data);
@@ -85,10 +88,13 @@ MIDI2ClipImportResult imported(const MIDIData& clip) {
     }
 }
 
-void loadClip(TambrelLoadedFile& file, const MIDIData& clip, const std::stop_token& stop) {
+void loadClip(TambrelLoadedFile& file, const MIDIData& clip, const std::stop_token& stop,
+              const PlaybackDataHook& onPlaybackData) {
     MIDI2ClipImportResult result = imported(clip);
     checkForCancellation(stop);
     requireSupportedSMF(result.smfData);
+    if (onPlaybackData)
+        onPlaybackData(result.smfData);
     file.info = MIDIFileInfo::parse(result.smfData);
     file.playbackData = std::move(result.smfData);
     file.loadedStatus = "Loaded MIDI 2.0";
@@ -108,12 +114,13 @@ MIDIData readFile(const std::filesystem::path& url, const std::stop_token& stop)
 
 } // namespace
 
-TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop) {
-    return loadBytes(readFile(url, stop), url, stop);
+TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop,
+                       const PlaybackDataHook& onPlaybackData) {
+    return loadBytes(readFile(url, stop), url, stop, onPlaybackData);
 }
 
 TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& url,
-                            const std::stop_token& stop) {
+                            const std::stop_token& stop, const PlaybackDataHook& onPlaybackData) {
     checkForCancellation(stop);
     if (data.empty())
         throw TambrelLoadError::malformedMIDIData("The file is empty.");
@@ -122,9 +129,9 @@ TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& u
     file.fileName = displayName(url);
     try {
         if (isClip(data, url))
-            loadClip(file, data, stop);
+            loadClip(file, data, stop, onPlaybackData);
         else
-            loadSMF(file, data, stop);
+            loadSMF(file, data, stop, onPlaybackData);
     } catch (const std::bad_alloc& error) {
         throw TambrelLoadError::unreadableFile(file.fileName, TambrelLoadError::diagnosticReason(error));
     }

@@ -4,6 +4,7 @@
 #include "TambrelLoadedFile.h"
 
 #include <filesystem>
+#include <functional>
 #include <stop_token>
 
 namespace tambrel {
@@ -12,11 +13,17 @@ namespace tambrel {
 /// state. Throws `TambrelLoadError`, or `TambrelLoadCancelled` when a stop was requested.
 namespace TambrelFileLoader {
 
-[[nodiscard]] TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop = {});
+/// Receives the data to play as soon as it is known to be whole, on the loader's thread: what else is made
+/// from it can be made beside the rest of the load.
+using PlaybackDataHook = std::function<void(const MIDIData& playbackData)>;
+
+[[nodiscard]] TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop = {},
+                                     const PlaybackDataHook& onPlaybackData = {});
 
 /// The same for a file whose content is already in memory; `url` only says what it is called.
 [[nodiscard]] TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& url,
-                                          const std::stop_token& stop = {});
+                                          const std::stop_token& stop = {},
+                                          const PlaybackDataHook& onPlaybackData = {});
 
 } // namespace TambrelFileLoader
 } // namespace tambrel

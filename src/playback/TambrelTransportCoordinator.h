@@ -32,9 +32,9 @@ struct TransportControls {
     std::function<void()> beep;
 };
 
-/// Ties the player and the playback state to the controls: carries out the transport commands, shows what the player
-/// reports, and swaps the player's data for the variant that the Loudness switch selects just before playback
-/// starts. Keeps no state of its own. Main thread only.
+/// Ties the player and the playback state to the controls: carries out the transport commands, shows what the
+/// player reports, and swaps the player's data for the variant that the Loudness switch selects just before
+/// playback starts. Keeps no state of its own. Main thread only.
 class TambrelTransportCoordinator {
 public:
     /// `log` outlives the coordinator.

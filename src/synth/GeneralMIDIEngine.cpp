@@ -127,7 +127,14 @@ std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const MIDIData& so
     if (!SMFByteCodec::hasHeader(song))
         throw std::invalid_argument("The data is no Standard MIDI File.");
     loadSoundBank();
-    return std::make_unique<Player>(*this, Timeline::build(song));
+    auto timeline = adoptedSong_.sharesBytesWith(song) ? std::exchange(adoptedTimeline_, nullptr) : nullptr;
+    adoptedSong_ = {};
+    return std::make_unique<Player>(*this, timeline ? std::move(timeline) : Timeline::build(song));
+}
+
+void GeneralMIDIEngine::adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline) {
+    adoptedSong_ = song;
+    adoptedTimeline_ = std::move(timeline);
 }
 
 void GeneralMIDIEngine::prepare() {

@@ -46,6 +46,10 @@ public:
     /// The bank in use, or the one that is being loaded; empty before.
     [[nodiscard]] const std::filesystem::path& soundBank() const { return soundBank_; }
 
+    /// Hands over the timeline of a song that will be asked for next, so that making its player takes no
+    /// time. Kept until another one comes.
+    void adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline);
+
     /// A player for the song. Throws SoundBankError when there is no bank, std::invalid_argument when the
     /// data is no Standard MIDI File.
     [[nodiscard]] std::unique_ptr<MIDIFilePlayer> makePlayer(const MIDIData& song);
@@ -70,6 +74,8 @@ private:
 
     GeneralMIDIOptions options_;
     std::filesystem::path soundBank_;
+    MIDIData adoptedSong_;
+    std::shared_ptr<const Timeline> adoptedTimeline_;
     Sequencer sequencer_;
     std::unique_ptr<Synthesizer> synthesizer_; // Made by the service thread, used by the rendering.
     std::atomic<BankState> bankState_{BankState::none};
