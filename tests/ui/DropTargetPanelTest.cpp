@@ -25,7 +25,8 @@ std::string accepted(const std::string& name) {
     return "User Action: Dropped MIDI-compatible file " + name + " | DropTargetPanel.performDragOperation";
 }
 
-/// The panel as it stands in the window, with the file's name over its middle, under a drag from outside.
+/// The panel as it stands in the window, with the file's name over its middle, under a drag from outside that
+/// proposes to move the files.
 class DropTargetPanelTest : public ::testing::Test {
 protected:
     explicit DropTargetPanelTest(bool diagnosticsEnabled = true) : recorded(diagnosticsEnabled) {
@@ -41,7 +42,7 @@ protected:
             list.push_back(QUrl(url));
         dragged.setUrls(list);
         actions = offered;
-        QDragEnterEvent event({228, 42}, actions, &dragged, Qt::LeftButton, Qt::NoModifier);
+        QDragEnterEvent event({228, 42}, actions, &dragged, Qt::LeftButton, Qt::ShiftModifier);
         QCoreApplication::sendEvent(panel.windowHandle(), &event);
         return event.isAccepted();
     }
@@ -51,8 +52,7 @@ protected:
     }
     /// Returns what the source is told has been done with its files.
     Qt::DropAction drop() {
-        QDropEvent event({228, 42}, actions, &dragged, Qt::LeftButton, Qt::NoModifier);
-        event.setDropAction(Qt::MoveAction);
+        QDropEvent event({228, 42}, actions, &dragged, Qt::LeftButton, Qt::ShiftModifier);
         QCoreApplication::sendEvent(panel.windowHandle(), &event);
         return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
     }

@@ -144,7 +144,7 @@ TEST_F(MIDITrackBarsViewTest, RepaintsOnlyWhatThePlayheadLeftAndReached) {
     view.setProgress(0.4 / 420);
     EXPECT_TRUE(painted.due().isEmpty()) << "nothing that can be seen has changed";
 
-    for (const double x : {1.0, 50.0, 200.0, 199.0, 420.0, 42.0}) {
+    for (const double x : {1.0, 129.0, 200.0, 199.0, 420.0, 42.0}) {
         const double before = view.progress();
         view.setProgress(x / 420);
         const QRegion moved = painted.due();
