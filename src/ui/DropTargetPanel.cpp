@@ -39,7 +39,8 @@ void strokeDashed(UnflippedPainter& painter, const QRectF& frame, double thickne
     const double inset = std::lround(width / pixel) % 2 == 0 ? 0 : pixel / 2;
     QPen pen(RetroTheme::ink(), width, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
     pen.setDashPattern({painter.snapped(dashLength) / width, painter.snapped(gapLength) / width});
-    pen.setDashOffset(inset / width); // The dashes too end on whole device pixels.
+    pen.setDashOffset(inset / width);                     // The dashes too end on whole device pixels.
+    painter.setRenderHint(QPainter::Antialiasing, false); // Bent dashes would get a soft corner.
     painter.setPen(pen);
     const QRectF centerLine = painter.snapped(frame).adjusted(inset, inset, -inset, -inset);
     painter.drawRect(centerLine);
