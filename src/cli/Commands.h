@@ -1,9 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
-#include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,9 +18,21 @@ struct InfoOptions {
 };
 [[nodiscard]] ExitStatus runInfo(const InfoOptions& options);
 
+struct ConvertOptions {
+    bool loudness = false; ///< Convert the Loudness variant.
+    bool force = false;    ///< Overwrite what stands at `output`.
+    std::filesystem::path input;
+    std::filesystem::path output;
+};
+/// A clip becomes the Standard MIDI File that is played for it, a Standard MIDI File its companion clip.
+[[nodiscard]] ExitStatus runConvert(const ConvertOptions& options);
+/// Writes the Loudness variant of what would be played.
+[[nodiscard]] ExitStatus runLoudness(const ConvertOptions& options);
+
 struct RenderCommandOptions {
     std::filesystem::path soundFont; ///< Empty for the default bank.
     double sampleRate = 48000;
+    bool loudness = false; ///< Render the Loudness variant.
     std::filesystem::path input;
     std::filesystem::path output;
 };

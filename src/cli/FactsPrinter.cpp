@@ -33,11 +33,40 @@ JSON infoJSON(const MIDIFileInfo& info) {
             {"timelineLanes", std::move(lanes)}};
 }
 
+JSON importSummaryJSON(const MIDI2ClipImportSummary& summary) {
+    JSON channelsByGroup = JSON::object();
+    for (const auto& [group, channels] : summary.channelsByGroup)
+        channelsByGroup[std::to_string(group)] = channels;
+    return {{"totalPackets", summary.totalPackets},
+            {"importedPackets", summary.importedPackets},
+            {"unsupportedPackets", summary.unsupportedPackets},
+            {"deltaClockstampPackets", summary.deltaClockstampPackets},
+            {"midi1ChannelVoicePackets", summary.midi1ChannelVoicePackets},
+            {"midi2ChannelVoicePackets", summary.midi2ChannelVoicePackets},
+            {"midi2ChannelVoiceDownConverted", summary.midi2ChannelVoiceDownConverted},
+            {"flexTempoPackets", summary.flexTempoPackets},
+            {"flexTimeSignaturePackets", summary.flexTimeSignaturePackets},
+            {"ticksPerQuarterNote", summary.ticksPerQuarterNote},
+            {"trackCount", summary.trackCount},
+            {"groups", summary.groups},
+            {"channelsByGroup", std::move(channelsByGroup)}};
+}
+
+JSON companionSummaryJSON(const MIDI2ClipBuildSummary& summary) {
+    return {{"byteCount", summary.byteCount},
+            {"umpWordCount", summary.umpWordCount},
+            {"channelVoiceWordCount", summary.channelVoiceWordCount}};
+}
+
+std::string oneLine(const JSON& json) {
+    return json.dump(-1, ' ', false, JSON::error_handler_t::replace);
+}
+
 std::string line(std::string_view name, const std::string& value) {
     constexpr std::size_t nameWidth = 10;
     std::string text = "  ";
     text += name;
-    text.append(nameWidth - name.size(), ' ');
+    text.append(name.size() < nameWidth ? nameWidth - name.size() : 1, ' ');
     return text + value + "\n";
 }
 
@@ -56,9 +85,11 @@ std::string lengthText(double seconds) {
 
 } // namespace
 
-std::string factsText(const std::filesystem::path& file, const MIDIFileInfo& info, double duration) {
-    std::string text = file.string() + "\n";
-    text += line("Format", std::to_string(info.format) + (info.isSupportedFormat ? "" : " (not supported)"));
+std::string factsText(const TambrelLoadedFile& loaded, double duration) {
+    const MIDIFileInfo& info = loaded.info;
+    std::string text = loaded.url.string() + "\n";
+    text += line("Status", loaded.loadedStatus);
+    text += line("Format", std::to_string(info.format));
     text += line("Tracks", std::to_string(info.displayTrackCount) +
                                (info.wasExplodedFromFormat0 ? " (one per channel)" : ""));
     text += line("Tempo", info.tempoBPM ? decimal("%.3f BPM", *info.tempoBPM) : "-");
@@ -67,12 +98,27 @@ std::string factsText(const std::filesystem::path& file, const MIDIFileInfo& inf
     for (const MIDITrackPhraseLane& lane : info.timelineLanes)
         text += line("Lane " + lane.label, std::to_string(lane.phrases.size()) +
                                                (lane.phrases.size() == 1 ? " phrase" : " phrases"));
+    if (loaded.importSummary)
+        text += line("Import", loaded.importSummary->debugDescription());
     return text;
 }
 
-std::string factsJSON(const std::filesystem::path& file, const MIDIFileInfo& info, double duration) {
-    const JSON facts{{"file", file.string()}, {"info", infoJSON(info)}, {"duration", duration}};
-    return facts.dump(-1, ' ', false, JSON::error_handler_t::replace);
+std::string factsJSON(const TambrelLoadedFile& loaded, double duration) {
+    const auto& import = loaded.importSummary;
+    const auto& companion = loaded.midi2ClipCompanionSummary;
+    return oneLine({{"file", loaded.url.string()},
+                    {"info", infoJSON(loaded.info)},
+                    {"duration", duration},
+                    {"loadedStatus", loaded.loadedStatus},
+                    {"importSummary", import ? importSummaryJSON(*import) : JSON()},
+                    {"companionSummary", companion ? companionSummaryJSON(*companion) : JSON()}});
+}
+
+std::string errorJSON(const std::filesystem::path& file, const TambrelLoadError& error) {
+    return oneLine({{"file", file.string()},
+                    {"error", error.caseName()},
+                    {"userMessage", error.userMessage()},
+                    {"diagnosticDescription", error.diagnosticDescription()}});
 }
 
 } // namespace tambrel::cli

@@ -1,10 +1,11 @@
 #include "Commands.h"
 #include "ProgressBar.h"
-#include "SongFile.h"
 
+#include "MIDILoudnessProcessor.h"
 #include "OfflineRenderer.h"
-#include "SMFByteCodec.h"
 #include "SoundBank.h"
+#include "TambrelFileLoader.h"
+#include "TambrelLoadError.h"
 
 #include <atomic>
 #include <cmath>
@@ -34,11 +35,8 @@ ExitStatus runRender(const RenderCommandOptions& options) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, rememberInterruption);
     try {
-        const MIDIData song = readSong(options.input);
-        if (!SMFByteCodec::hasHeader(song)) {
-            complain(options.input, "The file is no Standard MIDI File.");
-            return aFileFailed;
-        }
+        const MIDIData loaded = TambrelFileLoader::load(options.input).playbackData;
+        const MIDIData song = options.loudness ? MIDILoudnessProcessor::boostedDrumsAndBass(loaded) : loaded;
         const auto bank = findSoundBank(options.soundFont);
         ProgressBar bar(options.output.filename().string());
         const auto result = renderToWAV(song, options.output,

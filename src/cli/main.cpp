@@ -23,8 +23,39 @@ void addRender(CLI::App& program, RenderCommandOptions& options) {
     render->add_option("--rate", options.sampleRate, "Sample rate in Hz")
         ->check(CLI::Range(8000, 96000))
         ->capture_default_str();
-    render->add_option("IN", options.input, "MIDI file")->required();
+    render->add_flag("--loudness", options.loudness, "Render drums and bass at full velocity");
+    render->add_option("IN", options.input, "MIDI file or clip")->required();
     render->add_option("OUT", options.output, "WAV file")->required();
+}
+
+void addConversion(CLI::App* command, ConvertOptions& options) {
+    command->add_flag("--force", options.force, "Overwrite the file OUT");
+    command->add_option("IN", options.input, "MIDI file or clip")->required();
+    command->add_option("OUT", options.output, "File to write")->required();
+}
+
+void addConvert(CLI::App& program, ConvertOptions& options) {
+    CLI::App* convert = program.add_subcommand(
+        "convert", "Turn a MIDI 2.0 clip into a MIDI file, or a MIDI file into its MIDI 2.0 companion clip");
+    convert->add_flag("--loudness", options.loudness, "Convert with drums and bass at full velocity");
+    addConversion(convert, options);
+}
+
+void addLoudness(CLI::App& program, ConvertOptions& options) {
+    addConversion(
+        program.add_subcommand("loudness", "Write a MIDI file with drums and bass at full velocity"),
+        options);
+}
+
+ExitStatus run(const CLI::App& program, const InfoOptions& info, const ConvertOptions& convert,
+               const ConvertOptions& loudness, const RenderCommandOptions& render) {
+    if (program.got_subcommand("info"))
+        return runInfo(info);
+    if (program.got_subcommand("convert"))
+        return runConvert(convert);
+    if (program.got_subcommand("loudness"))
+        return runLoudness(loudness);
+    return runRender(render);
 }
 
 } // namespace
@@ -35,8 +66,12 @@ int main(int argc, char** argv) {
     program.require_subcommand(1);
     program.option_defaults()->always_capture_default(false);
     InfoOptions info;
+    ConvertOptions convert;
+    ConvertOptions loudness;
     RenderCommandOptions render;
     addInfo(program, info);
+    addConvert(program, convert);
+    addLoudness(program, loudness);
     addRender(program, render);
     try {
         program.parse(argc, argv);
@@ -47,7 +82,7 @@ int main(int argc, char** argv) {
         return wrongUsage;
     }
     try {
-        return program.got_subcommand("info") ? runInfo(info) : runRender(render);
+        return run(program, info, convert, loudness, render);
     } catch (const std::exception& error) {
         std::cerr << "tambrel-midi: " << error.what() << "\n";
         return aFileFailed;

@@ -45,6 +45,22 @@ TambrelLoadError TambrelLoadError::playbackPreparationFailed(std::string_view re
             joined("Could not prepare MIDI playback: ", reason)};
 }
 
+std::string_view TambrelLoadError::caseName() const {
+    switch (case_) {
+    case Case::unreadableFile:
+        return "unreadableFile";
+    case Case::invalidMIDI2Clip:
+        return "invalidMIDI2Clip";
+    case Case::malformedMIDIData:
+        return "malformedMIDIData";
+    case Case::unsupportedMIDIFormat:
+        return "unsupportedMIDIFormat";
+    case Case::playbackPreparationFailed:
+        break;
+    }
+    return "playbackPreparationFailed";
+}
+
 std::string_view TambrelLoadError::statusTitle() const {
     switch (case_) {
     case Case::unreadableFile:

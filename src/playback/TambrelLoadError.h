@@ -25,6 +25,8 @@ public:
     [[nodiscard]] static TambrelLoadError playbackPreparationFailed(std::string_view reason);
 
     [[nodiscard]] Case errorCase() const { return case_; }
+    /// The name of the case, such as "unreadableFile".
+    [[nodiscard]] std::string_view caseName() const;
     /// Short text for the interface.
     [[nodiscard]] const std::string& userMessage() const { return userMessage_; }
     /// Two words for the status label.

@@ -1,5 +1,6 @@
 #include "OfflineRenderer.h"
 
+#include "NewFile.h"
 #include "Sequencer.h"
 #include "Timeline.h"
 
@@ -8,11 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
-#include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -22,60 +20,41 @@ namespace {
 constexpr int channels = 2;
 constexpr int framesPerStep = 1024;
 
-/// A sound file under a name of its own beside the one that is wanted, which it takes when all has gone well.
+/// A WAV file in the making.
 class SoundFile {
 public:
-    SoundFile(const std::filesystem::path& wanted, double sampleRate)
-        : wanted_(wanted), temporary_(wanted.string() + ".XXXXXX") {
-        const int descriptor = mkstemp(temporary_.data());
-        if (descriptor < 0)
-            throw RenderError(std::error_code(errno, std::generic_category()).message());
+    SoundFile(const std::filesystem::path& wanted, double sampleRate) : file_(wanted) {
         SF_INFO info{};
         info.samplerate = static_cast<int>(std::lround(sampleRate));
         info.channels = channels;
         info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        file_ = sf_open_fd(descriptor, SFM_WRITE, &info, SF_TRUE);
-        if (file_ == nullptr) {
-            const std::string reason = sf_strerror(nullptr);
-            std::filesystem::remove(temporary_);
-            throw RenderError(reason);
-        }
-        sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+        sound_ = sf_open_fd(file_.descriptor(), SFM_WRITE, &info, SF_FALSE);
+        if (sound_ == nullptr)
+            throw RenderError(sf_strerror(nullptr));
+        sf_command(sound_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
     }
 
     ~SoundFile() {
-        if (file_ != nullptr)
-            sf_close(file_);
-        std::error_code ignored;
-        if (!temporary_.empty())
-            std::filesystem::remove(temporary_, ignored);
+        if (sound_ != nullptr)
+            sf_close(sound_);
     }
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
     void write(const float* interleaved, int frames) {
-        if (sf_writef_float(file_, interleaved, frames) != frames)
-            throw RenderError(sf_strerror(file_));
+        if (sf_writef_float(sound_, interleaved, frames) != frames)
+            throw RenderError(sf_strerror(sound_));
     }
 
     void keep() {
-        if (const int error = sf_close(std::exchange(file_, nullptr)); error != 0)
+        if (const int error = sf_close(std::exchange(sound_, nullptr)); error != 0)
             throw RenderError(sf_error_number(error));
-        // What a new file of this user's would have, instead of the private mode of a temporary one.
-        const mode_t mask = umask(0);
-        umask(mask);
-        std::error_code error;
-        std::filesystem::permissions(temporary_, static_cast<std::filesystem::perms>(0666 & ~mask), error);
-        std::filesystem::rename(temporary_, wanted_, error);
-        if (error)
-            throw RenderError(error.message());
-        temporary_.clear();
+        file_.keep(NewFile::Existing::replace);
     }
 
 private:
-    std::filesystem::path wanted_;
-    std::string temporary_;
-    SNDFILE* file_ = nullptr;
+    NewFile file_;
+    SNDFILE* sound_ = nullptr;
 };
 
 /// Measures and interleaves what has been rendered.
@@ -107,9 +86,7 @@ private:
     float peak_ = 0;
 };
 
-} // namespace
-
-RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
+RenderResult render(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
     SoundFile file(output, options.sampleRate);
     Synthesizer synthesizer(options.sampleRate);
     synthesizer.loadSoundBank(options.soundBank);
@@ -133,6 +110,16 @@ RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, con
     if (!result.wasStopped)
         file.keep();
     return result;
+}
+
+} // namespace
+
+RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
+    try {
+        return render(song, output, options);
+    } catch (const std::system_error& error) {
+        throw RenderError(error.code().message());
+    }
 }
 
 } // namespace tambrel
