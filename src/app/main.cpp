@@ -1,5 +1,6 @@
 #include "AppDialogs.h"
 #include "CommandLine.h"
+#include "FirstPaint.h"
 #include "GeneralMIDIEngine.h"
 #include "MainWindow.h"
 #include "TambrelBetaLog.h"
@@ -8,7 +9,6 @@
 #include <QApplication>
 #include <QPixmap>
 #include <QSettings>
-#include <QTimer>
 
 #include <cstdlib>
 #include <iostream>
@@ -76,16 +76,14 @@ int run(const CommandLine& commandLine) {
     engine.onNotice = [&log](const std::string& sentence) {
         log.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
-    window.show();
-
-    // The window is painted before anything else takes time.
-    QTimer::singleShot(0, &window, [&] {
+    const FirstPaint beginning(window, [&] {
         log.startSession();
         if (!commandLine.files.empty())
             controller->load(commandLine.files.front());
         else if (!commandLine.screenshot.empty())
             loadFinished({});
     });
+    window.show();
     const int status = QApplication::exec();
     window.hide(); // Whatever is still to be finished, the user need not watch it.
     log.finishSession();
