@@ -3,6 +3,8 @@ add_library(tambrel_compiler INTERFACE)
 target_compile_options(tambrel_compiler INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
   -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough)
+# A library that is not used would still have to be loaded at every start.
+target_link_options(tambrel_compiler INTERFACE -Wl,--as-needed)
 if(TAMBREL_WARNINGS_AS_ERRORS)
   target_compile_options(tambrel_compiler INTERFACE -Werror)
 endif()
