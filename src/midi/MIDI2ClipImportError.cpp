@@ -23,7 +23,7 @@ std::string fixedDescription(MIDI2ClipImportError::Case errorCase) {
     case unsupportedMIDI2ChannelVoiceStatus:
         break;
     }
-    assert(!"this case needs its numbers");
+    assert(false && "this case needs its numbers");
     return {};
 }
 

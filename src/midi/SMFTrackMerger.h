@@ -102,8 +102,8 @@ private:
         windowLength_ = 2;
     }
 
-    // Fills the buffer with the window's events in track order and counts them by buckets of ticks. If they are
-    // too many, takes all back, makes the window shorter and returns false.
+    // Fills the buffer with the window's events in track order and counts them by buckets of ticks. If they
+    // are too many, takes all back, makes the window shorter and returns false.
     bool readWindow() {
         saved_ = cursors_;
         bucketEnds_.fill(0);
@@ -133,7 +133,7 @@ private:
     void shortenWindow() {
         const auto middle = entries_.begin() + static_cast<std::ptrdiff_t>(capacity_ / 2);
         std::ranges::nth_element(entries_, middle, {}, &Entry::offset);
-        windowLength_ = std::bit_floor(std::max<std::uint64_t>(middle->offset, 1));
+        windowLength_ = std::max<std::uint64_t>(middle->offset, 1);
     }
 
     void mergeWindow() {
@@ -176,9 +176,9 @@ private:
         }
     }
 
-    // Which makes the buckets of a window, whose length is a power of two.
+    // What makes the bucket of an offset in the window.
     [[nodiscard]] unsigned bucketShift() const {
-        const auto bits = static_cast<unsigned>(std::bit_width(windowLength_) - 1);
+        const auto bits = static_cast<unsigned>(std::bit_width(windowLength_ - 1));
         return bits > bucketBits ? bits - bucketBits : 0;
     }
 

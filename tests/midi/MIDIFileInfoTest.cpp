@@ -177,8 +177,8 @@ std::vector<MIDITrackPhraseLane> lanesByLists(const Bytes& file) {
         if (maxTick == 0)
             break;
         std::ranges::sort(ticks);
-        auto& lane = lanes.emplace_back(
-            std::to_string(format == 0 ? lanes.size() + 1 : static_cast<std::size_t>(number)));
+        auto& lane = lanes.emplace_back();
+        lane.label = std::to_string(format == 0 ? static_cast<std::int64_t>(lanes.size()) : number);
         std::uint32_t first = ticks.front();
         for (std::size_t i = 0; i < ticks.size(); ++i) {
             if (i + 1 < ticks.size() && ticks[i + 1] - ticks[i] <= 2 * quarter)
