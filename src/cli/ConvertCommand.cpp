@@ -19,8 +19,8 @@ MIDIData playbackData(const TambrelLoadedFile& loaded, bool loudness) {
 MIDIData converted(const TambrelLoadedFile& loaded, bool loudness) {
     if (loaded.importedMIDI2ClipData)
         return playbackData(loaded, loudness);
-    const MIDIData clip = loudness ? MIDI2ClipBuilder::build(playbackData(loaded, true))
-                                   : loaded.midi2ClipCompanionData.value_or(MIDIData());
+    MIDIData clip = loudness ? MIDI2ClipBuilder::build(playbackData(loaded, true))
+                             : loaded.midi2ClipCompanionData.value_or(MIDIData());
     if (!MIDI2ClipBuilder::summary(clip).hasChannelVoice())
         throw TambrelLoadError::playbackPreparationFailed(
             "The file has no channel voice messages for a clip.");
