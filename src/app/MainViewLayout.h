@@ -15,7 +15,7 @@ inline constexpr int contentSize = 480; ///< Width and height.
 inline constexpr QRect title{12, 12, 144, 28};
 inline constexpr QRect status{164, 12, 176, 28};
 inline constexpr QRect ledZone{348, 12, 120, 28};
-inline constexpr QRect activity{355, 13, 106, 26}; ///< Within the zone; six points a bar.
+inline constexpr QRect activity{355, 14, 106, 24}; ///< Within the zone; six points a bar.
 inline constexpr QRect dropPanel{12, 48, 456, 84};
 inline constexpr QRect file{32, 66, 416, 48}; ///< Within the panel's dashed frame.
 inline constexpr QRect counter{12, 140, 304, 56};

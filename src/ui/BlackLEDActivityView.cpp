@@ -38,7 +38,7 @@ std::array<BlackLEDBar, BlackLEDBar::count> BlackLEDBar::row(QSizeF size, std::o
 }
 
 BlackLEDActivityView::BlackLEDActivityView(QWidget* parent) : QWidget(parent) {
-    makeAccessible<BlackLEDActivityView, AccessibleView<QAccessible::Indicator>>();
+    makeAccessible<BlackLEDActivityView, AccessibleView<QAccessible::Graphic>>();
     setAccessibleName("Activity");
 }
 

@@ -7,7 +7,7 @@
 namespace tambrel {
 
 LoadedBlueRectangleView::LoadedBlueRectangleView(QWidget* parent) : QWidget(parent) {
-    makeAccessible<LoadedBlueRectangleView, AccessibleView<QAccessible::Indicator>>();
+    makeAccessible<LoadedBlueRectangleView, AccessibleView<QAccessible::Graphic>>();
     setAccessibleName("Sound module");
 }
 
