@@ -3,8 +3,22 @@
 
 #include <fluidsynth.h>
 
+#include <array>
 #include <atomic>
+#include <dlfcn.h>
 #include <string>
+
+// The library renders each block's effects in a parallel region of one thread, for which OpenMP's run time
+// allocates and frees memory. This definition, which the library finds before the run time's, does without.
+// Regions of several threads, which there are while a bank is loaded, go on to the run time.
+extern "C" void GOMP_parallel(void (*region)(void*), void* data, unsigned threads, unsigned flags) {
+    if (threads == 1) {
+        region(data);
+        return;
+    }
+    static const auto runTime = reinterpret_cast<decltype(&GOMP_parallel)>(dlsym(RTLD_NEXT, "GOMP_parallel"));
+    runTime(region, data, threads, flags);
+}
 
 namespace tambrel {
 namespace {

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <map>
-#include <random>
 #include <span>
 #include <sstream>
 
@@ -11,20 +10,6 @@ namespace tambrel {
 namespace {
 
 using namespace testing;
-
-const Bytes gmOn{0x7E, 0x7F, 0x09, 0x01, 0xF7};
-const Bytes gsReset{0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7};
-const Bytes xgOn{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7};
-const Bytes halfVolume{0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7};
-
-/// GS use for rhythm of a part (0 is channel 10, 1 to 9 the channels of these numbers).
-Bytes rhythmPart(int part, int map) {
-    return {0x41, 0x10,
-            0x42, 0x12,
-            0x40, static_cast<std::uint8_t>(0x10 | part),
-            0x15, static_cast<std::uint8_t>(map),
-            0x00, 0xF7};
-}
 
 /// What a synthesizer is told and cannot be asked for.
 struct Unreadable {
@@ -258,61 +243,6 @@ TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
         SCOPED_TRACE(row.name);
         expectSeekingEqualsPlaying(*timeline({row.song}));
     }
-}
-
-/// Channel messages of all kinds, crowded on few channels and on what depends on each other.
-TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
-    std::mt19937 engine(seed);
-    const auto upTo = [&engine](int largest) {
-        return static_cast<int>(engine() % (static_cast<std::uint32_t>(largest) + 1));
-    };
-    const auto oneOf = [&upTo](std::initializer_list<int> values) {
-        return std::data(values)[upTo(static_cast<int>(values.size()) - 1)];
-    };
-    const Bytes systemMessages[] = {gmOn,
-                                    gsReset,
-                                    xgOn,
-                                    halfVolume,
-                                    rhythmPart(0, 0),
-                                    rhythmPart(0, 1),
-                                    rhythmPart(1, 0),
-                                    rhythmPart(1, 1)};
-    TrackBuilder track;
-    for (int event = 0; event < eventCount; ++event) {
-        const int channel = oneOf({0, 1, 9});
-        switch (upTo(20)) {
-        case 0:
-            track.sysex(1, systemMessages[static_cast<std::size_t>(upTo(7))]);
-            break;
-        case 1:
-        case 2:
-            track.program(1, channel, upTo(127));
-            break;
-        case 3:
-            track.pitchBend(1, channel, upTo(16383));
-            break;
-        case 4:
-            track.channelPressure(1, channel, upTo(2));
-            break;
-        case 5:
-            track.polyphonicPressure(1, channel, upTo(2), upTo(127));
-            break;
-        case 6:
-            track.control(1, channel, upTo(127), upTo(127));
-            break;
-        case 7:
-            track.control(1, channel, 121, 0);
-            break;
-        case 8:
-        case 9:
-            track.control(1, channel, oneOf({0, 32}), oneOf({0, 1, 8, 120, 127}));
-            break;
-        default:
-            track.control(1, channel, oneOf({6, 6, 38, 98, 99, 100, 101}),
-                          oneOf({0, 0, 1, 2, 60, 101, 120, 127}));
-        }
-    }
-    return track;
 }
 
 TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeavesInRandomSongs) {
