@@ -27,6 +27,9 @@ class SoundFile {
 public:
     SoundFile(const std::filesystem::path& wanted, double sampleRate)
         : wanted_(wanted), temporary_(wanted.string() + ".XXXXXX") {
+        std::error_code ignored;
+        if (std::filesystem::exists(wanted, ignored) && !std::filesystem::is_regular_file(wanted, ignored))
+            throw RenderError("It exists and is no regular file."); // A device must not be renamed away.
         const int descriptor = mkstemp(temporary_.data());
         if (descriptor < 0)
             throw RenderError(std::error_code(errno, std::generic_category()).message());
@@ -107,13 +110,11 @@ private:
     float peak_ = 0;
 };
 
-} // namespace
-
-RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
+RenderResult render(const std::shared_ptr<const Timeline>& timeline, const std::filesystem::path& output,
+                    const RenderOptions& options) {
     SoundFile file(output, options.sampleRate);
     Synthesizer synthesizer(options.sampleRate);
     synthesizer.loadSoundBank(options.soundBank);
-    const auto timeline = Timeline::build(song, options.stop);
     Sequencer sequencer(options.sampleRate);
     sequencer.setSynthesizer(synthesizer);
     sequencer.play(timeline, 0);
@@ -133,6 +134,16 @@ RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, con
     if (!result.wasStopped)
         file.keep();
     return result;
+}
+
+} // namespace
+
+RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
+    try {
+        return render(Timeline::build(song, options.stop), output, options);
+    } catch (const TimelineCancelled&) {
+        return {.wasStopped = true};
+    }
 }
 
 } // namespace tambrel
