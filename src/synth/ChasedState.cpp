@@ -1,11 +1,27 @@
 #include "ChasedState.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tambrel {
 namespace {
 
+constexpr std::uint8_t bendRange = 0; // Registered parameters.
+constexpr std::uint8_t coarseTuning = 2;
 constexpr std::uint8_t nullParameter = 127;
+
+// SoundFont 2.01, 9.6: the high half of a non-registered number that selects generators. Low halves below 100
+// add up to the generator, those from 100 to 102 add that many hundreds, thousands and so on. A high half and
+// an entry of data start the sum anew.
+constexpr std::uint8_t generatorMSB = 120;
+constexpr std::uint8_t hundred = 100;
+constexpr std::uint8_t noGenerator = 63; // Stands for every sum that is too large.
+
+constexpr std::uint8_t addedBy(std::uint8_t lsb) {
+    if (lsb < hundred)
+        return std::min(lsb, noGenerator);
+    return lsb <= hundred + 2 ? noGenerator : 0;
+}
 
 // Reset All Controllers spares bank, volume, pan, balance, the sound controllers and the effect depths
 // (RP-015, and what the synthesizer does).
@@ -18,9 +34,8 @@ bool survivesReset(std::size_t controller) {
 // Controllers that are sent in a place of their own, or that mean nothing once they have been.
 bool isSentApart(std::size_t controller) {
     using namespace Controller;
-    return controller == bankSelectMSB || controller == bankSelectLSB || controller == dataEntryMSB ||
-           controller == dataEntryLSB || (controller >= dataIncrement && controller <= registeredMSB) ||
-           controller >= allSoundOff;
+    return controller == dataEntryMSB || controller == dataEntryLSB ||
+           (controller >= nonRegisteredLSB && controller <= registeredMSB) || controller >= allSoundOff;
 }
 
 } // namespace
@@ -37,8 +52,7 @@ void ChasedState::apply(MIDIMessage message) {
         break;
     case MIDIStatus::programChange:
         channel.program = message.data1;
-        channel.programBankMSB = channel.controllers[Controller::bankSelectMSB];
-        channel.programBankLSB = channel.controllers[Controller::bankSelectLSB];
+        channel.programBank = channel.bank;
         break;
     case MIDIStatus::pitchBend:
         channel.bendLSB = message.data1;
@@ -67,17 +81,33 @@ void ChasedState::applySystem(MIDIMessage message) {
         masterVolume_ = message;
         break;
     case SystemMessage::rhythmPart:
-        rhythmMaps_[message.data2 & 0x0F] = message.data3;
-        channels_[message.data2 & 0x0F].program = unset; // The part starts anew with its first program.
+        setRhythmMap(channels_[message.data2 & 0x0F], message.data3);
         break;
     case SystemMessage::none:
         break;
     }
 }
 
+// The part starts anew with its first program.
+void ChasedState::setRhythmMap(Channel& channel, std::uint8_t map) {
+    channel.rhythmMap = map;
+    channel.program = unset;
+    const BankSelect bank = std::exchange(channel.bank, {});
+    if (bank.msb != unset)
+        channel.bankBeforeRhythm.msb = bank.msb;
+    if (bank.lsb != unset)
+        channel.bankBeforeRhythm.lsb = bank.lsb;
+}
+
 void ChasedState::applyController(Channel& channel, std::uint8_t number, std::uint8_t value) {
     using namespace Controller;
     switch (number) {
+    case bankSelectMSB:
+        channel.bank.msb = value;
+        return;
+    case bankSelectLSB:
+        channel.bank.lsb = value;
+        return;
     case resetAllControllers:
         resetControllers(channel);
         return;
@@ -88,14 +118,18 @@ void ChasedState::applyController(Channel& channel, std::uint8_t number, std::ui
     case monoOn:
     case polyOn:
         channel.polyMode = number;
-        channel.monoVoices = value;
         return;
     case dataEntryMSB:
         enterData(channel, value);
         break;
-    case nonRegisteredLSB:
     case nonRegisteredMSB:
         channel.registeredIsSelected = false;
+        channel.selectedGenerator = 0;
+        channel.controllers[nonRegisteredLSB] = 0;
+        break;
+    case nonRegisteredLSB:
+        channel.registeredIsSelected = false;
+        selectGenerator(channel, value);
         break;
     case registeredLSB:
     case registeredMSB:
@@ -117,113 +151,153 @@ void ChasedState::resetControllers(Channel& channel) {
     channel.registeredIsSelected = true;
     // The range of the bend stays; tuning and the non-registered parameters go.
     std::erase_if(channel.parameters, [](const Parameter& parameter) {
-        return !parameter.isRegistered || parameter.numberMSB != 0 || parameter.numberLSB != 0;
+        return !parameter.isRegistered || parameter.number != bendRange;
     });
+}
+
+void ChasedState::selectGenerator(Channel& channel, std::uint8_t value) {
+    if (channel.controllers[Controller::nonRegisteredMSB] != generatorMSB)
+        return;
+    const int sum = channel.selectedGenerator + addedBy(value);
+    channel.selectedGenerator = static_cast<std::uint8_t>(std::min<int>(sum, noGenerator));
 }
 
 void ChasedState::enterData(Channel& channel, std::uint8_t value) {
     using namespace Controller;
-    const auto orNull = [](std::uint8_t number) { return number == unset ? nullParameter : number; };
     const bool registered = channel.registeredIsSelected;
-    const auto msb = orNull(channel.controllers[registered ? registeredMSB : nonRegisteredMSB]);
-    const auto lsb = orNull(channel.controllers[registered ? registeredLSB : nonRegisteredLSB]);
-    if (msb == nullParameter && lsb == nullParameter)
-        return;
+    std::uint8_t number = channel.controllers[registeredLSB];
+    if (registered) {
+        if (channel.controllers[registeredMSB] != 0 || number > coarseTuning)
+            return;
+    } else {
+        if (channel.controllers[nonRegisteredMSB] != generatorMSB ||
+            channel.controllers[nonRegisteredLSB] >= hundred)
+            return;
+        number = std::exchange(channel.selectedGenerator, std::uint8_t{0});
+        if (number == noGenerator)
+            return;
+    }
     std::erase_if(channel.parameters, [&](const Parameter& parameter) {
-        return parameter.isRegistered == registered && parameter.numberMSB == msb &&
-               parameter.numberLSB == lsb;
+        return parameter.isRegistered == registered && parameter.number == number;
     });
-    const std::uint8_t low = channel.controllers[dataEntryLSB];
-    channel.parameters.push_back({registered, msb, lsb, value, low == unset ? std::uint8_t{0} : low});
+    channel.parameters.push_back({registered, number, value, orZero(channel.controllers[dataEntryLSB])});
 }
+
+/// Writes down the messages of one channel.
+class ChasedState::Writer {
+public:
+    Writer(const Channel& channel, std::uint8_t number, std::vector<MIDIMessage>& messages)
+        : channel_(channel), number_(number), messages_(messages) {}
+
+    void write() {
+        writePrograms();
+        control(channel_.omniMode, channel_.omniMode == unset ? unset : 0);
+        control(channel_.polyMode, channel_.polyMode == unset ? unset : 0);
+        for (std::uint8_t controller = 0; controller < valueCount; ++controller) {
+            if (!isSentApart(controller))
+                control(controller, channel_.controllers[controller]);
+        }
+        writeParameters();
+        writeSelections();
+        if (channel_.bendMSB != unset)
+            message(MIDIStatus::pitchBend, channel_.bendLSB, channel_.bendMSB);
+        if (channel_.pressure != unset)
+            message(MIDIStatus::channelPressure, channel_.pressure, 0);
+        for (std::uint8_t key = 0; key < valueCount; ++key) {
+            if (channel_.keyPressure[key] != unset)
+                message(MIDIStatus::polyphonicPressure, key, channel_.keyPressure[key]);
+        }
+    }
+
+private:
+    void message(std::uint8_t kind, std::uint8_t data1, std::uint8_t data2) {
+        messages_.push_back({static_cast<std::uint8_t>(kind | number_), data1, data2, 0});
+    }
+    void control(std::uint8_t controller, std::uint8_t value) {
+        if (value != unset)
+            message(MIDIStatus::controlChange, controller, value);
+    }
+    void select(BankSelect bank) {
+        control(Controller::bankSelectMSB, bank.msb);
+        control(Controller::bankSelectLSB, bank.lsb);
+    }
+
+    void writePrograms() {
+        select(channel_.bankBeforeRhythm);
+        if (channel_.rhythmMap != unset)
+            messages_.push_back(MIDIMessage::system(SystemMessage::rhythmPart, number_, channel_.rhythmMap));
+        if (channel_.program != unset) {
+            select(channel_.programBank);
+            message(MIDIStatus::programChange, channel_.program, 0);
+        }
+        select(channel_.bank);
+    }
+
+    void writeParameters() {
+        using namespace Controller;
+        for (const Parameter& parameter : channel_.parameters) {
+            control(parameter.isRegistered ? registeredMSB : nonRegisteredMSB,
+                    parameter.isRegistered ? 0 : generatorMSB);
+            control(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.number);
+            control(dataEntryLSB, parameter.valueLSB);
+            control(dataEntryMSB, parameter.valueMSB);
+        }
+        // The bare data entry values, with nothing selected that they could change.
+        if (channel_.parameters.empty() && channel_.controllers[dataEntryMSB] == unset &&
+            channel_.controllers[dataEntryLSB] == unset)
+            return;
+        control(registeredMSB, nullParameter);
+        control(registeredLSB, nullParameter);
+        control(dataEntryLSB, orZero(channel_.controllers[dataEntryLSB]));
+        control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
+    }
+
+    // The one in force last.
+    void writeSelections() {
+        if (channel_.registeredIsSelected)
+            selectNonRegistered();
+        control(Controller::registeredMSB, channel_.controllers[Controller::registeredMSB]);
+        control(Controller::registeredLSB, channel_.controllers[Controller::registeredLSB]);
+        if (!channel_.registeredIsSelected)
+            selectNonRegistered();
+    }
+
+    void selectNonRegistered() {
+        using namespace Controller;
+        const std::uint8_t msb = channel_.controllers[nonRegisteredMSB];
+        const std::uint8_t lsb = channel_.controllers[nonRegisteredLSB];
+        control(nonRegisteredMSB, msb);
+        if (msb != generatorMSB) {
+            control(nonRegisteredLSB, lsb);
+            return;
+        }
+        // A low half that no longer counts, since data has been entered, is given a sum that is too large for
+        // it to do anything, and data again.
+        const int before = channel_.selectedGenerator - addedBy(lsb);
+        const bool isSpent = before < 0;
+        if (isSpent || channel_.selectedGenerator == noGenerator)
+            control(nonRegisteredLSB, hundred);
+        else if (before > 0)
+            control(nonRegisteredLSB, static_cast<std::uint8_t>(before));
+        control(nonRegisteredLSB, lsb);
+        if (isSpent)
+            control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
+    }
+
+    const Channel& channel_;
+    const std::uint8_t number_;
+    std::vector<MIDIMessage>& messages_;
+};
 
 std::vector<MIDIMessage> ChasedState::messages() const {
     std::vector<MIDIMessage> result;
     if (reset_.isSystem())
         result.push_back(reset_);
-    for (std::uint8_t channel = 0; channel < channelCount; ++channel) {
-        if (rhythmMaps_[channel] != unset)
-            result.push_back(MIDIMessage::system(SystemMessage::rhythmPart, channel, rhythmMaps_[channel]));
-    }
     if (masterVolume_.isSystem())
         result.push_back(masterVolume_);
     for (std::uint8_t channel = 0; channel < channelCount; ++channel)
-        appendChannel(channels_[channel], channel, result);
+        Writer(channels_[channel], channel, result).write();
     return result;
-}
-
-void ChasedState::appendChannel(const Channel& channel, std::uint8_t number,
-                                std::vector<MIDIMessage>& messages) {
-    const auto status = [number](std::uint8_t kind) { return static_cast<std::uint8_t>(kind | number); };
-    const auto control = [&](std::uint8_t controller, std::uint8_t value) {
-        if (value != unset)
-            messages.push_back({status(MIDIStatus::controlChange), controller, value, 0});
-    };
-
-    if (channel.omniMode != unset)
-        control(channel.omniMode, 0);
-    if (channel.polyMode != unset)
-        control(channel.polyMode, channel.monoVoices);
-    if (channel.program != unset) {
-        control(Controller::bankSelectMSB, channel.programBankMSB);
-        control(Controller::bankSelectLSB, channel.programBankLSB);
-        messages.push_back({status(MIDIStatus::programChange), channel.program, 0, 0});
-    }
-    control(Controller::bankSelectMSB, channel.controllers[Controller::bankSelectMSB]);
-    control(Controller::bankSelectLSB, channel.controllers[Controller::bankSelectLSB]);
-    for (std::uint8_t controller = 0; controller < valueCount; ++controller) {
-        if (!isSentApart(controller))
-            control(controller, channel.controllers[controller]);
-    }
-    appendParameters(channel, status(MIDIStatus::controlChange), messages);
-    if (channel.bendMSB != unset)
-        messages.push_back({status(MIDIStatus::pitchBend), channel.bendLSB, channel.bendMSB, 0});
-    if (channel.pressure != unset)
-        messages.push_back({status(MIDIStatus::channelPressure), channel.pressure, 0, 0});
-    for (std::uint8_t key = 0; key < valueCount; ++key) {
-        if (channel.keyPressure[key] != unset)
-            messages.push_back({status(MIDIStatus::polyphonicPressure), key, channel.keyPressure[key], 0});
-    }
-}
-
-void ChasedState::appendParameters(const Channel& channel, std::uint8_t status,
-                                   std::vector<MIDIMessage>& messages) {
-    using namespace Controller;
-    const auto control = [&](std::uint8_t controller, std::uint8_t value) {
-        if (value != unset)
-            messages.push_back({status, controller, value, 0});
-    };
-    for (const Parameter& parameter : channel.parameters) {
-        control(parameter.isRegistered ? registeredMSB : nonRegisteredMSB, parameter.numberMSB);
-        control(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.numberLSB);
-        control(dataEntryLSB, parameter.valueLSB);
-        control(dataEntryMSB, parameter.valueMSB);
-    }
-    // The bare data entry values, with nothing selected that they could change; then the selection itself,
-    // the one in force last.
-    if (!channel.parameters.empty() || channel.controllers[dataEntryMSB] != unset ||
-        channel.controllers[dataEntryLSB] != unset) {
-        control(registeredMSB, nullParameter);
-        control(registeredLSB, nullParameter);
-        const auto orZero = [](std::uint8_t value) { return value == unset ? std::uint8_t{0} : value; };
-        control(dataEntryLSB, orZero(channel.controllers[dataEntryLSB]));
-        control(dataEntryMSB, orZero(channel.controllers[dataEntryMSB]));
-    }
-    const auto selectNonRegistered = [&] {
-        control(nonRegisteredMSB, channel.controllers[nonRegisteredMSB]);
-        control(nonRegisteredLSB, channel.controllers[nonRegisteredLSB]);
-    };
-    const auto selectRegistered = [&] {
-        control(registeredMSB, channel.controllers[registeredMSB]);
-        control(registeredLSB, channel.controllers[registeredLSB]);
-    };
-    if (channel.registeredIsSelected) {
-        selectNonRegistered();
-        selectRegistered();
-    } else {
-        selectRegistered();
-        selectNonRegistered();
-    }
 }
 
 } // namespace tambrel

@@ -31,43 +31,49 @@ private:
         return values;
     }
 
-    /// One registered or non-registered parameter that was given a value.
+    static constexpr std::uint8_t orZero(std::uint8_t value) { return value == unset ? 0 : value; }
+
+    struct BankSelect {
+        std::uint8_t msb = unset;
+        std::uint8_t lsb = unset;
+    };
+
+    /// A parameter that the synthesizer acts on and that was given a value: a registered one (bend range,
+    /// fine or coarse tuning) or a generator by way of the non-registered ones.
     struct Parameter {
         bool isRegistered;
-        std::uint8_t numberMSB, numberLSB;
+        std::uint8_t number;
         std::uint8_t valueMSB, valueLSB; // The low half is the one that stood when the high half came.
     };
 
     struct Channel {
-        Values controllers = unsetValues();
+        Values controllers = unsetValues(); // Without the bank select.
         Values keyPressure = unsetValues();
+        std::uint8_t rhythmMap = unset;
+        BankSelect bankBeforeRhythm; // Came before the rhythm map, which starts the part anew.
+        BankSelect bank;
+        BankSelect programBank; // In force when the program came.
         std::uint8_t program = unset;
-        std::uint8_t programBankMSB = unset; // Bank select in force when the program came.
-        std::uint8_t programBankLSB = unset;
         std::uint8_t bendLSB = unset;
         std::uint8_t bendMSB = unset;
         std::uint8_t pressure = unset;
         std::uint8_t omniMode = unset; // Controller 124 or 125.
         std::uint8_t polyMode = unset; // Controller 126 or 127.
-        std::uint8_t monoVoices = 0;
         bool registeredIsSelected = true;
+        std::uint8_t selectedGenerator = 0;
         std::vector<Parameter> parameters; // In the order of their latest values.
     };
 
     void applySystem(MIDIMessage message);
+    static void setRhythmMap(Channel& channel, std::uint8_t map);
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
     static void resetControllers(Channel& channel);
+    static void selectGenerator(Channel& channel, std::uint8_t value);
     static void enterData(Channel& channel, std::uint8_t value);
-    static void appendChannel(const Channel& channel, std::uint8_t number,
-                              std::vector<MIDIMessage>& messages);
-    static void appendParameters(const Channel& channel, std::uint8_t status,
-                                 std::vector<MIDIMessage>& messages);
+    class Writer;
 
     MIDIMessage reset_;
     MIDIMessage masterVolume_;
-    std::array<std::uint8_t, channelCount> rhythmMaps_{unset, unset, unset, unset, unset, unset,
-                                                       unset, unset, unset, unset, unset, unset,
-                                                       unset, unset, unset, unset};
     std::array<Channel, channelCount> channels_;
 };
 

@@ -4,8 +4,22 @@
 #include <alsa/asoundlib.h>
 #include <fluidsynth.h>
 
+#include <array>
 #include <atomic>
+#include <dlfcn.h>
 #include <string>
+
+// The library renders each block's effects in a parallel region of one thread, for which OpenMP's run time
+// allocates and frees memory. This definition, which the library finds before the run time's, does without.
+// Regions of several threads, which there are while a bank is loaded, go on to the run time.
+extern "C" void GOMP_parallel(void (*region)(void*), void* data, unsigned threads, unsigned flags) {
+    if (threads == 1) {
+        region(data);
+        return;
+    }
+    static const auto runTime = reinterpret_cast<decltype(&GOMP_parallel)>(dlsym(RTLD_NEXT, "GOMP_parallel"));
+    runTime(region, data, threads, flags);
+}
 
 namespace tambrel {
 namespace {
@@ -13,6 +27,7 @@ namespace {
 // Measured so that the loudest of the songs in openttd-openmsx and planetblupi-music-midi stays below full
 // scale with the bank TimGM6mb, and the softest is well heard.
 constexpr double synthesizerGain = 0.22;
+constexpr int channelCount = 16;
 constexpr int deviceNumber = 16; // What GS files address; universal messages reach every device.
 constexpr int framesPerPeriod = 1024;
 constexpr int periods = 2;
@@ -88,6 +103,7 @@ Synthesizer::Synthesizer(double sampleRate) : handles_(std::make_unique<Handles>
     fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
     fluid_settings_setint(settings, "synth.lock-memory", 0);
     handles_->synth.reset(new_fluid_synth(settings));
+    reset();
 }
 
 Synthesizer::~Synthesizer() = default;
@@ -114,7 +130,7 @@ void Synthesizer::send(MIDIMessage message) noexcept {
         fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
         break;
     case MIDIStatus::controlChange:
-        fluid_synth_cc(synth, channel, message.data1, message.data2);
+        sendController(channel, message.data1, message.data2);
         break;
     case MIDIStatus::programChange:
         fluid_synth_program_change(synth, channel, message.data1);
@@ -131,25 +147,24 @@ void Synthesizer::send(MIDIMessage message) noexcept {
     }
 }
 
+void Synthesizer::sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept {
+    // Choosing a tuning program would allocate one, for no effect: there are none but the equal temperament.
+    constexpr std::uint8_t tuningProgram = 3;
+    constexpr std::uint8_t nullParameter = 127;
+    if (number == Controller::registeredLSB && value == tuningProgram)
+        value = nullParameter;
+    if (number >= Controller::omniOff)
+        value = 0; // Each channel is a group of its own, which a larger number of voices would overlap.
+    fluid_synth_cc(handles_->synth.get(), channel, number, value);
+}
+
 void Synthesizer::sendSystem(MIDIMessage message) noexcept {
-    static constexpr unsigned char gmOn[] = {0x7E, 0x7F, 0x09, 0x01};
-    static constexpr unsigned char gsOn[] = {0x41, deviceNumber, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41};
-    static constexpr unsigned char xgOn[] = {0x43, deviceNumber, 0x4C, 0x00, 0x00, 0x7E, 0x00};
     fluid_synth_t* synth = handles_->synth.get();
-    const auto pass = [synth](const auto& bytes) {
-        fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr, nullptr,
-                          nullptr, 0);
-        fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
-    };
     switch (message.systemKind()) {
     case SystemMessage::gmReset:
-        pass(gmOn);
-        break;
     case SystemMessage::gsReset:
-        pass(gsOn);
-        break;
     case SystemMessage::xgReset:
-        pass(xgOn);
+        resetTo(message.systemKind());
         break;
     case SystemMessage::masterVolume: {
         constexpr float fullVolume = 16383;
@@ -158,26 +173,66 @@ void Synthesizer::sendSystem(MIDIMessage message) noexcept {
                              static_cast<float>(synthesizerGain) * volume * volume); // RP-024: 40 log10
         break;
     }
-    case SystemMessage::rhythmPart:
+    case SystemMessage::rhythmPart: {
+        const bool isMelodic = message.data3 == 0;
+        constexpr int drumBank = 128;
         fluid_synth_set_channel_type(synth, message.data2,
-                                     message.data3 == 0 ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+                                     isMelodic ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+        fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
         fluid_synth_program_change(synth, message.data2, 0);
         break;
+    }
     case SystemMessage::none:
         break;
     }
 }
 
 void Synthesizer::reset() noexcept {
+    // Banks are read the GS way unless a song asks for another; the library's own system reset would leave
+    // that as the last song had it.
+    resetTo(SystemMessage::gsReset);
+}
+
+void Synthesizer::resetTo(SystemMessage standard) noexcept {
+    static constexpr unsigned char gmOn[] = {0x7E, 0x7F, 0x09, 0x01};
+    static constexpr unsigned char gsReset[] = {0x41, deviceNumber, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41};
+    static constexpr unsigned char xgOn[] = {0x43, deviceNumber, 0x4C, 0x00, 0x00, 0x7E, 0x00};
     fluid_synth_t* synth = handles_->synth.get();
-    fluid_synth_system_reset(synth);
+    const auto pass = [synth](const auto& bytes) {
+        fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr, nullptr,
+                          nullptr, 0);
+    };
+    silence();
+    if (standard == SystemMessage::gmReset)
+        pass(gmOn);
+    else if (standard == SystemMessage::xgReset)
+        pass(xgOn);
+    else
+        pass(gsReset);
+    // By default all channels are one group, and an Omni Off on the first switches off the others.
+    constexpr int allGroups = -1;
+    fluid_synth_reset_basic_channel(synth, allGroups);
+    for (int channel = 0; channel < channelCount; ++channel)
+        fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
     fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+}
+
+// The library revives a note that is told to end at once and then, before the next block, to be released,
+// which a reset and a pedal let go do; and its reset leaves something in the filters of the reverb, which
+// only the next reset takes away. So the blocks in which all that ends are rendered here.
+void Synthesizer::silence() noexcept {
+    constexpr int allChannels = -1;
+    std::array<float, synthesizerBlock> left;
+    std::array<float, synthesizerBlock> right;
+    fluid_synth_all_sounds_off(handles_->synth.get(), allChannels);
+    render(left.data(), right.data(), synthesizerBlock);
+    fluid_synth_system_reset(handles_->synth.get());
+    render(left.data(), right.data(), synthesizerBlock);
 }
 
 void Synthesizer::releaseNotes() noexcept {
     fluid_synth_t* synth = handles_->synth.get();
-    constexpr int channels = 16;
-    for (int channel = 0; channel < channels; ++channel) {
+    for (int channel = 0; channel < channelCount; ++channel) {
         fluid_synth_cc(synth, channel, Controller::sustain, 0);
         fluid_synth_cc(synth, channel, Controller::sostenuto, 0);
     }
@@ -196,15 +251,19 @@ int Synthesizer::activeVoices() const noexcept {
 ChannelReading Synthesizer::channel(int number) const {
     fluid_synth_t* synth = handles_->synth.get();
     ChannelReading reading;
-    for (int controller = 0; controller < 128; ++controller)
-        fluid_synth_get_cc(synth, number, controller,
-                           &reading.controllers[static_cast<std::size_t>(controller)]);
+    for (std::size_t controller = 0; controller < reading.controllers.size(); ++controller)
+        fluid_synth_get_cc(synth, number, static_cast<int>(controller), &reading.controllers[controller]);
+    for (int generator = 0; generator < GEN_LAST; ++generator)
+        reading.generators.push_back(fluid_synth_get_gen(synth, number, generator));
     int bankNumber = 0;
     fluid_synth_get_program(synth, number, &bankNumber, &reading.bank, &reading.program);
+    if (fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, number)) {
+        reading.presetBank = fluid_preset_get_banknum(preset);
+        reading.presetProgram = fluid_preset_get_num(preset);
+    }
     fluid_synth_get_pitch_bend(synth, number, &reading.pitchBend);
     fluid_synth_get_pitch_wheel_sens(synth, number, &reading.bendRange);
-    reading.fineTune = fluid_synth_get_gen(synth, number, GEN_FINETUNE);
-    reading.coarseTune = fluid_synth_get_gen(synth, number, GEN_COARSETUNE);
+    fluid_synth_get_basic_channel(synth, number, nullptr, &reading.mode, nullptr);
     return reading;
 }
 

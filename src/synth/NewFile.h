@@ -13,6 +13,7 @@ class NewFile {
 public:
     enum class Existing { replace, keep };
 
+    /// Refuses a place where there is something that is no file, such as a device.
     explicit NewFile(std::filesystem::path wanted);
     ~NewFile();
     NewFile(const NewFile&) = delete;

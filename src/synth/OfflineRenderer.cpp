@@ -86,11 +86,11 @@ private:
     float peak_ = 0;
 };
 
-RenderResult render(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
+RenderResult render(const std::shared_ptr<const Timeline>& timeline, const std::filesystem::path& output,
+                    const RenderOptions& options) {
     SoundFile file(output, options.sampleRate);
     Synthesizer synthesizer(options.sampleRate);
     synthesizer.loadSoundBank(options.soundBank);
-    const auto timeline = Timeline::build(song, options.stop);
     Sequencer sequencer(options.sampleRate);
     sequencer.setSynthesizer(synthesizer);
     sequencer.play(timeline, 0);
@@ -116,7 +116,9 @@ RenderResult render(ByteView song, const std::filesystem::path& output, const Re
 
 RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
     try {
-        return render(song, output, options);
+        return render(Timeline::build(song, options.stop), output, options);
+    } catch (const TimelineCancelled&) {
+        return {.wasStopped = true};
     } catch (const std::system_error& error) {
         throw RenderError(error.code().message());
     }

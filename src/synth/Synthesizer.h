@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
 namespace tambrel {
 
@@ -19,13 +20,15 @@ inline constexpr int synthesizerBlock = 64;
 
 /// What one channel of the synthesizer stands at, for comparison.
 struct ChannelReading {
-    std::array<int, 128> controllers{};
-    int bank = 0;
+    std::array<int, 120> controllers{}; ///< Without the mode messages from 120 on.
+    std::vector<float> generators;      ///< Offsets by tuning and non-registered parameters.
+    int bank = 0;                       ///< For the next program.
     int program = 0;
-    int pitchBend = 0;    ///< 0 to 16383.
-    int bendRange = 0;    ///< Semitones.
-    float fineTune = 0;   ///< Cents.
-    float coarseTune = 0; ///< Semitones.
+    int presetBank = 0; ///< What sounds; 128 for drums.
+    int presetProgram = 0;
+    int pitchBend = 0; ///< 0 to 16383.
+    int bendRange = 0; ///< Semitones.
+    int mode = 0;      ///< Mono and omni.
 
     bool operator==(const ChannelReading&) const = default;
 };
@@ -54,7 +57,10 @@ public:
     [[nodiscard]] ChannelReading channel(int number) const;
 
 private:
+    void sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept;
     void sendSystem(MIDIMessage message) noexcept;
+    void resetTo(SystemMessage standard) noexcept;
+    void silence() noexcept;
 
     struct Handles;
     std::unique_ptr<Handles> handles_;

@@ -53,6 +53,10 @@ public:
             timeline_.tempoMap_.setTempo(tick, microsecondsPerQuarter(message));
             return;
         }
+        // The synthesizer ignores what is out of range, which would leave a note hanging.
+        message.data1 &= 0x7F;
+        message.data2 &= 0x7F;
+        message.data3 &= 0x7F;
         timeline_.events_.push_back({tick, message});
         if (MIDIStatus::kind(message.status) > MIDIStatus::noteOn)
             state_.apply(message);

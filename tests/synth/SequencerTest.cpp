@@ -1,0 +1,238 @@
+#include "Sequencer.h"
+#include "SynthTesting.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+#include <thread>
+
+namespace tambrel {
+namespace {
+
+using namespace testing;
+
+constexpr double sampleRate = 48000;
+
+/// A sequencer on the real synthesizer, without a device.
+class SequencerTest : public ::testing::Test {
+protected:
+    SequencerTest() { sequencer.setSynthesizer(*synthesizer); }
+
+    /// The left channel of what is rendered in calls of `block` frames.
+    std::vector<float> render(double seconds, int block = 64) {
+        std::vector<float> sound;
+        std::vector<float> left(static_cast<std::size_t>(block));
+        std::vector<float> right(left);
+        while (static_cast<double>(sound.size()) < seconds * sampleRate) {
+            sequencer.renderAudio(left.data(), right.data(), block);
+            sound.insert(sound.end(), left.begin(), left.end());
+        }
+        return sound;
+    }
+
+    std::unique_ptr<Synthesizer> synthesizer = loadedSynthesizer();
+    Sequencer sequencer{sampleRate};
+};
+
+/// An organ chord under the pedal for two seconds, then two seconds of silence.
+std::shared_ptr<const Timeline> chordAndSilence() {
+    TrackBuilder track;
+    track.program(0, 0, 19).control(0, 0, 64, 127).noteOn(0, 0, 60, 127).noteOn(0, 0, 67, 127);
+    track.noteOff(1900, 0, 60).noteOff(0, 0, 67).control(100, 0, 64, 0).endOfTrack(2000);
+    return timeline({track});
+}
+
+double firstAudible(const std::vector<float>& sound) {
+    const auto found =
+        std::ranges::find_if(sound, [](float sample) { return std::abs(sample) > 4 * inaudible; });
+    return static_cast<double>(found - sound.begin());
+}
+
+TEST_F(SequencerTest, EventsLandWithinOneBlockOfTheirTime) {
+    const auto note = [](int ticks) {
+        return TrackBuilder().noteOn(static_cast<std::uint32_t>(ticks), 9, 76);
+    };
+    struct Row {
+        const char* name;
+        std::shared_ptr<const Timeline> song;
+        double start;
+    };
+    const Row rows[] = {
+        {"at once", timeline({note(0)}), 0},
+        {"after a millisecond", timeline({note(1)}), 0},
+        {"between blocks", timeline({note(7)}), 0},
+        {"after a second", timeline({note(1000)}), 0},
+        {"after a seek", timeline({note(2999)}), 2.5},
+        {"after a seek to the very moment", timeline({note(2999)}), 2.999},
+        {"after tempo changes",
+         timeline({TrackBuilder().tempo(0, 300'000).tempo(500, 1'000'001).tempo(1, 77'777), note(2000)}, 480),
+         0},
+    };
+    synthesizer->send({0x99, 76, 64, 0});
+    std::vector<float> direct(4800);
+    std::vector<float> right(4800);
+    synthesizer->render(direct.data(), right.data(), 4800);
+    const double attack = firstAudible(direct);
+    ASSERT_LT(attack, 4800);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TimelineEvent event = row.song->events().front();
+        const double due = row.song->tempoMap().secondsAt(event.tick) - row.start;
+        sequencer.halt();
+        render(0.1);
+        sequencer.play(row.song, row.start);
+        EXPECT_NEAR(firstAudible(render(due + 0.2)) - attack, due * sampleRate, 64);
+    }
+}
+
+TEST_F(SequencerTest, SoundsTheSameWhateverTheDeviceAsksFor) {
+    TrackBuilder track;
+    for (int step = 0; step < 20; ++step) {
+        track.program(5, 0, 5 * step).noteOn(7, 0, 40 + step).pitchBend(13, 0, 800 * step);
+        track.noteOn(17, 9, 35 + step).noteOff(3, 0, 40 + step);
+    }
+    const auto song = timeline({track});
+    std::vector<float> expected;
+    for (const int block : {64, 1, 37, 1000, 1024}) {
+        Sequencer fresh(sampleRate);
+        const auto freshSynthesizer = loadedSynthesizer();
+        fresh.setSynthesizer(*freshSynthesizer);
+        fresh.play(song, 0);
+        std::vector<float> left(48'000);
+        std::vector<float> right(48'000);
+        for (int done = 0; done < 48'000; done += block)
+            fresh.renderAudio(&left[static_cast<std::size_t>(done)], &right[static_cast<std::size_t>(done)],
+                              std::min(block, 48'000 - done));
+        if (block == 64)
+            expected = left;
+        EXPECT_GT(peak(left), 0.01F);
+        EXPECT_TRUE(left == expected) << "calls of " << block << " frames";
+    }
+}
+
+TEST_F(SequencerTest, NothingSoundsAfterAHaltOrASeekIntoSilence) {
+    for (const int block : {64, 1024, 37}) {
+        SCOPED_TRACE(block);
+        sequencer.play(chordAndSilence(), 0);
+        ASSERT_GT(peak(render(0.5)), 0.01F);
+        sequencer.play(chordAndSilence(), 2.5);
+        render(0.05, block);
+        EXPECT_LT(peak(render(0.5, block)), inaudible);
+        EXPECT_GT(sequencer.position(), 2.9);
+
+        sequencer.play(chordAndSilence(), 0);
+        ASSERT_GT(peak(render(0.5)), 0.01F);
+        sequencer.halt();
+        EXPECT_FALSE(sequencer.isSilent());
+        render(0.01, block);
+        EXPECT_TRUE(sequencer.isSilent());
+        EXPECT_EQ(peak(render(0.1, block)), 0);
+        EXPECT_EQ(sequencer.position(), 0);
+    }
+}
+
+TEST_F(SequencerTest, PositionRunsUpToTheDurationAndTheLastNotesRingOut) {
+    const auto song =
+        timeline({TrackBuilder().control(0, 0, 64, 127).noteOn(0, 0, 60, 127).endOfTrack(1001)});
+    for (const double start : {0.0, 0.7, 1.001, 5.0}) {
+        SCOPED_TRACE(start);
+        sequencer.play(song, start);
+        double before = std::min(start, song->duration());
+        EXPECT_EQ(sequencer.position(), before);
+        double rendered = 0;
+        for (; !sequencer.hasFinished(); rendered += 64 / sampleRate) {
+            ASSERT_LT(rendered, 1.1);
+            render(64 / sampleRate);
+            ASSERT_GE(sequencer.position(), before);
+            ASSERT_LE(sequencer.position(), song->duration());
+            before = sequencer.position();
+        }
+        EXPECT_NEAR(rendered, std::max(song->duration() - start, 0.0), 0.01); // A fade may come first.
+        EXPECT_EQ(sequencer.position(), song->duration());
+        EXPECT_EQ(peak(render(0.1)) > 0.001F, start == 0);
+        for (rendered = 0; !sequencer.isSilent(); rendered += 0.1, render(0.1))
+            ASSERT_LT(rendered, 11);
+        EXPECT_EQ(sequencer.position(), song->duration());
+        EXPECT_EQ(peak(render(0.1)), 0);
+    }
+}
+
+TEST_F(SequencerTest, TheLatestOrderCountsAndTheOthersAreFreed) {
+    auto first = chordAndSilence();
+    auto second = chordAndSilence();
+    auto third = chordAndSilence();
+    const std::weak_ptr<const Timeline> oldSongs[] = {first, second};
+    sequencer.play(std::exchange(first, nullptr), 1);
+    EXPECT_EQ(sequencer.position(), 1);
+    render(0.1);
+    sequencer.play(std::exchange(second, nullptr), 0.5);
+    EXPECT_EQ(sequencer.position(), 0.5);
+    EXPECT_FALSE(oldSongs[0].expired()); // It is still sounding.
+    sequencer.halt();
+    EXPECT_TRUE(oldSongs[1].expired()); // It was never taken.
+    render(64 / sampleRate);
+    sequencer.play(third, 2.5); // During the fade.
+    EXPECT_EQ(sequencer.position(), 2.5);
+    EXPECT_FALSE(sequencer.isSilent());
+    EXPECT_FALSE(sequencer.collect());
+    render(0.1);
+    EXPECT_TRUE(sequencer.collect());
+    EXPECT_TRUE(oldSongs[0].expired());
+    EXPECT_NEAR(sequencer.position(), 2.6, 0.02);
+    sequencer.halt();
+    render(0.1);
+    EXPECT_TRUE(sequencer.collect());
+    EXPECT_EQ(third.use_count(), 1);
+}
+
+TEST_F(SequencerTest, WaitsInSilenceForTheSynthesizer) {
+    Sequencer early(sampleRate);
+    early.play(chordAndSilence(), 0);
+    std::vector<float> left(1024, 1.0F);
+    std::vector<float> right(1024, 1.0F);
+    early.renderAudio(left.data(), right.data(), 1024);
+    EXPECT_EQ(peak(left) + peak(right), 0);
+    EXPECT_EQ(early.position(), 0);
+    early.setSynthesizer(*synthesizer);
+    early.renderAudio(left.data(), right.data(), 1024);
+    EXPECT_GT(peak(left), 0.001F);
+}
+
+TEST_F(SequencerTest, TakesOrdersFromAnotherThread) {
+    const std::shared_ptr<const Timeline> songs[] = {chordAndSilence(),
+                                                     timeline({TrackBuilder().endOfTrack(5)})};
+    std::jthread rendering([this](const std::stop_token& stop) {
+        std::vector<float> left(1024);
+        std::vector<float> right(1024);
+        std::mt19937 engine(1);
+        while (!stop.stop_requested())
+            sequencer.renderAudio(left.data(), right.data(), 1 + static_cast<int>(engine() % 1024));
+    });
+    std::mt19937 engine(2);
+    for (int action = 0; action < 20'000; ++action) {
+        switch (engine() % 8) {
+        case 0:
+            sequencer.play(songs[engine() % 2], static_cast<double>(engine() % 5));
+            break;
+        case 1:
+            sequencer.halt();
+            break;
+        case 2:
+            sequencer.collect();
+            break;
+        default:
+            ASSERT_GE(sequencer.position(), 0);
+            ASSERT_LE(sequencer.position(), 4);
+        }
+    }
+    sequencer.halt();
+    while (!sequencer.isSilent())
+        std::this_thread::yield();
+    EXPECT_TRUE(sequencer.collect());
+    rendering.request_stop();
+    rendering.join();
+    EXPECT_EQ(songs[0].use_count() + songs[1].use_count(), 2);
+}
+
+} // namespace
+} // namespace tambrel

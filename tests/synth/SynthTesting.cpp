@@ -1,0 +1,61 @@
+#include "SynthTesting.h"
+
+#include <random>
+
+namespace tambrel::testing {
+
+TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
+    std::mt19937 engine(seed);
+    const auto upTo = [&engine](int largest) {
+        return static_cast<int>(engine() % (static_cast<std::uint32_t>(largest) + 1));
+    };
+    const auto oneOf = [&upTo](std::initializer_list<int> values) {
+        return std::data(values)[upTo(static_cast<int>(values.size()) - 1)];
+    };
+    const Bytes systemMessages[] = {gmOn,
+                                    gsReset,
+                                    xgOn,
+                                    halfVolume,
+                                    rhythmPart(0, 0),
+                                    rhythmPart(0, 1),
+                                    rhythmPart(1, 0),
+                                    rhythmPart(1, 1)};
+    TrackBuilder track;
+    for (int event = 0; event < eventCount; ++event) {
+        const int channel = oneOf({0, 1, 9});
+        switch (upTo(20)) {
+        case 0:
+            track.sysex(1, systemMessages[static_cast<std::size_t>(upTo(7))]);
+            break;
+        case 1:
+        case 2:
+            track.program(1, channel, upTo(127));
+            break;
+        case 3:
+            track.pitchBend(1, channel, upTo(16383));
+            break;
+        case 4:
+            track.channelPressure(1, channel, upTo(2));
+            break;
+        case 5:
+            track.polyphonicPressure(1, channel, upTo(2), upTo(127));
+            break;
+        case 6:
+            track.control(1, channel, upTo(127), upTo(127));
+            break;
+        case 7:
+            track.control(1, channel, 121, 0);
+            break;
+        case 8:
+        case 9:
+            track.control(1, channel, oneOf({0, 32}), oneOf({0, 1, 8, 120, 127}));
+            break;
+        default:
+            track.control(1, channel, oneOf({6, 6, 38, 98, 99, 100, 101}),
+                          oneOf({0, 0, 1, 2, 3, 60, 101, 120, 127}));
+        }
+    }
+    return track;
+}
+
+} // namespace tambrel::testing
