@@ -5,6 +5,7 @@
 #include "DropTargetPanel.h"
 #include "FramedZone.h"
 #include "LoadedBlueRectangleView.h"
+#include "LocalPath.h"
 #include "MIDITrackBarsView.h"
 #include "MainViewLayout.h"
 #include "RetroButton.h"
@@ -16,7 +17,6 @@
 #include "TimeText.h"
 #include "UTF8.h"
 
-#include <QFile>
 #include <QPalette>
 #include <QSvgWidget>
 #include <QUrl>
@@ -45,11 +45,6 @@ QString toQString(std::string_view text) {
 
 std::string displayName(const std::filesystem::path& url) {
     return UTF8::repaired(url.filename().native());
-}
-
-// A URL has no byte of its own for what is no UTF-8; the toolkit's encoding of file names brings it back.
-std::filesystem::path pathOf(const QUrl& url) {
-    return QFile::encodeName(url.toLocalFile()).toStdString();
 }
 
 template<class View, class... Arguments>
@@ -167,7 +162,7 @@ void MainViewController::wireViews() {
     dropPanel_->onFile = [this](const QUrl& url) {
         log_.procedure("MainViewController.dropPanel.onFile",
                        [&url] { return "Drop panel requested load for " + url.fileName().toStdString(); });
-        load(pathOf(url));
+        load(localPath(url));
     };
 }
 
