@@ -260,7 +260,7 @@ void MainViewController::showLoadedFile(const TambrelLoadedFile& file) {
     fileLabel_->show();
     statusLabel_->setText(toQString(file.loadedStatus));
     statusLabel_->setToolTip({});
-    tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPM", *info.tempoBPM) : noTempo);
+    tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPS", *info.tempoBPM) : noTempo);
     keyLabel_->setText(info.keySignature ? "KEY " + toQString(*info.keySignature) : noKey);
     tracksLabel_->setText(QString::number(info.displayTrackCount) + " Tracks");
     trackBarsView_->setTrackCount(info.displayTrackCount);
