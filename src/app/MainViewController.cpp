@@ -16,6 +16,7 @@
 #include "TambrelBetaLog.h"
 #include "TimeText.h"
 #include "UTF8.h"
+#include "ViewAccessibility.h"
 
 #include <QPalette>
 #include <QSvgWidget>
@@ -112,6 +113,7 @@ void MainViewController::buildInterface() {
     moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
     logoView_ = addView<QSvgWidget>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
     logoView_->setAccessibleName("MIDI logo");
+    makeAccessible<QSvgWidget, AccessibleView<QAccessible::Graphic>>();
     buildLabels();
     timeline_ = new RetroTimelineView(log_, this);
     timeline_->setObjectName("timeline");
@@ -146,9 +148,11 @@ void MainViewController::buildButtons() {
         {"clearButton", "Clear", &MainViewController::clearLoadedMIDI},
     }};
     std::array<RetroButton*, rows.size()> buttons{};
-    for (std::size_t at = 0; at < rows.size(); ++at)
+    for (std::size_t at = 0; at < rows.size(); ++at) {
         buttons[at] = addView<RetroButton>(this, rows[at].name, MainViewLayout::buttons[at], rows[at].title,
                                            [this, action = rows[at].action] { (this->*action)(); });
+        buttons[at]->setAutoDefault(true); // Return presses it, and not the space bar alone.
+    }
     playPauseButton_ = buttons[0];
     loudnessButton_ = buttons[3];
 }
@@ -194,7 +198,7 @@ void MainViewController::toggleLoudness() {
 void MainViewController::load(const std::filesystem::path& url) {
     log_.function(loading, [&url] { return "Loading MIDI file " + displayName(url); });
     const std::int64_t generation = loadCoordinator_.begin();
-    statusLabel_->setText("Loading");
+    showStatus("Loading");
     activityView_->setAnimating(true);
     const std::stop_source task;
     loadCoordinator_.setTask(task);
@@ -258,8 +262,7 @@ void MainViewController::showLoadedFile(const TambrelLoadedFile& file) {
     const MIDIFileInfo& info = file.info;
     fileLabel_->setText(toQString(file.fileName));
     fileLabel_->show();
-    statusLabel_->setText(toQString(file.loadedStatus));
-    statusLabel_->setToolTip({});
+    showStatus(toQString(file.loadedStatus));
     tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPS", *info.tempoBPM) : noTempo);
     keyLabel_->setText(info.keySignature ? "KEY " + toQString(*info.keySignature) : noKey);
     tracksLabel_->setText(QString::number(info.displayTrackCount) + " Tracks");
@@ -287,7 +290,7 @@ void MainViewController::handleLoadFailure(const std::exception& error) {
             ? *known
             : TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
     resetLoadedMIDIInterface(toQString(shown.userMessage()), toQString(shown.statusTitle()));
-    statusLabel_->setToolTip(toQString(shown.diagnosticDescription()).toHtmlEscaped());
+    showStatus(toQString(shown.statusTitle()), toQString(shown.diagnosticDescription()));
     services_.beep();
     if (services_.loadFinished)
         services_.loadFinished(shown.diagnosticDescription());
@@ -312,8 +315,7 @@ void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const
     showLoaded(false);
     fileLabel_->setText(fileText);
     fileLabel_->show();
-    statusLabel_->setText(statusText);
-    statusLabel_->setToolTip({});
+    showStatus(statusText);
     tempoLabel_->setText(noTempo);
     keyLabel_->setText(noKey);
     tracksLabel_->setText(noTracks);
@@ -328,6 +330,12 @@ void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const
     activityView_->setAnimating(false);
     playPauseButton_->setText("Play");
     loudnessButton_->setEnabled(true);
+}
+
+void MainViewController::showStatus(const QString& title, const QString& explanation) {
+    statusLabel_->setText(title);
+    statusLabel_->setToolTip(explanation.toHtmlEscaped()); // A file name may look like markup.
+    statusLabel_->setAccessibleDescription(explanation);
 }
 
 void MainViewController::showLoaded(bool isLoaded) {
