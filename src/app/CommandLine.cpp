@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "AudioDriver.h"
+#include "LocalPath.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,7 +18,7 @@ namespace {
 std::filesystem::path pathOf(const std::string& argument) {
     if (!argument.starts_with("file:"))
         return argument;
-    return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
+    return localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
 }
 
 } // namespace

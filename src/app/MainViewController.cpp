@@ -5,6 +5,7 @@
 #include "DropTargetPanel.h"
 #include "FramedZone.h"
 #include "LoadedBlueRectangleView.h"
+#include "LocalPath.h"
 #include "MIDITrackBarsView.h"
 #include "MainViewLayout.h"
 #include "RetroButton.h"
@@ -15,8 +16,8 @@
 #include "TambrelBetaLog.h"
 #include "TimeText.h"
 #include "UTF8.h"
+#include "ViewAccessibility.h"
 
-#include <QFile>
 #include <QPalette>
 #include <QSvgWidget>
 #include <QUrl>
@@ -45,11 +46,6 @@ QString toQString(std::string_view text) {
 
 std::string displayName(const std::filesystem::path& url) {
     return UTF8::repaired(url.filename().native());
-}
-
-// A URL has no byte of its own for what is no UTF-8; the toolkit's encoding of file names brings it back.
-std::filesystem::path pathOf(const QUrl& url) {
-    return QFile::encodeName(url.toLocalFile()).toStdString();
 }
 
 template<class View, class... Arguments>
@@ -117,6 +113,7 @@ void MainViewController::buildInterface() {
     moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
     logoView_ = addView<QSvgWidget>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
     logoView_->setAccessibleName("MIDI logo");
+    makeAccessible<QSvgWidget, AccessibleView<QAccessible::Graphic>>();
     buildLabels();
     timeline_ = new RetroTimelineView(log_, this);
     timeline_->setObjectName("timeline");
@@ -151,9 +148,11 @@ void MainViewController::buildButtons() {
         {"clearButton", "Clear", &MainViewController::clearLoadedMIDI},
     }};
     std::array<RetroButton*, rows.size()> buttons{};
-    for (std::size_t at = 0; at < rows.size(); ++at)
+    for (std::size_t at = 0; at < rows.size(); ++at) {
         buttons[at] = addView<RetroButton>(this, rows[at].name, MainViewLayout::buttons[at], rows[at].title,
                                            [this, action = rows[at].action] { (this->*action)(); });
+        buttons[at]->setAutoDefault(true); // Return presses it, and not the space bar alone.
+    }
     playPauseButton_ = buttons[0];
     loudnessButton_ = buttons[3];
 }
@@ -167,7 +166,7 @@ void MainViewController::wireViews() {
     dropPanel_->onFile = [this](const QUrl& url) {
         log_.procedure("MainViewController.dropPanel.onFile",
                        [&url] { return "Drop panel requested load for " + url.fileName().toStdString(); });
-        load(pathOf(url));
+        load(localPath(url));
     };
 }
 
@@ -199,7 +198,7 @@ void MainViewController::toggleLoudness() {
 void MainViewController::load(const std::filesystem::path& url) {
     log_.function(loading, [&url] { return "Loading MIDI file " + displayName(url); });
     const std::int64_t generation = loadCoordinator_.begin();
-    statusLabel_->setText("Loading");
+    showStatus("Loading");
     activityView_->setAnimating(true);
     const std::stop_source task;
     loadCoordinator_.setTask(task);
@@ -263,9 +262,8 @@ void MainViewController::showLoadedFile(const TambrelLoadedFile& file) {
     const MIDIFileInfo& info = file.info;
     fileLabel_->setText(toQString(file.fileName));
     fileLabel_->show();
-    statusLabel_->setText(toQString(file.loadedStatus));
-    statusLabel_->setToolTip({});
-    tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPM", *info.tempoBPM) : noTempo);
+    showStatus(toQString(file.loadedStatus));
+    tempoLabel_->setText(info.tempoBPM ? QString::asprintf("%.3f BPS", *info.tempoBPM) : noTempo);
     keyLabel_->setText(info.keySignature ? "KEY " + toQString(*info.keySignature) : noKey);
     tracksLabel_->setText(QString::number(info.displayTrackCount) + " Tracks");
     trackBarsView_->setTrackCount(info.displayTrackCount);
@@ -292,7 +290,7 @@ void MainViewController::handleLoadFailure(const std::exception& error) {
             ? *known
             : TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
     resetLoadedMIDIInterface(toQString(shown.userMessage()), toQString(shown.statusTitle()));
-    statusLabel_->setToolTip(toQString(shown.diagnosticDescription()).toHtmlEscaped());
+    showStatus(toQString(shown.statusTitle()), toQString(shown.diagnosticDescription()));
     services_.beep();
     if (services_.loadFinished)
         services_.loadFinished(shown.diagnosticDescription());
@@ -317,8 +315,7 @@ void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const
     showLoaded(false);
     fileLabel_->setText(fileText);
     fileLabel_->show();
-    statusLabel_->setText(statusText);
-    statusLabel_->setToolTip({});
+    showStatus(statusText);
     tempoLabel_->setText(noTempo);
     keyLabel_->setText(noKey);
     tracksLabel_->setText(noTracks);
@@ -333,6 +330,12 @@ void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const
     activityView_->setAnimating(false);
     playPauseButton_->setText("Play");
     loudnessButton_->setEnabled(true);
+}
+
+void MainViewController::showStatus(const QString& title, const QString& explanation) {
+    statusLabel_->setText(title);
+    statusLabel_->setToolTip(explanation.toHtmlEscaped()); // A file name may look like markup.
+    statusLabel_->setAccessibleDescription(explanation);
 }
 
 void MainViewController::showLoaded(bool isLoaded) {

@@ -76,6 +76,7 @@ private:
     void showLoadedFile(const TambrelLoadedFile& file);
     void handleLoadFailure(const std::exception& error);
     void resetLoadedMIDIInterface(const QString& fileText, const QString& statusText);
+    void showStatus(const QString& title, const QString& explanation = {});
     void showLoaded(bool isLoaded);
     void replaceSong(std::shared_ptr<const LoadedSong> song);
 

@@ -1,4 +1,6 @@
 #include "MIDIPlayerController.h"
+
+#include "FakePlayer.h"
 #include "TambrelBetaLog.h"
 
 #include <gmock/gmock.h>
@@ -19,40 +21,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-
-/// What the fake player is told and what it answers.
-struct PlayerScript {
-    double duration = 10;
-    double position = 0;
-    bool playing = false;
-    std::vector<std::string> calls;
-    int alive = 0;
-};
-
-class FakePlayer : public MIDIFilePlayer {
-public:
-    explicit FakePlayer(PlayerScript& script) : script_(script) { ++script_.alive; }
-    ~FakePlayer() override { --script_.alive; }
-    FakePlayer(const FakePlayer&) = delete;
-    FakePlayer& operator=(const FakePlayer&) = delete;
-
-    void prepareToPlay() override { script_.calls.emplace_back("prepare"); }
-    void play(std::function<void()>) override {
-        script_.calls.emplace_back("play");
-        script_.playing = true;
-    }
-    void stop() override {
-        script_.calls.emplace_back("stop");
-        script_.playing = false;
-    }
-    [[nodiscard]] double currentPosition() const override { return script_.position; }
-    void setCurrentPosition(double seconds) override { script_.position = seconds; }
-    [[nodiscard]] double duration() const override { return script_.duration; }
-    [[nodiscard]] bool isPlaying() const override { return script_.playing; }
-
-private:
-    PlayerScript& script_;
-};
 
 class MIDIPlayerControllerTest : public ::testing::Test {
 protected:
@@ -108,25 +76,14 @@ protected:
         return condition();
     }
 
-    int argumentCount = 1;
-    char argument[6] = "tests";
-    char* arguments[2] = {argument, nullptr};
-    QCoreApplication application{argumentCount, arguments};
     QTemporaryDir home;
     QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
     TambrelBetaLog log;
 
     PlayerScript script;
-    bool refuses = false;
     std::vector<std::string> lines;
     std::vector<std::string> events;
-    MIDIPlayerController controller{[this](const MIDIData&) -> std::unique_ptr<MIDIFilePlayer> {
-                                        if (refuses)
-                                            throw std::runtime_error("no bank");
-                                        script.position = 0;
-                                        return std::make_unique<FakePlayer>(script);
-                                    },
-                                    log};
+    MIDIPlayerController controller{script.factory(), log};
 };
 
 const auto stopsTimer = "Stopping playback timer | stopTimer";
@@ -258,7 +215,7 @@ TEST_F(MIDIPlayerControllerTest, LoadsASongIdleAtZeroAndLogsItsDuration) {
 
 TEST_F(MIDIPlayerControllerTest, KeepsTheOldSongStoppedWhenALoadFails) {
     enter(PlaybackMode::playing);
-    refuses = true;
+    script.refusal = "no bank";
     EXPECT_THROW(controller.load({}), std::runtime_error);
     EXPECT_EQ(controller.mode(), PlaybackMode::playing);
     EXPECT_EQ(controller.duration(), 10);

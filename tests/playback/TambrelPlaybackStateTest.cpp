@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
 #include <QTemporaryDir>
 
 namespace tambrel {
@@ -28,10 +27,6 @@ protected:
 
     std::vector<std::string> linesSince() { return std::exchange(lines, {}); }
 
-    int argumentCount = 1;
-    char argument[6] = "tests";
-    char* arguments[2] = {argument, nullptr};
-    QCoreApplication application{argumentCount, arguments};
     QTemporaryDir home;
     QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
     TambrelBetaLog log;

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QUrl>
+
+#include <filesystem>
+
+namespace tambrel {
+
+/// The file that a file: address names, byte by byte: file names need be no UTF-8.
+[[nodiscard]] inline std::filesystem::path localPath(const QUrl& url) {
+    return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
+}
+
+} // namespace tambrel

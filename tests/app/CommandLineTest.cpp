@@ -1,0 +1,129 @@
+#include "CommandLine.h"
+
+#include <gmock/gmock.h>
+
+#include <QByteArray>
+
+#include <string>
+#include <vector>
+
+namespace tambrel {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// The arguments as main gets them.
+class Arguments {
+public:
+    explicit Arguments(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {
+        arguments_.insert(arguments_.begin(), "tambrel");
+        for (std::string& argument : arguments_)
+            pointers_.push_back(argument.data());
+    }
+    [[nodiscard]] int count() const { return static_cast<int>(pointers_.size()); }
+    [[nodiscard]] char** values() { return pointers_.data(); }
+
+private:
+    std::vector<std::string> arguments_;
+    std::vector<char*> pointers_;
+};
+
+std::optional<CommandLine> read(std::vector<std::string> arguments, int& status) {
+    Arguments all(std::move(arguments));
+    return readCommandLine(all.count(), all.values(), status);
+}
+
+TEST(CommandLine, ReadsWhatToOpenAndHow) {
+    int status = -1;
+    const auto nothing = read({}, status);
+    ASSERT_TRUE(nothing);
+    EXPECT_THAT(nothing->files, IsEmpty());
+    EXPECT_THAT(nothing->audioDrivers, IsEmpty());
+    EXPECT_FALSE(nothing->play);
+
+    const auto all =
+        read({"--play", "--soundfont", "my bank.sf2", "--audio-driver=silent", "--screenshot", "a.png",
+              "--scale", "1.5", "--at", "2.5", "a.mid", "file:///m/my%20song.mid", "file:///m/%FF.mid"},
+             status);
+    ASSERT_TRUE(all);
+    EXPECT_TRUE(all->play);
+    EXPECT_EQ(all->soundBank, "my bank.sf2");
+    EXPECT_THAT(all->audioDrivers, ElementsAre("silent"));
+    EXPECT_EQ(all->screenshot, "a.png");
+    EXPECT_EQ(all->at, 2.5);
+    EXPECT_THAT(all->files, ElementsAre("a.mid", "/m/my song.mid", "/m/\xFF.mid"));
+    EXPECT_EQ(status, -1) << "the program goes on";
+}
+
+TEST(CommandLine, TakesBankAndDriverFromTheEnvironmentUnlessTheyAreGiven) {
+    qputenv("TAMBREL_SOUNDFONT", "other.sf2");
+    qputenv("TAMBREL_AUDIO_DRIVER", "jack");
+    int status = 0;
+    const auto fromEnvironment = read({}, status);
+    const auto given = read({"--soundfont=my.sf2", "--audio-driver=alsa"}, status);
+    qunsetenv("TAMBREL_SOUNDFONT");
+    qunsetenv("TAMBREL_AUDIO_DRIVER");
+    ASSERT_TRUE(fromEnvironment && given);
+    EXPECT_EQ(fromEnvironment->soundBank, "other.sf2");
+    EXPECT_THAT(fromEnvironment->audioDrivers, ElementsAre("jack"));
+    EXPECT_EQ(given->soundBank, "my.sf2");
+    EXPECT_THAT(given->audioDrivers, ElementsAre("alsa"));
+}
+
+TEST(CommandLine, EndsTheProgramWhenThereIsNothingToDo) {
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        int status;
+        bool asksForText;
+    } rows[] = {
+        {"help", {"--help"}, 0, true},
+        {"version", {"--version"}, 0, true},
+        {"an unknown option", {"--loud"}, 2, false},
+        {"an unknown driver", {"--audio-driver", "file"}, 2, false},
+        {"a scale without a picture", {"--scale", "2"}, 2, false},
+        {"a scale of nothing", {"--screenshot", "a.png", "--scale", "0"}, 2, false},
+        {"a playhead that is no number", {"--screenshot", "a.png", "--at", "soon"}, 2, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        int status = -1;
+        EXPECT_FALSE(read(row.arguments, status));
+        EXPECT_EQ(status, row.status);
+        EXPECT_NE(::testing::internal::GetCapturedStdout().empty(), row.status == 0);
+        EXPECT_NE(::testing::internal::GetCapturedStderr().empty(), row.status == 2);
+        Arguments arguments(row.arguments);
+        EXPECT_EQ(asksForText(arguments.count(), arguments.values()), row.asksForText);
+    }
+}
+
+TEST(CommandLine, PaintsAPictureWithoutADisplayAtItsScale) {
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        const char* platform;
+        const char* scale;
+    } rows[] = {
+        {"no picture", {"--scale", "1.5", "a.mid"}, "wanted", ""},
+        {"a picture", {"--screenshot", "a.png", "a.mid"}, "offscreen", ""},
+        {"a picture at a scale", {"--screenshot", "a.png", "--scale", "1.25"}, "offscreen", "1.25"},
+        {"joined options", {"--scale=2", "--screenshot=a.png"}, "offscreen", "2"},
+    };
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        qputenv("QT_QPA_PLATFORM", "wanted");
+        Arguments arguments(row.arguments);
+        prepareForScreenshot(arguments.count(), arguments.values());
+        EXPECT_EQ(qgetenv("QT_QPA_PLATFORM"), row.platform);
+        EXPECT_EQ(qgetenv("QT_SCALE_FACTOR"), row.scale);
+        qunsetenv("QT_SCALE_FACTOR");
+    }
+    qputenv("QT_QPA_PLATFORM", platform);
+}
+
+} // namespace
+} // namespace tambrel

@@ -1,0 +1,315 @@
+#include "ClipBuilder.h"
+#include "DrivenWindow.h"
+
+#include <algorithm>
+
+namespace tambrel {
+namespace {
+
+using testing::clipBytes;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using testing::smfBytes;
+using testing::TrackBuilder;
+using Interface = DrivenWindow::Interface;
+using Texts = std::vector<std::string>;
+
+const std::string loading = " | MainViewController.load(url:)";
+
+// A clip of one note that sounds for 96 ticks.
+const std::vector<std::uint32_t> oneNote{0xF0200000, 0, 0, 0, 0x20903C64, 0x00400060, 0x20803C00};
+
+class MainViewControllerTest : public ::testing::Test {
+protected:
+    MainViewControllerTest() { driven.emplace(script.factory()); }
+
+    [[nodiscard]] Interface shown() const { return driven->shown(); }
+    /// What the main view controller itself has logged, and what views that the user has touched have.
+    [[nodiscard]] Texts lines() {
+        auto taken = driven->recorded.settled();
+        std::erase_if(taken, [](const std::string& line) {
+            return line.find("| MIDIPlayerController.") != std::string::npos ||
+                   line.find("| TambrelPlaybackState.") != std::string::npos ||
+                   line.find("| TambrelTransportCoordinator.") != std::string::npos;
+        });
+        return taken;
+    }
+
+    static Interface loaded(const std::string& name, Interface changes = {}) {
+        changes.merge(Interface{{"fileLabel", name},
+                                {"statusLabel", "Loaded"},
+                                {"tempoLabel", "120.000 BPS"},
+                                {"keyLabel", "KEY D major"},
+                                {"tracksLabel", "2 Tracks"},
+                                {"lengthLabel", "LENGTH 00:00:10.00"},
+                                {"bars", "2 tracks, 2 lanes, at 0.000000"},
+                                {"timeline", "0.000000 of 10.000000"},
+                                {"logo", "yes"},
+                                {"gmModuleLabel", "yes"},
+                                {"drop panel loaded", "yes"},
+                                {"module loaded", "yes"}});
+        return with(std::move(changes));
+    }
+
+    TestFiles files;
+    PlayerScript script;
+    std::optional<DrivenWindow> driven;
+    const std::filesystem::path a = files.write("a.mid", smallSong());
+    const std::filesystem::path b = files.write("b.mid", smallSong(false));
+};
+
+const Interface withoutTempoAndKey{{"tempoLabel", "---.--- BPS"}, {"keyLabel", "KEY --"}};
+
+TEST_F(MainViewControllerTest, BeginsWithoutAFile) {
+    EXPECT_EQ(shown(), emptyInterface);
+    EXPECT_EQ(driven->label("titleLabel"), "TAMBREL");
+    EXPECT_EQ(driven->label("gmModuleLabel"), "GM Module");
+    EXPECT_EQ(driven->title("stopButton"), "Stop");
+    EXPECT_EQ(driven->title("rtzButton"), "RTZ");
+    EXPECT_EQ(driven->title("clearButton"), "Clear");
+    for (auto* text : driven->window->findChildren<QLabel*>())
+        EXPECT_TRUE(text->alignment() & Qt::AlignHCenter) << text->objectName().toStdString();
+    EXPECT_THAT(driven->recorded.taken(),
+                ElementsAre("Creating Tambrel root view | MainViewController.loadView",
+                            "Main controller view loaded | MainViewController.viewDidLoad",
+                            "Building controls, labels, drop target, and transport | "
+                            "MainViewController.buildInterface",
+                            "Connecting MIDI player callbacks to the interface | "
+                            "TambrelTransportCoordinator.wirePlayer"));
+}
+
+TEST_F(MainViewControllerTest, ShowsTheFactsOfALoadedFile) {
+    const auto clip = files.write("c.midi2", clipBytes(oneNote));
+    const struct {
+        const char* name;
+        std::filesystem::path file;
+        Interface shown;
+    } rows[] = {
+        {"a song with tempo and key", a, loaded("a.mid")},
+        {"a song without", b, loaded("b.mid", withoutTempoAndKey)},
+        {"a clip", clip,
+         loaded("c.midi2", {{"statusLabel", "Loaded MIDI 2.0"},
+                            {"keyLabel", "KEY --"},
+                            {"bars", "2 tracks, 1 lanes, at 0.000000"}})},
+        {"a name that is no UTF-8", files.write("\xFF.mid", smallSong()), loaded("\xEF\xBF\xBD.mid")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        driven->controller->load(row.file);
+        EXPECT_EQ(driven->label("statusLabel"), "Loading");
+        EXPECT_EQ(shown()["LED"], "yes");
+        ASSERT_TRUE(driven->waitForLoads(driven->finished.size() + 1));
+        EXPECT_EQ(shown(), row.shown);
+    }
+    EXPECT_EQ(script.alive, 1);
+    EXPECT_EQ(driven->beeps, 0);
+}
+
+TEST_F(MainViewControllerTest, LogsALoadStepByStep) {
+    static_cast<void>(driven->recorded.settled());
+    ASSERT_TRUE(driven->load(a));
+    Texts logged = driven->recorded.taken();
+    ASSERT_THAT(logged, SizeIs(9));
+    EXPECT_THAT(logged[2], HasSubstr("MIDI 2.0 companion ready for MainViewController.load(url:); bytes "));
+    logged.erase(logged.begin() + 2);
+    const std::string player = " | MIDIPlayerController.load(data:position:modeAfterLoad:)";
+    EXPECT_THAT(logged,
+                ElementsAre("Loading MIDI file a.mid" + loading,
+                            "Replacing loaded playback snapshot | TambrelPlaybackState.replaceLoadedMIDI",
+                            "Loading MIDI playback data | MIDIPlayerController.load(data:)",
+                            "Resetting AVMIDIPlayer before load" + player,
+                            "Playback state changed to idle | TambrelTransportCoordinator.updatePlaybackMode",
+                            "Loaded MIDI duration 00:00:10.00 | TambrelTransportCoordinator.player.onLoaded",
+                            "AVMIDIPlayer loaded; duration 10.0" + player,
+                            "Loaded a.mid; tracks 2; duration 00:00:10.00" + loading));
+
+    ASSERT_TRUE(driven->load(files.write("c.clip", clipBytes(oneNote))));
+    logged = lines();
+    ASSERT_THAT(logged, SizeIs(4));
+    EXPECT_EQ(logged[1], "Routed c.clip through MIDI 2.0 clip importer" + loading);
+    EXPECT_THAT(logged[2], ::testing::StartsWith("MIDI 2.0 import summary: packets 4; imported 2; "));
+    EXPECT_EQ(logged[3], "Loaded c.clip; tracks 2; duration 00:00:10.00" + loading);
+}
+
+TEST_F(MainViewControllerTest, TakesEverythingBackWhenALoadFails) {
+    const struct {
+        const char* title;
+        std::filesystem::path file;
+        const char* refusal;
+        const char* message;
+        const char* diagnosis;
+    } rows[] = {
+        {"Unreadable File", files.path("none.mid"), "", "Could not read the selected file.",
+         "Could not read none.mid: No such file or directory"},
+        {"Invalid MIDI 2.0", files.write("bad.clip", {'n', 'o'}), "", "The MIDI 2.0 clip is not playable.",
+         "Invalid MIDI 2.0 clip: "},
+        {"Invalid MIDI File", files.write("bad.mid", {'n', 'o'}), "", "The file is not valid MIDI data.",
+         "Malformed MIDI data: The file is too short to contain a Standard MIDI header."},
+        {"Unsupported Format", files.write("two.mid", smfBytes(2, 480, {TrackBuilder()})), "",
+         "MIDI format 2 is not supported.",
+         "Unsupported Standard MIDI File format 2; expected format 0 or 1."},
+        {"Playback Error", b, "no bank", "Could not prepare MIDI playback.",
+         "Could not prepare MIDI playback: no bank"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.title);
+        script.refusal.clear();
+        ASSERT_TRUE(driven->load(a));
+        driven->click("loudnessButton");
+        driven->click("playPauseButton");
+        script.position = 5;
+        driven->beeps = 0;
+        script.refusal = row.refusal;
+        static_cast<void>(lines());
+        ASSERT_TRUE(driven->load(row.file));
+        EXPECT_EQ(shown(), with({{"fileLabel", row.message}, {"statusLabel", row.title}}));
+        EXPECT_EQ(driven->beeps, 1);
+        EXPECT_EQ(script.alive, 0);
+        EXPECT_FALSE(driven->controller->playbackState().originalMIDIData());
+        EXPECT_THAT(driven->finished.back(), HasSubstr(row.diagnosis));
+        EXPECT_THAT(lines(), ElementsAre(HasSubstr("Loading MIDI file "),
+                                         "Error: " + driven->finished.back() + loading,
+                                         driven->finished.back() + loading));
+    }
+}
+
+TEST_F(MainViewControllerTest, AppliesOnlyTheNewestOfTwoLoads) {
+    driven->controller->load(a);
+    driven->controller->load(b);
+    ASSERT_TRUE(driven->waitForLoads(1)); // In turn: what became of the first has been told by then.
+    EXPECT_EQ(shown(), loaded("b.mid", withoutTempoAndKey));
+    EXPECT_THAT(script.songs, SizeIs(1));
+    EXPECT_THAT(lines(), Not(Contains(HasSubstr("Loaded a.mid"))));
+}
+
+TEST_F(MainViewControllerTest, StaysClearedWhenClearedDuringALoad) {
+    ASSERT_TRUE(driven->load(b));
+    driven->controller->load(a);
+    driven->click("clearButton");
+    EXPECT_EQ(shown(), emptyInterface);
+    EXPECT_EQ(script.alive, 0);
+    ASSERT_TRUE(driven->load(files.path("none.mid"))); // Comes after the load that was dropped.
+    EXPECT_THAT(script.songs, SizeIs(1));
+    EXPECT_THAT(driven->finished, SizeIs(2));
+    EXPECT_THAT(lines(), Not(Contains(HasSubstr("Loaded a.mid"))));
+}
+
+TEST_F(MainViewControllerTest, QuitsDuringALoad) {
+    ASSERT_TRUE(driven->load(b));
+    driven->click("playPauseButton");
+    driven->controller->load(a);
+    driven.reset();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(script.alive, 0);
+    EXPECT_THAT(script.songs, SizeIs(1));
+}
+
+TEST_F(MainViewControllerTest, PlaysOnUntilTheNextSongIsThere) {
+    ASSERT_TRUE(driven->load(b));
+    driven->click("loudnessButton");
+    driven->click("playPauseButton");
+    script.position = 5;
+    driven->controller->load(a);
+    EXPECT_EQ(driven->label("statusLabel"), "Loading");
+    EXPECT_EQ(driven->title("playPauseButton"), "Pause");
+    EXPECT_TRUE(script.playing);
+    ASSERT_TRUE(driven->waitForLoads(2));
+    EXPECT_EQ(shown(), loaded("a.mid"));
+    EXPECT_FALSE(script.playing);
+    EXPECT_EQ(script.alive, 1);
+}
+
+TEST_F(MainViewControllerTest, SaysWhyASongCannotBePlayedAfterAll) {
+    ASSERT_TRUE(driven->load(b));
+    driven->controller->load(a); // Dropped, whatever comes of it.
+    driven->controller->playbackPreparationFailed("no device");
+    ASSERT_TRUE(driven->load(files.path("none.mid")));
+    EXPECT_THAT(driven->finished,
+                ElementsAre("", "Could not prepare MIDI playback: no device", HasSubstr("none.mid")));
+    EXPECT_EQ(driven->beeps, 2);
+}
+
+TEST_F(MainViewControllerTest, CarriesOutWhatItsControlsAskFor) {
+    ASSERT_TRUE(driven->load(a));
+    driven->click("playPauseButton");
+    EXPECT_EQ(driven->title("playPauseButton"), "Pause");
+    EXPECT_FALSE(driven->view("loudnessButton").isEnabled());
+    driven->click("playPauseButton");
+    EXPECT_EQ(driven->title("playPauseButton"), "Resume");
+
+    static_cast<void>(lines());
+    driven->clickTimeline(0.75);
+    EXPECT_EQ(script.position, 7.5);
+    EXPECT_EQ(shown()["counter"], "00:00:07.50");
+    EXPECT_EQ(shown()["timeline"], "7.500000 of 10.000000");
+    EXPECT_EQ(shown()["bars"], "2 tracks, 2 lanes, at 0.750000");
+    EXPECT_THAT(lines(), ElementsAre("Timeline requested seek to 7.5 | MainViewController.timeline.onSeek",
+                                     "User Action: Moved timeline seek handle | "
+                                     "RetroTimelineView.seek(from:)"));
+    driven->click("rtzButton");
+    EXPECT_EQ(shown()["counter"], "00:00:00.00");
+    EXPECT_EQ(driven->title("playPauseButton"), "Resume");
+    driven->click("stopButton");
+    EXPECT_EQ(driven->title("playPauseButton"), "Play");
+
+    driven->click("loudnessButton");
+    EXPECT_EQ(driven->label("statusLabel"), "Loudness On");
+    EXPECT_EQ(shown()["loudness"], "Loudness On, yes");
+    driven->click("clearButton");
+    EXPECT_EQ(shown(), emptyInterface);
+    EXPECT_THAT(lines(), ElementsAre("User Action: Clicked Clear loaded MIDI button | "
+                                     "MainViewController.clearLoadedMIDI"));
+    driven->clickTimeline(0.5);
+    EXPECT_THAT(lines(), IsEmpty()) << "there is nothing to seek in";
+}
+
+TEST_F(MainViewControllerTest, LoadsWhatIsDroppedAndWhatIsChosen) {
+    static_cast<void>(lines());
+    const QUrl strange = QUrl::fromEncoded(
+        QUrl::fromLocalFile(QString::fromStdString(files.path("").string())).toEncoded() + "%FFx.mid");
+    files.write("\xFFx.mid", smallSong());
+    files.write("100% #1.mid", smallSong());
+    const struct {
+        const char* name;
+        QUrl url;
+        const char* shown;
+    } rows[] = {
+        {"a plain name", QUrl::fromLocalFile(a.c_str()), "a.mid"},
+        {"a name of special characters", QUrl::fromLocalFile(files.path("100% #1.mid").c_str()),
+         "100% #1.mid"},
+        {"a name that is no UTF-8", strange, "\xEF\xBF\xBDx.mid"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_TRUE(driven->drop(row.url));
+        ASSERT_TRUE(driven->waitForLoads(driven->finished.size() + 1));
+        EXPECT_EQ(driven->label("fileLabel"), row.shown);
+        const std::string name = row.shown;
+        EXPECT_THAT(lines(), ElementsAre("Drop panel requested load for " + name +
+                                             " | MainViewController.dropPanel.onFile",
+                                         "Loading MIDI file " + name + loading,
+                                         "User Action: Dragged file over MIDI drop panel | "
+                                         "DropTargetPanel.draggingEntered",
+                                         "User Action: Dropped MIDI-compatible file " + name +
+                                             " | DropTargetPanel.performDragOperation",
+                                         "Loaded " + name + "; tracks 2; duration 00:00:10.00" + loading));
+    }
+
+    const std::string open = " | MainViewController.openFile";
+    const std::string clicked = "User Action: Clicked Open MIDI File menu item" + open;
+    driven->controller->openFile();
+    EXPECT_THAT(lines(), ElementsAre(clicked, "Open MIDI File panel cancelled" + open));
+    driven->chosen = b;
+    driven->controller->openFile();
+    ASSERT_TRUE(driven->waitForLoads(driven->finished.size() + 1));
+    EXPECT_THAT(lines(),
+                ElementsAre(clicked, "Open panel selected b.mid" + open, "Loading MIDI file b.mid" + loading,
+                            "Loaded b.mid; tracks 2; duration 00:00:10.00" + loading));
+}
+
+} // namespace
+} // namespace tambrel

@@ -1,0 +1,266 @@
+#include "TambrelTransportCoordinator.h"
+
+#include "BlackLEDActivityView.h"
+#include "FakePlayer.h"
+#include "MIDIPlayerController.h"
+#include "MIDITrackBarsView.h"
+#include "RecordedLog.h"
+#include "RetroButton.h"
+#include "RetroLabel.h"
+#include "RetroTimelineView.h"
+#include "SMFBuilder.h"
+#include "SevenSegmentCounterView.h"
+#include "TambrelPlaybackState.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace tambrel {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::smfBytes;
+using testing::TrackBuilder;
+using Texts = std::vector<std::string>;
+
+const std::string here = " | TambrelTransportCoordinator.";
+const std::string preparing = here + "prepareSelectedPlaybackData";
+const std::string play = "User Action: Clicked Play/Pause button or menu item" + here + "playPause";
+
+class TambrelTransportCoordinatorTest : public ::testing::Test {
+protected:
+    TambrelTransportCoordinatorTest() {
+        coordinator.emplace(TransportControls{.player = player,
+                                              .playbackState = state,
+                                              .counterView = counter,
+                                              .progressLabel = progress,
+                                              .statusLabel = status,
+                                              .timeline = timeline,
+                                              .trackBarsView = bars,
+                                              .activityView = activity,
+                                              .playPauseButton = playPause,
+                                              .loudnessButton = loudness,
+                                              .beep = [this] { ++beeps; }},
+                            recorded.log);
+        coordinator->wirePlayer();
+    }
+
+    void loadSong() {
+        state.replaceLoadedMIDI(song);
+        player.load(song);
+        status.setText("Loaded");
+        static_cast<void>(recorded.taken());
+    }
+
+    /// What has been logged, but for the player's own lines.
+    [[nodiscard]] Texts lines() {
+        auto taken = recorded.taken();
+        std::erase_if(taken, [](const std::string& line) {
+            return line.find("MIDIPlayerController.") != std::string::npos;
+        });
+        return taken;
+    }
+
+    static std::string modeLine(const std::string& mode) {
+        return "Playback state changed to " + mode + here + "updatePlaybackMode";
+    }
+
+    RecordedLog recorded;
+    PlayerScript script;
+    MIDIPlayerController player{script.factory(), recorded.log};
+    TambrelPlaybackState state{recorded.log};
+    SevenSegmentCounterView counter;
+    RetroLabel progress{""}, status{""};
+    RetroTimelineView timeline{recorded.log};
+    MIDITrackBarsView bars;
+    BlackLEDActivityView activity;
+    RetroButton playPause{"", {}}, loudness{"", {}};
+    int beeps = 0;
+    std::optional<TambrelTransportCoordinator> coordinator;
+    const MIDIData song{smfBytes(0, 480, {TrackBuilder().noteOn(0, 9, 36, 64).noteOff(480, 9, 36)})};
+};
+
+TEST_F(TambrelTransportCoordinatorTest, ShowsEachModeOnTheButtonsAndTheActivityView) {
+    EXPECT_THAT(recorded.taken(),
+                ElementsAre("Connecting MIDI player callbacks to the interface" + here + "wirePlayer"));
+    loadSong();
+    const struct {
+        const char* name;
+        void (TambrelTransportCoordinator::*command)();
+        std::string mode;
+        const char* title;
+        bool isPlaying;
+    } rows[] = {
+        {"play", &TambrelTransportCoordinator::playPause, "playing", "Pause", true},
+        {"pause", &TambrelTransportCoordinator::playPause, "paused", "Resume", false},
+        {"resume", &TambrelTransportCoordinator::playPause, "playing", "Pause", true},
+        {"stop", &TambrelTransportCoordinator::stop, "idle", "Play", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ((*coordinator).*row.command)();
+        EXPECT_THAT(lines(), Contains(modeLine(row.mode)).Times(1));
+        EXPECT_EQ(playPause.text(), row.title);
+        EXPECT_EQ(activity.isAnimating(), row.isPlaying);
+        EXPECT_EQ(loudness.isEnabled(), !row.isPlaying);
+    }
+}
+
+TEST_F(TambrelTransportCoordinatorTest, LogsEveryCommandBeforeItIsCarriedOut) {
+    coordinator->playPause();
+    EXPECT_THAT(recorded.taken(),
+                ElementsAre("Connecting MIDI player callbacks to the interface" + here + "wirePlayer", play,
+                            "Preparing selected playback data" + preparing,
+                            "No MIDI data is loaded for TambrelTransportCoordinator."
+                            "prepareSelectedPlaybackData | TambrelPlaybackState.selectedSnapshot",
+                            "Toggling playback from idle | MIDIPlayerController.togglePlayPause",
+                            "Play ignored because no MIDI file is loaded | MIDIPlayerController.play"));
+    loadSong();
+    coordinator->playPause();
+    EXPECT_THAT(lines(), ElementsAre(play, "Preparing selected playback data" + preparing,
+                                     "Playback data already matches Loudness setting" + preparing,
+                                     modeLine("playing")));
+    coordinator->playPause();
+    EXPECT_THAT(lines(), ElementsAre(play, modeLine("paused")));
+    script.position = 4;
+    coordinator->rtz();
+    EXPECT_THAT(lines(), ElementsAre("User Action: Clicked RTZ button or menu item" + here + "rtz"));
+    EXPECT_EQ(player.position(), 0);
+    EXPECT_EQ(player.mode(), PlaybackMode::paused);
+    coordinator->stop();
+    EXPECT_THAT(lines(), ElementsAre("User Action: Clicked Stop button or menu item" + here + "stop",
+                                     modeLine("idle")));
+}
+
+TEST_F(TambrelTransportCoordinatorTest, ShowsProgressEverywhereAndLogsNothing) {
+    bars.setTrackCount(1);
+    static_cast<void>(recorded.taken());
+    const struct {
+        const char* name;
+        double position, duration;
+        const char* text;
+        double fraction;
+    } rows[] = {
+        {"the middle", 3599.995, 7199.99, "01:00:00.00", 0.5},
+        {"the start", 0, 60, "00:00:00.00", 0},
+        {"100 hours", 360'000, 360'000, "100:00:00.00", 1},
+        {"a song of no length", 3, 0, "00:00:03.00", 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        player.onProgress(row.position, row.duration);
+        EXPECT_EQ(counter.text().toStdString(), row.text);
+        EXPECT_EQ(progress.text().toStdString(), std::string("PROGRESS ") + row.text);
+        EXPECT_EQ(timeline.position(), row.position);
+        EXPECT_EQ(timeline.duration(), row.duration);
+        EXPECT_EQ(bars.progress(), row.fraction);
+    }
+    EXPECT_THAT(recorded.taken(), IsEmpty());
+}
+
+TEST_F(TambrelTransportCoordinatorTest, LetsThePlayerOutliveIt) {
+    const std::string loadedLine = "Loaded MIDI duration 00:01:02.50" + here + "player.onLoaded";
+    player.onLoaded(62.5);
+    EXPECT_EQ(timeline.duration(), 62.5);
+    EXPECT_THAT(recorded.taken(), Contains(loadedLine));
+    coordinator.reset();
+    timeline.setDuration(0);
+    playPause.setText("as it was");
+    player.onLoaded(62.5);
+    player.onProgress(1, 2);
+    player.onStateChange(PlaybackMode::paused);
+    EXPECT_THAT(recorded.taken(), ElementsAre(loadedLine));
+    EXPECT_EQ(timeline.duration(), 0);
+    EXPECT_EQ(playPause.text(), "as it was");
+}
+
+TEST_F(TambrelTransportCoordinatorTest, SwapsTheSongForItsLoudVariantWhenPlaybackStarts) {
+    loadSong();
+    coordinator->playPause();
+    coordinator->playPause();
+    script.position = 4;
+    static_cast<void>(recorded.taken());
+
+    coordinator->toggleLoudness();
+    EXPECT_THAT(recorded.taken(), ElementsAre("User Action: Enabled Loudness" + here + "toggleLoudness"));
+    EXPECT_EQ(loudness.text(), "Loudness On");
+    EXPECT_EQ(status.text(), "Loudness On");
+    EXPECT_EQ(script.songs.size(), 1U) << "until Play";
+
+    status.setText("something else");
+    coordinator->playPause();
+    EXPECT_EQ(status.text(), "Loudness On");
+    ASSERT_EQ(script.songs.size(), 2U);
+    EXPECT_FALSE(script.songs.back().sharesBytesWith(song));
+    EXPECT_EQ(player.mode(), PlaybackMode::playing);
+    EXPECT_EQ(player.position(), 4);
+    const std::string caller = "TambrelTransportCoordinator.prepareSelectedPlaybackData";
+    EXPECT_THAT(lines(),
+                ElementsAre(play, "Preparing selected playback data" + preparing,
+                            "Generating loudness-processed MIDI data for " + caller +
+                                " | TambrelPlaybackState.selectedSnapshot",
+                            modeLine("idle"), "Loaded MIDI duration 00:00:10.00" + here + "player.onLoaded",
+                            "Playback snapshot is now loud | TambrelPlaybackState.markPlaybackLoaded",
+                            "Generating MIDI 2.0 clip companion for " + caller +
+                                " | TambrelPlaybackState.prepareMIDI2ClipCompanion",
+                            ::testing::StartsWith("MIDI 2.0 companion ready; bytes "),
+                            "Reloaded playback data at 00:00:04.00" + preparing, modeLine("playing")));
+
+    coordinator->stop();
+    coordinator->toggleLoudness();
+    EXPECT_EQ(loudness.text(), "Loudness");
+    EXPECT_EQ(status.text(), "Loaded");
+    EXPECT_THAT(lines(), Contains("User Action: Disabled Loudness" + here + "toggleLoudness"));
+    coordinator->playPause();
+    EXPECT_TRUE(script.songs.back().sharesBytesWith(song));
+    EXPECT_EQ(status.text(), "Loaded");
+}
+
+TEST_F(TambrelTransportCoordinatorTest, ReloadsNothingWhenLoudnessIsBackWhereItWas) {
+    loadSong();
+    coordinator->toggleLoudness();
+    coordinator->toggleLoudness();
+    coordinator->playPause();
+    EXPECT_EQ(script.songs.size(), 1U);
+    EXPECT_THAT(lines(), Contains("Playback data already matches Loudness setting" + preparing));
+}
+
+TEST_F(TambrelTransportCoordinatorTest, PlaysTheOldVariantWhenTheLoudOneCannotBePlayed) {
+    loadSong();
+    coordinator->toggleLoudness();
+    script.refusal = "no bank";
+    static_cast<void>(recorded.taken());
+    const auto refused = [&] { return Contains("Error: no bank" + preparing).Times(1); };
+    coordinator->playPause();
+    const Texts first = lines();
+    EXPECT_THAT(first, refused());
+    EXPECT_THAT(first, Contains("Could not prepare MIDI playback: no bank" + preparing));
+    EXPECT_EQ(status.text(), "Playback Error");
+    EXPECT_EQ(beeps, 1);
+    EXPECT_EQ(player.mode(), PlaybackMode::playing);
+    EXPECT_TRUE(state.loudnessEnabled());
+    EXPECT_FALSE(state.loadedPlaybackIsLoud());
+
+    coordinator->stop();
+    script.refusal.clear();
+    coordinator->playPause();
+    EXPECT_TRUE(state.loadedPlaybackIsLoud()) << "the next Play tries again";
+    EXPECT_EQ(status.text(), "Loudness On");
+    EXPECT_EQ(beeps, 1);
+}
+
+TEST_F(TambrelTransportCoordinatorTest, FlipsLoudnessWithoutASong) {
+    coordinator->toggleLoudness();
+    EXPECT_EQ(loudness.text(), "Loudness On");
+    EXPECT_EQ(status.text(), "Loudness On");
+    EXPECT_TRUE(state.loudnessEnabled());
+    state.reset();
+    coordinator->updateLoudnessButton();
+    EXPECT_EQ(loudness.text(), "Loudness");
+}
+
+} // namespace
+} // namespace tambrel
