@@ -111,9 +111,9 @@ void MainViewController::buildInterface() {
     fileLabel_->setOverflow(RetroLabelOverflow::shrinkThenTruncate);
     counterView_ = addView<SevenSegmentCounterView>(this, "counterView", Layout::counter);
     moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
+    makeAccessible<QSvgWidget, AccessibleView<QAccessible::Graphic>>();
     logoView_ = addView<QSvgWidget>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
     logoView_->setAccessibleName("MIDI logo");
-    makeAccessible<QSvgWidget, AccessibleView<QAccessible::Graphic>>();
     buildLabels();
     timeline_ = new RetroTimelineView(log_, this);
     timeline_->setObjectName("timeline");

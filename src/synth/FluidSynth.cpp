@@ -24,6 +24,46 @@ extern "C" void GOMP_parallel(void (*region)(void*), void* data, unsigned thread
 namespace tambrel {
 namespace {
 
+// clang-format off
+// What is used of the library, and of ALSA, which the library brings with it.
+#define EACH_FUNCTION(FUNCTION) \
+    FUNCTION(delete_fluid_audio_driver) FUNCTION(delete_fluid_settings) FUNCTION(delete_fluid_synth) \
+    FUNCTION(fluid_audio_driver_register) FUNCTION(fluid_preset_get_banknum) \
+    FUNCTION(fluid_preset_get_num) FUNCTION(fluid_set_log_function) FUNCTION(fluid_settings_setint) \
+    FUNCTION(fluid_settings_setnum) FUNCTION(fluid_settings_setstr) FUNCTION(fluid_synth_all_notes_off) \
+    FUNCTION(fluid_synth_all_sounds_off) FUNCTION(fluid_synth_bank_select) FUNCTION(fluid_synth_cc) \
+    FUNCTION(fluid_synth_channel_pressure) FUNCTION(fluid_synth_get_active_voice_count) \
+    FUNCTION(fluid_synth_get_basic_channel) FUNCTION(fluid_synth_get_cc) \
+    FUNCTION(fluid_synth_get_channel_preset) FUNCTION(fluid_synth_get_gen) \
+    FUNCTION(fluid_synth_get_pitch_bend) FUNCTION(fluid_synth_get_pitch_wheel_sens) \
+    FUNCTION(fluid_synth_get_program) FUNCTION(fluid_synth_key_pressure) FUNCTION(fluid_synth_noteoff) \
+    FUNCTION(fluid_synth_noteon) FUNCTION(fluid_synth_pitch_bend) FUNCTION(fluid_synth_program_change) \
+    FUNCTION(fluid_synth_reset_basic_channel) FUNCTION(fluid_synth_set_basic_channel) \
+    FUNCTION(fluid_synth_set_channel_type) FUNCTION(fluid_synth_set_gain) FUNCTION(fluid_synth_sfload) \
+    FUNCTION(fluid_synth_sysex) FUNCTION(fluid_synth_system_reset) FUNCTION(fluid_synth_write_float) \
+    FUNCTION(new_fluid_audio_driver2) FUNCTION(new_fluid_settings) FUNCTION(new_fluid_synth) \
+    FUNCTION(snd_lib_error_set_handler)
+// clang-format on
+
+// The library is loaded when the first synthesizer or driver is made, off the main thread: what it brings
+// with it takes longer to load than the rest of the program. A member is a function of the library, by its
+// own name.
+class Library {
+    void* handle_ = dlopen("libfluidsynth.so.3", RTLD_NOW | RTLD_GLOBAL);
+
+public:
+    [[nodiscard]] bool isLoaded() const { return handle_ != nullptr; }
+
+#define FIND(name) decltype(&::name) name = reinterpret_cast<decltype(&::name)>(dlsym(handle_, #name));
+    EACH_FUNCTION(FIND)
+#undef FIND
+};
+
+const Library& library() {
+    static const Library loaded; // Never unloaded.
+    return loaded;
+}
+
 // Measured so that the loudest of the songs in openttd-openmsx and planetblupi-music-midi stays below full
 // scale with the bank TimGM6mb, and the softest is well heard.
 constexpr double synthesizerGain = 0.22;
@@ -63,28 +103,29 @@ private:
 };
 
 struct SettingsDeleter {
-    void operator()(fluid_settings_t* settings) const { delete_fluid_settings(settings); }
+    void operator()(fluid_settings_t* settings) const { library().delete_fluid_settings(settings); }
 };
 struct SynthDeleter {
-    void operator()(fluid_synth_t* synth) const { delete_fluid_synth(synth); }
+    void operator()(fluid_synth_t* synth) const { library().delete_fluid_synth(synth); }
 };
 struct DriverDeleter {
-    void operator()(fluid_audio_driver_t* driver) const { delete_fluid_audio_driver(driver); }
+    void operator()(fluid_audio_driver_t* driver) const { library().delete_fluid_audio_driver(driver); }
 };
 using Settings = std::unique_ptr<fluid_settings_t, SettingsDeleter>;
 
 Settings makeSettings(double sampleRate) {
     static const bool libraryIsReady = [] {
         for (const int level : {FLUID_PANIC, FLUID_ERR, FLUID_WARN, FLUID_INFO, FLUID_DBG})
-            fluid_set_log_function(level, gatherMessage, nullptr);
+            library().fluid_set_log_function(level, gatherMessage, nullptr);
         static const char* drivers[] = {"pulseaudio", "alsa", "jack", nullptr};
-        fluid_audio_driver_register(drivers);
-        snd_lib_error_set_handler(ignoreALSAMessage); // It would write to standard error.
+        library().fluid_audio_driver_register(drivers);
+        if (library().snd_lib_error_set_handler != nullptr)
+            library().snd_lib_error_set_handler(ignoreALSAMessage); // It would write to standard error.
         return true;
     }();
     static_cast<void>(libraryIsReady);
-    Settings settings(new_fluid_settings());
-    fluid_settings_setnum(settings.get(), "synth.sample-rate", sampleRate);
+    Settings settings(library().new_fluid_settings());
+    library().fluid_settings_setnum(settings.get(), "synth.sample-rate", sampleRate);
     return settings;
 }
 
@@ -96,13 +137,15 @@ struct Synthesizer::Handles {
 };
 
 Synthesizer::Synthesizer(double sampleRate) : handles_(std::make_unique<Handles>()) {
+    if (!library().isLoaded())
+        throw SoundBankError("The synthesizer library libfluidsynth.so.3 could not be loaded.");
     handles_->settings = makeSettings(sampleRate);
     fluid_settings_t* settings = handles_->settings.get();
-    fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
-    fluid_settings_setint(settings, "synth.device-id", deviceNumber);
-    fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
-    fluid_settings_setint(settings, "synth.lock-memory", 0);
-    handles_->synth.reset(new_fluid_synth(settings));
+    library().fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
+    library().fluid_settings_setint(settings, "synth.device-id", deviceNumber);
+    library().fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
+    library().fluid_settings_setint(settings, "synth.lock-memory", 0);
+    handles_->synth.reset(library().new_fluid_synth(settings));
     reset();
 }
 
@@ -111,7 +154,7 @@ Synthesizer::~Synthesizer() = default;
 void Synthesizer::loadSoundBank(const std::filesystem::path& bank) {
     MessageGatherer messages;
     constexpr int resetPresets = 1;
-    if (fluid_synth_sfload(handles_->synth.get(), bank.c_str(), resetPresets) == FLUID_FAILED)
+    if (library().fluid_synth_sfload(handles_->synth.get(), bank.c_str(), resetPresets) == FLUID_FAILED)
         throw SoundBankError("The sound bank " + bank.string() + " could not be loaded: " +
                              (messages.text().empty() ? "it is no SoundFont file" : messages.text()) + ".");
 }
@@ -121,25 +164,25 @@ void Synthesizer::send(MIDIMessage message) noexcept {
     const int channel = MIDIStatus::channel(message.status);
     switch (MIDIStatus::kind(message.status)) {
     case MIDIStatus::noteOff:
-        fluid_synth_noteoff(synth, channel, message.data1);
+        library().fluid_synth_noteoff(synth, channel, message.data1);
         break;
     case MIDIStatus::noteOn:
-        fluid_synth_noteon(synth, channel, message.data1, message.data2);
+        library().fluid_synth_noteon(synth, channel, message.data1, message.data2);
         break;
     case MIDIStatus::polyphonicPressure:
-        fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
+        library().fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
         break;
     case MIDIStatus::controlChange:
         sendController(channel, message.data1, message.data2);
         break;
     case MIDIStatus::programChange:
-        fluid_synth_program_change(synth, channel, message.data1);
+        library().fluid_synth_program_change(synth, channel, message.data1);
         break;
     case MIDIStatus::channelPressure:
-        fluid_synth_channel_pressure(synth, channel, message.data1);
+        library().fluid_synth_channel_pressure(synth, channel, message.data1);
         break;
     case MIDIStatus::pitchBend:
-        fluid_synth_pitch_bend(synth, channel, message.data1 | message.data2 << 7);
+        library().fluid_synth_pitch_bend(synth, channel, message.data1 | message.data2 << 7);
         break;
     default:
         sendSystem(message);
@@ -155,7 +198,7 @@ void Synthesizer::sendController(int channel, std::uint8_t number, std::uint8_t 
         value = nullParameter;
     if (number >= Controller::omniOff)
         value = 0; // Each channel is a group of its own, which a larger number of voices would overlap.
-    fluid_synth_cc(handles_->synth.get(), channel, number, value);
+    library().fluid_synth_cc(handles_->synth.get(), channel, number, value);
 }
 
 void Synthesizer::sendSystem(MIDIMessage message) noexcept {
@@ -169,17 +212,18 @@ void Synthesizer::sendSystem(MIDIMessage message) noexcept {
     case SystemMessage::masterVolume: {
         constexpr float fullVolume = 16383;
         const float volume = static_cast<float>(message.data2 | message.data3 << 7) / fullVolume;
-        fluid_synth_set_gain(synth,
-                             static_cast<float>(synthesizerGain) * volume * volume); // RP-024: 40 log10
+        library().fluid_synth_set_gain(synth,
+                                       static_cast<float>(synthesizerGain) * volume *
+                                           volume); // RP-024: 40 log10
         break;
     }
     case SystemMessage::rhythmPart: {
         const bool isMelodic = message.data3 == 0;
         constexpr int drumBank = 128;
-        fluid_synth_set_channel_type(synth, message.data2,
-                                     isMelodic ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
-        fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
-        fluid_synth_program_change(synth, message.data2, 0);
+        library().fluid_synth_set_channel_type(synth, message.data2,
+                                               isMelodic ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+        library().fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
+        library().fluid_synth_program_change(synth, message.data2, 0);
         break;
     }
     case SystemMessage::none:
@@ -199,8 +243,8 @@ void Synthesizer::resetTo(SystemMessage standard) noexcept {
     static constexpr unsigned char xgOn[] = {0x43, deviceNumber, 0x4C, 0x00, 0x00, 0x7E, 0x00};
     fluid_synth_t* synth = handles_->synth.get();
     const auto pass = [synth](const auto& bytes) {
-        fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr, nullptr,
-                          nullptr, 0);
+        library().fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr,
+                                    nullptr, nullptr, 0);
     };
     silence();
     if (standard == SystemMessage::gmReset)
@@ -211,10 +255,10 @@ void Synthesizer::resetTo(SystemMessage standard) noexcept {
         pass(gsReset);
     // By default all channels are one group, and an Omni Off on the first switches off the others.
     constexpr int allGroups = -1;
-    fluid_synth_reset_basic_channel(synth, allGroups);
+    library().fluid_synth_reset_basic_channel(synth, allGroups);
     for (int channel = 0; channel < channelCount; ++channel)
-        fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
-    fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+        library().fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
+    library().fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
 }
 
 // The library revives a note that is told to end at once and then, before the next block, to be released,
@@ -224,46 +268,47 @@ void Synthesizer::silence() noexcept {
     constexpr int allChannels = -1;
     std::array<float, synthesizerBlock> left;
     std::array<float, synthesizerBlock> right;
-    fluid_synth_all_sounds_off(handles_->synth.get(), allChannels);
+    library().fluid_synth_all_sounds_off(handles_->synth.get(), allChannels);
     render(left.data(), right.data(), synthesizerBlock);
-    fluid_synth_system_reset(handles_->synth.get());
+    library().fluid_synth_system_reset(handles_->synth.get());
     render(left.data(), right.data(), synthesizerBlock);
 }
 
 void Synthesizer::releaseNotes() noexcept {
     fluid_synth_t* synth = handles_->synth.get();
     for (int channel = 0; channel < channelCount; ++channel) {
-        fluid_synth_cc(synth, channel, Controller::sustain, 0);
-        fluid_synth_cc(synth, channel, Controller::sostenuto, 0);
+        library().fluid_synth_cc(synth, channel, Controller::sustain, 0);
+        library().fluid_synth_cc(synth, channel, Controller::sostenuto, 0);
     }
     constexpr int allChannels = -1;
-    fluid_synth_all_notes_off(synth, allChannels);
+    library().fluid_synth_all_notes_off(synth, allChannels);
 }
 
 void Synthesizer::render(float* left, float* right, int frames) noexcept {
-    fluid_synth_write_float(handles_->synth.get(), frames, left, 0, 1, right, 0, 1);
+    library().fluid_synth_write_float(handles_->synth.get(), frames, left, 0, 1, right, 0, 1);
 }
 
 int Synthesizer::activeVoices() const noexcept {
-    return fluid_synth_get_active_voice_count(handles_->synth.get());
+    return library().fluid_synth_get_active_voice_count(handles_->synth.get());
 }
 
 ChannelReading Synthesizer::channel(int number) const {
     fluid_synth_t* synth = handles_->synth.get();
     ChannelReading reading;
     for (std::size_t controller = 0; controller < reading.controllers.size(); ++controller)
-        fluid_synth_get_cc(synth, number, static_cast<int>(controller), &reading.controllers[controller]);
+        library().fluid_synth_get_cc(synth, number, static_cast<int>(controller),
+                                     &reading.controllers[controller]);
     for (int generator = 0; generator < GEN_LAST; ++generator)
-        reading.generators.push_back(fluid_synth_get_gen(synth, number, generator));
+        reading.generators.push_back(library().fluid_synth_get_gen(synth, number, generator));
     int bankNumber = 0;
-    fluid_synth_get_program(synth, number, &bankNumber, &reading.bank, &reading.program);
-    if (fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, number)) {
-        reading.presetBank = fluid_preset_get_banknum(preset);
-        reading.presetProgram = fluid_preset_get_num(preset);
+    library().fluid_synth_get_program(synth, number, &bankNumber, &reading.bank, &reading.program);
+    if (fluid_preset_t* preset = library().fluid_synth_get_channel_preset(synth, number)) {
+        reading.presetBank = library().fluid_preset_get_banknum(preset);
+        reading.presetProgram = library().fluid_preset_get_num(preset);
     }
-    fluid_synth_get_pitch_bend(synth, number, &reading.pitchBend);
-    fluid_synth_get_pitch_wheel_sens(synth, number, &reading.bendRange);
-    fluid_synth_get_basic_channel(synth, number, nullptr, &reading.mode, nullptr);
+    library().fluid_synth_get_pitch_bend(synth, number, &reading.pitchBend);
+    library().fluid_synth_get_pitch_wheel_sens(synth, number, &reading.bendRange);
+    library().fluid_synth_get_basic_channel(synth, number, nullptr, &reading.mode, nullptr);
     return reading;
 }
 
@@ -274,11 +319,11 @@ public:
     FluidAudioDriver(const std::string& name, double sampleRate, AudioSource& source)
         : name_(name), settings_(makeSettings(sampleRate)), source_(source) {
         MessageGatherer messages;
-        fluid_settings_setstr(settings_.get(), "audio.driver", name.c_str());
-        fluid_settings_setint(settings_.get(), "audio.period-size", framesPerPeriod);
-        fluid_settings_setint(settings_.get(), "audio.periods", periods);
-        fluid_settings_setstr(settings_.get(), "audio.jack.id", "Tambrel");
-        driver_.reset(new_fluid_audio_driver2(settings_.get(), callback, this));
+        library().fluid_settings_setstr(settings_.get(), "audio.driver", name.c_str());
+        library().fluid_settings_setint(settings_.get(), "audio.period-size", framesPerPeriod);
+        library().fluid_settings_setint(settings_.get(), "audio.periods", periods);
+        library().fluid_settings_setstr(settings_.get(), "audio.jack.id", "Tambrel");
+        driver_.reset(library().new_fluid_audio_driver2(settings_.get(), callback, this));
         if (!driver_)
             throw AudioDriverError(name + ": " +
                                    (messages.text().empty() ? "not available" : messages.text()));
@@ -308,6 +353,16 @@ std::vector<std::string> defaultAudioDrivers() {
     return {"pulseaudio", "alsa", "jack"};
 }
 
+namespace {
+
+std::string withoutFullStop(std::string text) {
+    while (text.ends_with('.'))
+        text.pop_back();
+    return text;
+}
+
+} // namespace
+
 std::unique_ptr<AudioDriver> openAudioDriver(const std::vector<std::string>& names, double sampleRate,
                                              AudioSource& source) {
     std::string answers;
@@ -317,7 +372,7 @@ std::unique_ptr<AudioDriver> openAudioDriver(const std::vector<std::string>& nam
         try {
             return std::make_unique<FluidAudioDriver>(name, sampleRate, source);
         } catch (const AudioDriverError& error) {
-            answers += (answers.empty() ? "" : "; ") + std::string(error.what());
+            answers += (answers.empty() ? "" : "; ") + withoutFullStop(error.what());
         }
     }
     throw AudioDriverError("No sound output could be opened. Tried " + answers + ".");

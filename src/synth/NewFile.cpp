@@ -27,13 +27,15 @@ mode_t usualMode() {
 } // namespace
 
 NewFile::NewFile(std::filesystem::path wanted)
-    : wanted_(std::move(wanted)),
-      temporary_(wanted_.native() + ".XXXXXX"),
-      descriptor_(mkostemp(temporary_.data(), O_CLOEXEC)) {
-    if (descriptor_ < 0) {
-        temporary_.clear();
+    : wanted_(std::move(wanted)), temporary_(wanted_.native() + ".XXXXXX") {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(wanted_, ignored))
+        throw std::system_error(EISDIR, std::generic_category());
+    if (std::filesystem::exists(wanted_, ignored) && !std::filesystem::is_regular_file(wanted_, ignored))
+        throw std::system_error(ENODEV, std::generic_category()); // A device must not be renamed away.
+    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor_ < 0)
         fail();
-    }
 }
 
 NewFile::~NewFile() {

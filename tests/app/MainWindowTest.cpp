@@ -29,11 +29,11 @@ TEST_F(MainWindowTest, TellsAssistiveSoftwareWhatEverythingIs) {
     } rows[] = {
         {"titleLabel", "TAMBREL", QAccessible::StaticText},
         {"statusLabel", "Loaded", QAccessible::StaticText},
-        {"activityView", "Activity", QAccessible::Indicator},
+        {"activityView", "Activity", QAccessible::Graphic},
         {"dropPanel", "MIDI file drop area", QAccessible::Grouping},
         {"fileLabel", "a.mid", QAccessible::StaticText},
         {"counterView", "00:00:00.00", QAccessible::StaticText},
-        {"moduleZone", "Sound module", QAccessible::Indicator},
+        {"moduleZone", "Sound module", QAccessible::Graphic},
         {"logoView", "MIDI logo", QAccessible::Graphic},
         {"gmModuleLabel", "GM Module", QAccessible::StaticText},
         {"tempoLabel", "120.000 BPS", QAccessible::StaticText},
