@@ -1,11 +1,14 @@
 #pragma once
 
-#include <QMetaObject>
+#include "WorkQueue.h"
+
 #include <QObject>
+#include <QSocketNotifier>
 #include <QThread>
-#include <QThreadPool>
 
 #include <cassert>
+#include <memory>
+#include <thread>
 #include <utility>
 
 namespace tambrel {
@@ -15,26 +18,58 @@ namespace tambrel {
 /// every job; a result that has not been delivered by then never is.
 class SerialExecutor {
 public:
-    SerialExecutor() { pool_.setMaxThreadCount(1); }
+    SerialExecutor() {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { results_.receive()->run(); });
+    }
+    ~SerialExecutor() {
+        run([this] { isEnding_ = true; });
+        thread_.join();
+    }
+    SerialExecutor(const SerialExecutor&) = delete;
+    SerialExecutor& operator=(const SerialExecutor&) = delete;
 
     template<class Job>
     void run(Job job) {
-        assert(QThread::currentThread() == context_.thread());
-        pool_.start(std::move(job));
+        assert(QThread::currentThread() == notifier_.thread());
+        jobs_.send(work(std::move(job)));
     }
 
     /// Calls `then` with what `job` returned.
     template<class Job, class Then>
     void run(Job job, Then then) {
         run([this, job = std::move(job), then = std::move(then)]() mutable {
-            auto deliver = [then = std::move(then), result = job()]() mutable { then(std::move(result)); };
-            QMetaObject::invokeMethod(&context_, std::move(deliver), Qt::QueuedConnection);
+            results_.send(
+                work([then = std::move(then), result = job()]() mutable { then(std::move(result)); }));
         });
     }
 
 private:
-    QObject context_;
-    QThreadPool pool_; // Destroyed first, which waits: a job may need the context until its end.
+    // Not a std::function, which would have to be copied, what it holds included.
+    template<class Callable>
+    class CallableWork final : public WorkQueue::Work {
+    public:
+        explicit CallableWork(Callable callable) : callable_(std::move(callable)) {}
+        void run() override { callable_(); }
+
+    private:
+        Callable callable_;
+    };
+
+    template<class Callable>
+    static std::unique_ptr<WorkQueue::Work> work(Callable callable) {
+        return std::make_unique<CallableWork<Callable>>(std::move(callable));
+    }
+
+    void runJobs() {
+        while (!isEnding_)
+            jobs_.receive()->run();
+    }
+
+    WorkQueue jobs_;
+    WorkQueue results_;
+    bool isEnding_ = false; // The last job's word to its own thread.
+    QSocketNotifier notifier_{results_.descriptor(), QSocketNotifier::Read};
+    std::thread thread_{[this] { runJobs(); }}; // Last: it uses all of the above.
 };
 
 } // namespace tambrel

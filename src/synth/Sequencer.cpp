@@ -97,6 +97,7 @@ bool Sequencer::collect() {
 // --- Rendering side ---
 
 void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
+    synthesizer_ = handedOver_.load(std::memory_order_acquire);
     if (synthesizer_ != nullptr)
         takeOrder();
     while (frames > 0) {

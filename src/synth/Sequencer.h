@@ -22,8 +22,10 @@ public:
     Sequencer(const Sequencer&) = delete;
     Sequencer& operator=(const Sequencer&) = delete;
 
-    /// Before the first `renderAudio`; not owned.
-    void setSynthesizer(Synthesizer& synthesizer) { synthesizer_ = &synthesizer; }
+    /// Once, from any thread; not owned. Until then rendering gives silence and orders wait.
+    void setSynthesizer(Synthesizer& synthesizer) {
+        handedOver_.store(&synthesizer, std::memory_order_release);
+    }
     [[nodiscard]] double sampleRate() const { return sampleRate_; }
 
     // --- Control side ---
@@ -70,7 +72,6 @@ private:
     void fade(float* left, float* right, int frames) noexcept;
 
     const double sampleRate_;
-    Synthesizer* synthesizer_ = nullptr;
 
     // Control side.
     std::uint64_t lastSerial_ = 0;
@@ -79,6 +80,7 @@ private:
     std::size_t ordersOut_ = 0;            // Sent and not yet freed.
 
     // Hand-over.
+    std::atomic<Synthesizer*> handedOver_{nullptr};
     std::atomic<Order*> incoming_{nullptr};
     std::atomic<Order*> retired_{nullptr}; // A list through Order::next.
     std::atomic<std::uint64_t> serial_{0}; // Of the order being carried out.
@@ -87,6 +89,7 @@ private:
     std::atomic<bool> soundless_{true};
 
     // Rendering side.
+    Synthesizer* synthesizer_ = nullptr;
     Phase phase_ = Phase::silent;
     Order* current_ = nullptr;
     Order* waiting_ = nullptr;

@@ -20,14 +20,14 @@ namespace {
 thread_local bool isCounting = false;
 thread_local int calls = 0;
 
-void count() {
+} // namespace
+
+#ifndef TAMBREL_SANITIZED
+static void count() {
     if (isCounting)
         ++calls;
 }
 
-} // namespace
-
-#ifndef TAMBREL_SANITIZED
 // In place of the C library's, for the whole program, its shared libraries included.
 extern "C" {
 void* __libc_malloc(std::size_t);                // NOLINT(bugprone-reserved-identifier)
