@@ -46,6 +46,9 @@ public:
     /// The bank in use, or the one that is being loaded; empty before.
     [[nodiscard]] const std::filesystem::path& soundBank() const { return soundBank_; }
 
+    /// True while no song plays, no note rings out and none is about to.
+    [[nodiscard]] bool isSilent() const { return sequencer_.isSilent(); }
+
     /// Hands over the timeline of a song that will be asked for next, so that making its player takes no
     /// time. Kept until another one comes.
     void adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline);
