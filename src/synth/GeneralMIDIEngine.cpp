@@ -172,10 +172,11 @@ void GeneralMIDIEngine::keepHouse() {
 }
 
 void GeneralMIDIEngine::watchSong() {
-    if (playing_ == nullptr)
-        return;
-    lastUse_ = Clock::now();
-    if (sequencer_.hasFinished())
+    const bool isRinging =
+        output_->state() == AudioOutput::State::open && sequencer_.hasFinished() && !sequencer_.isSilent();
+    if (playing_ != nullptr || isRinging)
+        lastUse_ = Clock::now();
+    if (playing_ != nullptr && sequencer_.hasFinished())
         playing_->complete();
 }
 
@@ -222,7 +223,7 @@ void GeneralMIDIEngine::releaseWhenIdle() {
         outputWasLost_ = false;
         output_->close();
     }
-    if (!output_->isClosed() || isLoadingSoundBank())
+    if (playing_ != nullptr || !output_->isClosed() || isLoadingSoundBank())
         return;
     if (bankState_.load(std::memory_order_acquire) == BankState::ready)
         silenceWithoutDevice();
