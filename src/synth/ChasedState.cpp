@@ -60,7 +60,7 @@ void ChasedState::applySystem(MIDIMessage message) {
     case SystemMessage::gmReset:
     case SystemMessage::gsReset:
     case SystemMessage::xgReset:
-        *this = ChasedState{};
+        reset();
         reset_ = message;
         break;
     case SystemMessage::masterVolume:
@@ -72,6 +72,17 @@ void ChasedState::applySystem(MIDIMessage message) {
         break;
     case SystemMessage::none:
         break;
+    }
+}
+
+// Copies fresh values into place: there are songs that send resets by the thousand.
+void ChasedState::reset() {
+    masterVolume_ = {};
+    rhythmMaps_ = unsetValues<channelCount>();
+    for (Channel& channel : channels_) {
+        static_cast<ChannelSettings&>(channel) = {};
+        channel.controllers = channel.keyPressure = unsetValues();
+        channel.parameters.clear();
     }
 }
 

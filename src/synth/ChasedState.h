@@ -25,8 +25,9 @@ private:
     static constexpr std::size_t valueCount = 128;
     using Values = std::array<std::uint8_t, valueCount>;
 
-    static constexpr Values unsetValues() {
-        Values values{};
+    template<std::size_t count = valueCount>
+    static constexpr std::array<std::uint8_t, count> unsetValues() {
+        std::array<std::uint8_t, count> values{};
         values.fill(unset);
         return values;
     }
@@ -38,9 +39,7 @@ private:
         std::uint8_t valueMSB, valueLSB; // The low half is the one that stood when the high half came.
     };
 
-    struct Channel {
-        Values controllers = unsetValues();
-        Values keyPressure = unsetValues();
+    struct ChannelSettings {
         std::uint8_t program = unset;
         std::uint8_t programBankMSB = unset; // Bank select in force when the program came.
         std::uint8_t programBankLSB = unset;
@@ -51,10 +50,15 @@ private:
         std::uint8_t polyMode = unset; // Controller 126 or 127.
         std::uint8_t monoVoices = 0;
         bool registeredIsSelected = true;
+    };
+    struct Channel : ChannelSettings {
+        Values controllers = unsetValues();
+        Values keyPressure = unsetValues();
         std::vector<Parameter> parameters; // In the order of their latest values.
     };
 
     void applySystem(MIDIMessage message);
+    void reset();
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
     static void resetControllers(Channel& channel);
     static void enterData(Channel& channel, std::uint8_t value);
@@ -65,9 +69,7 @@ private:
 
     MIDIMessage reset_;
     MIDIMessage masterVolume_;
-    std::array<std::uint8_t, channelCount> rhythmMaps_{unset, unset, unset, unset, unset, unset,
-                                                       unset, unset, unset, unset, unset, unset,
-                                                       unset, unset, unset, unset};
+    std::array<std::uint8_t, channelCount> rhythmMaps_ = unsetValues<channelCount>();
     std::array<Channel, channelCount> channels_;
 };
 
