@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 
 namespace tambrel {
 
@@ -49,15 +50,6 @@ public:
         position_ += 4;
     }
 
-    /// Two words, for the price of little more than one.
-    void appendU32(std::uint32_t first, std::uint32_t second) {
-        makeRoom(8);
-        std::uint8_t* const at = position_;
-        position_ += 8;
-        write(first, at);
-        write(second, at + 4);
-    }
-
     /// A variable-length quantity of up to 5 bytes, as `SMFByteCodec::appendVarLen` writes it.
     void appendVarLen(std::uint32_t value) {
         makeRoom(5);
@@ -70,6 +62,16 @@ public:
         }
         *at++ = value & 0x7F;
         position_ = at;
+    }
+
+    /// Free memory behind what is written, `atLeast` bytes of it; `commit` then takes in what was put there.
+    [[nodiscard]] std::span<std::uint8_t> room(std::size_t atLeast) {
+        makeRoom(atLeast);
+        return {position_, end_};
+    }
+    void commit(std::size_t bytes) {
+        assert(bytes <= static_cast<std::size_t>(end_ - position_));
+        position_ += bytes;
     }
 
     /// Replaces 4 bytes written before.
