@@ -89,19 +89,19 @@ void writeConductor(Bytes& file, Dice& dice) {
 }
 
 // One to four notes struck together and let go together: note-ons of velocity 0 keep the running status.
-void writeChord(TrackWriter& track, Dice& dice, std::uint8_t channel) {
-    constexpr std::uint32_t sixteenth = ticksPerQuarter / 4;
-    constexpr std::uint32_t longRest = 10 * ticksPerQuarter;
+void writeChord(TrackWriter& track, Dice& dice, std::uint8_t channel, Density density) {
+    const std::uint32_t beat = density == Density::song ? ticksPerQuarter : ticksPerQuarter / 16;
+    const std::uint32_t longRest = 10 * beat;
     const auto status = static_cast<std::uint8_t>(MIDIStatus::noteOn | channel);
     const std::uint8_t root = static_cast<std::uint8_t>(36 + dice.below(48));
     const std::uint32_t noteCount = 1 + dice.below(4);
     for (std::uint32_t i = 0; i < noteCount; ++i) {
-        const std::uint32_t rest = dice.oneIn(200) ? longRest : dice.below(ticksPerQuarter);
+        const std::uint32_t rest = dice.oneIn(200) ? longRest : dice.below(beat);
         track.channelEvent(
             i == 0 ? rest : dice.below(4), status,
             {static_cast<std::uint8_t>(root + 4 * i), static_cast<std::uint8_t>(1 + dice.below(127))});
     }
-    const std::uint32_t length = sixteenth * (1 + dice.below(8)) - 10;
+    const std::uint32_t length = beat * (1 + dice.below(8)) / 4 - beat / 48;
     for (std::uint32_t i = 0; i < noteCount; ++i)
         track.channelEvent(i == 0 ? length : dice.below(4), status,
                            {static_cast<std::uint8_t>(root + 4 * i), 0});
@@ -122,12 +122,12 @@ void writeExpression(TrackWriter& track, Dice& dice, std::uint8_t channel) {
         track.channelEvent(delta, of(MIDIStatus::pitchBend), {dice.dataByte(), dice.dataByte()});
 }
 
-void writePart(Bytes& file, Dice& dice, int index, std::size_t size) {
+void writePart(Bytes& file, Dice& dice, int index, std::size_t size, Density density) {
     constexpr std::size_t endOfTrackSize = 4;
     const auto channel = static_cast<std::uint8_t>(index % 16);
     TrackWriter track(file);
     while (track.size() + endOfTrackSize < size) {
-        writeChord(track, dice, channel);
+        writeChord(track, dice, channel, density);
         if (dice.oneIn(2))
             writeExpression(track, dice, channel);
     }
@@ -136,7 +136,7 @@ void writePart(Bytes& file, Dice& dice, int index, std::size_t size) {
 
 } // namespace
 
-Bytes largeFile(std::size_t size, int trackCount) {
+Bytes largeFile(std::size_t size, int trackCount, Density density) {
     assert(trackCount >= 2 && trackCount <= 0xFFFF);
     Dice dice(20);
     Bytes file{'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 1};
@@ -146,7 +146,8 @@ Bytes largeFile(std::size_t size, int trackCount) {
     writeConductor(file, dice);
     for (int index = 1; index < trackCount; ++index) {
         const auto remainingTracks = static_cast<std::size_t>(trackCount - index);
-        writePart(file, dice, index, size > file.size() ? (size - file.size()) / remainingTracks : 0);
+        writePart(file, dice, index, size > file.size() ? (size - file.size()) / remainingTracks : 0,
+                  density);
     }
     return file;
 }

@@ -5,7 +5,9 @@
 #include "SMFTrackMerger.h"
 
 #include <algorithm>
-#include <optional>
+#include <bit>
+#include <cstring>
+#include <span>
 
 namespace tambrel::MIDI2ClipBuilder {
 namespace {
@@ -16,6 +18,12 @@ constexpr std::uint32_t ticksPerQuarterNote = 0x00300000;
 constexpr std::uint32_t channelVoice = 0x20000000;
 constexpr std::uint32_t startOfClip = 0xF0200000;
 constexpr std::uint32_t endOfClip = 0xF0210000;
+
+/// One channel voice packet.
+struct TimedUMP {
+    std::uint32_t tick;
+    std::uint32_t word;
+};
 
 /// Appends packets and the clockstamps between them.
 class ClipWriter {
@@ -29,15 +37,21 @@ public:
             out_.appendU32(word);
     }
 
-    void append(std::uint32_t tick, std::uint32_t word) {
-        std::uint32_t delta = tick - lastTick_;
+    // At least one, in order of their ticks.
+    void append(std::span<const TimedUMP> packets) {
+        constexpr std::uint32_t longest = MIDI2Clip::longestClockstamp;
+        const std::size_t pauses = (packets.back().tick - lastTick_) / longest; // At most so many.
+        const std::span<std::uint8_t> room = out_.room((packets.size() + pauses) * pairSize);
+        std::uint8_t* at = room.data();
+        std::uint32_t tick = lastTick_;
+        for (const TimedUMP& packet : packets) {
+            for (; packet.tick - tick > longest; tick += longest)
+                at = writePair(deltaClockstamp | longest, noOperation, at);
+            at = writePair(deltaClockstamp | (packet.tick - tick), packet.word, at);
+            tick = packet.tick;
+        }
         lastTick_ = tick;
-        while (delta > MIDI2Clip::longestClockstamp)
-            [[unlikely]] {
-                out_.appendU32(deltaClockstamp | MIDI2Clip::longestClockstamp, noOperation);
-                delta -= MIDI2Clip::longestClockstamp;
-            }
-        out_.appendU32(deltaClockstamp | delta, word);
+        out_.commit(static_cast<std::size_t>(at - room.data()));
     }
 
     [[nodiscard]] MIDIData end() {
@@ -47,6 +61,17 @@ public:
     }
 
 private:
+    static constexpr std::size_t pairSize = 8;
+
+    // A clockstamp and the word it delays; returns the position after them.
+    static std::uint8_t* writePair(std::uint32_t clockstamp, std::uint32_t word, std::uint8_t* at) {
+        std::uint64_t pair = std::uint64_t{clockstamp} << 32 | word;
+        if constexpr (std::endian::native == std::endian::little)
+            pair = __builtin_bswap64(pair); // Compilers do not see through shifts of single bytes here.
+        std::memcpy(at, &pair, pairSize);
+        return at + pairSize;
+    }
+
     static std::uint32_t ticksPerQuarter(std::uint16_t division) {
         const bool isTimeCode = (division & 0x8000) != 0;
         return isTimeCode ? MIDI2Clip::defaultTicksPerQuarterNote : std::max<std::uint32_t>(division, 1);
@@ -64,18 +89,19 @@ MIDIData build(ByteView smf) {
     // A note under running status is three bytes here and two words there.
     ClipWriter clip(64 + smf.size() / 3 * 8);
     clip.begin(SMFByteCodec::readU16(smf, 12));
-    const auto channelVoiceWord = [smf](std::int64_t, const SMFTimedTrackEvent& event, std::uint32_t& word) {
+    const auto channelVoiceWord = [smf](const SMFTimedTrackEvent& event, TimedUMP& packet) {
         if (!MIDIStatus::isChannelMessage(event.status))
             return false;
         const auto data = static_cast<std::size_t>(event.dataStart);
         const std::uint32_t data2 = MIDIStatus::dataLength(event.status) == 2 ? smf[data + 1] : 0;
-        word = channelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
+        packet.word =
+            channelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
         return true;
     };
-    SMFTrackMerger::merge<std::uint32_t>(
-        smf, SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10)),
-        SMFMalformedEventPolicy::skip, channelVoiceWord,
-        [&clip](std::uint32_t tick, std::uint32_t word) { clip.append(tick, word); });
+    SMFTrackMerger::merge<TimedUMP>(smf,
+                                    SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10)),
+                                    SMFMalformedEventPolicy::skip, channelVoiceWord,
+                                    [&clip](std::span<const TimedUMP> packets) { clip.append(packets); });
     return clip.end();
 }
 

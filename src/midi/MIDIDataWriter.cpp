@@ -1,5 +1,7 @@
 #include "MIDIDataWriter.h"
 
+#include "LargePages.h"
+
 #include <algorithm>
 #include <new>
 
@@ -26,6 +28,7 @@ void MIDIDataWriter::reallocate(std::size_t capacity) {
         throw std::bad_alloc();
     static_cast<void>(buffer_.release());
     buffer_.reset(moved);
+    preferLargePages(moved, capacity);
     position_ = moved + written;
     end_ = moved + capacity;
 }

@@ -50,15 +50,6 @@ public:
         position_ += 4;
     }
 
-    /// Two words, for the price of little more than one.
-    void appendU32(std::uint32_t first, std::uint32_t second) {
-        makeRoom(8);
-        std::uint8_t* const at = position_;
-        position_ += 8;
-        write(first, at);
-        write(second, at + 4);
-    }
-
     /// A variable-length quantity of up to 5 bytes, as `SMFByteCodec::appendVarLen` writes it.
     void appendVarLen(std::uint32_t value) {
         makeRoom(5);

@@ -25,8 +25,9 @@ private:
     static constexpr std::size_t valueCount = 128;
     using Values = std::array<std::uint8_t, valueCount>;
 
-    static constexpr Values unsetValues() {
-        Values values{};
+    template<std::size_t count = valueCount>
+    static constexpr std::array<std::uint8_t, count> unsetValues() {
+        std::array<std::uint8_t, count> values{};
         values.fill(unset);
         return values;
     }
@@ -46,9 +47,7 @@ private:
         std::uint8_t valueMSB, valueLSB; // The low half is the one that stood when the high half came.
     };
 
-    struct Channel {
-        Values controllers = unsetValues(); // Without the bank select.
-        Values keyPressure = unsetValues();
+    struct ChannelSettings {
         std::uint8_t rhythmMap = unset;
         BankSelect bankBeforeRhythm; // Came before the rhythm map, which starts the part anew.
         BankSelect bank;
@@ -61,11 +60,16 @@ private:
         std::uint8_t polyMode = unset; // Controller 126 or 127.
         bool registeredIsSelected = true;
         std::uint8_t selectedGenerator = 0;
+    };
+    struct Channel : ChannelSettings {
+        Values controllers = unsetValues(); // Without the bank select.
+        Values keyPressure = unsetValues();
         std::vector<Parameter> parameters; // In the order of their latest values.
     };
 
     void applySystem(MIDIMessage message);
     static void setRhythmMap(Channel& channel, std::uint8_t map);
+    void reset();
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
     static void resetControllers(Channel& channel);
     static void selectGenerator(Channel& channel, std::uint8_t value);

@@ -10,31 +10,51 @@ namespace tambrel {
 
 namespace {
 
-ByteView payload(ByteView data, const SMFTimedTrackEvent& event) {
-    return data.subspan(static_cast<std::size_t>(event.dataStart),
-                        static_cast<std::size_t>(event.dataEnd - event.dataStart));
+// A message on its way through the merge, packed into one number that stays in a register.
+struct PackedEvent {
+    std::uint32_t tick;
+    std::uint32_t message;
+};
+
+constexpr std::uint32_t pack(MIDIMessage message) {
+    return std::uint32_t{message.data3} << 24 | std::uint32_t{message.data2} << 16 |
+           std::uint32_t{message.data1} << 8 | message.status;
 }
 
-// What an event is to the player: true, and `message`, if anything. A tempo travels through the merge like a
-// message, with its microseconds in the three data bytes.
-bool readMessage(ByteView data, const SMFTimedTrackEvent& event, MIDIMessage& message) {
+constexpr MIDIMessage unpack(std::uint32_t packed) {
+    return {static_cast<std::uint8_t>(packed), static_cast<std::uint8_t>(packed >> 8),
+            static_cast<std::uint8_t>(packed >> 16), static_cast<std::uint8_t>(packed >> 24)};
+}
+
+// What an event other than a channel message is to the player; 0 if nothing. A tempo travels through the
+// merge like a message, with its microseconds in the three data bytes. Out of line, and given a copy, so that
+// the loop over the channel messages keeps its registers.
+[[gnu::noinline]] std::uint32_t readRareMessage(ByteView data, SMFTimedTrackEvent event) {
+    const auto payload = data.subspan(static_cast<std::size_t>(event.dataStart),
+                                      static_cast<std::size_t>(event.dataEnd - event.dataStart));
+    if (event.status == MIDIStatus::systemExclusive)
+        return pack(readSystemExclusive(payload).value_or(MIDIMessage{}));
+    if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo && payload.size() >= 3)
+        return pack({MIDIStatus::meta, payload[0], payload[1], payload[2]});
+    return 0;
+}
+
+// True, and the message, for an event that is something to the player.
+bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& packed) {
+    if (!MIDIStatus::isChannelMessage(event.status)) {
+        packed.message = readRareMessage(data, event);
+        return packed.message != 0;
+    }
     const auto at = static_cast<std::size_t>(event.dataStart);
-    if (MIDIStatus::isChannelMessage(event.status)) {
-        const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
-        message = {event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0};
-        return true;
-    }
-    if (event.status == MIDIStatus::systemExclusive) {
-        const auto system = readSystemExclusive(payload(data, event));
-        message = system.value_or(MIDIMessage{});
-        return system.has_value();
-    }
-    if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo &&
-        event.dataEnd - event.dataStart >= 3) {
-        message = {MIDIStatus::meta, data[at], data[at + 1], data[at + 2]};
-        return true;
-    }
-    return false;
+    const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
+    // The synthesizer ignores what is out of range, which would leave a note hanging.
+    constexpr std::uint32_t dataBits = 0x007F7FFF;
+    packed.message = dataBits & pack({event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0});
+    return true;
+}
+
+bool isTempo(MIDIMessage message) {
+    return message.status == MIDIStatus::meta;
 }
 
 std::uint32_t microsecondsPerQuarter(MIDIMessage tempo) {
@@ -48,29 +68,63 @@ class Timeline::Builder {
 public:
     Builder(Timeline& timeline, const std::stop_token& stop) : timeline_(timeline), stop_(stop) {}
 
-    void add(std::uint32_t tick, MIDIMessage message) {
-        if (message.status == MIDIStatus::meta) {
-            timeline_.tempoMap_.setTempo(tick, microsecondsPerQuarter(message));
-            return;
-        }
-        // The synthesizer ignores what is out of range, which would leave a note hanging.
-        message.data1 &= 0x7F;
-        message.data2 &= 0x7F;
-        message.data3 &= 0x7F;
-        timeline_.events_.push_back({tick, message});
-        if (MIDIStatus::kind(message.status) > MIDIStatus::noteOn)
-            state_.apply(message);
-        if (timeline_.events_.size() % checkpointInterval == 0) {
-            if (stop_.stop_requested())
-                throw TimelineCancelled();
-            timeline_.checkpoints_.push_back(state_);
+    void add(std::span<const PackedEvent> events) {
+        while (!events.empty()) {
+            const std::size_t room = checkpointInterval - timeline_.events_.size() % checkpointInterval;
+            const auto part = events.first(std::min(events.size(), room));
+            addPart(part);
+            events = events.subspan(part.size());
+            if (timeline_.events_.size() / checkpointInterval > timeline_.checkpoints_.size())
+                addCheckpoint();
         }
     }
 
 private:
+    void addPart(std::span<const PackedEvent> part) {
+        auto& all = timeline_.events_;
+        const auto before = static_cast<std::ptrdiff_t>(all.size());
+        all.resize(all.size() + part.size());
+        bool hasTempo = false;
+        for (const std::uint32_t index : unpackInto(std::span(all).last(part.size()), part)) {
+            const MIDIMessage message = unpack(part[index].message);
+            if (isTempo(message)) {
+                timeline_.tempoMap_.setTempo(part[index].tick, microsecondsPerQuarter(message));
+                hasTempo = true;
+            } else {
+                state_.apply(message);
+            }
+        }
+        if (hasTempo) {
+            const auto isTempoEvent = [](const TimelineEvent& event) { return isTempo(event.message); };
+            all.erase(std::remove_if(all.begin() + before, all.end(), isTempoEvent), all.end());
+        }
+    }
+
+    // Returns the indices of all but the notes, found without a branch: which are notes cannot be foretold.
+    std::span<const std::uint32_t> unpackInto(std::span<TimelineEvent> events,
+                                              std::span<const PackedEvent> packed) {
+        indices_.resize(std::max(indices_.size(), packed.size()));
+        const std::span<std::uint32_t> indices = indices_;
+        std::size_t count = 0;
+        for (std::size_t index = 0; index < packed.size(); ++index) {
+            const MIDIMessage message = unpack(packed[index].message);
+            events[index] = {packed[index].tick, message};
+            indices[count] = static_cast<std::uint32_t>(index);
+            count += message.status >= MIDIStatus::polyphonicPressure ? std::size_t{1} : 0;
+        }
+        return indices.first(count);
+    }
+
+    void addCheckpoint() {
+        if (stop_.stop_requested())
+            throw TimelineCancelled();
+        timeline_.checkpoints_.push_back(state_);
+    }
+
     Timeline& timeline_;
     const std::stop_token& stop_;
     ChasedState state_;
+    std::vector<std::uint32_t> indices_;
 };
 
 std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_token& stop) {
@@ -86,15 +140,13 @@ std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_t
     // No channel event takes less than two bytes. Memory that is reserved and never written costs nothing.
     timeline->events_.reserve(trackBytes / 2);
 
-    std::uint32_t lastTick = 0;
     Builder builder(*timeline, stop);
-    SMFTrackMerger::merge<MIDIMessage>(
+    const std::uint32_t lastTick = SMFTrackMerger::merge<PackedEvent>(
         data, tracks, SMFMalformedEventPolicy::stop,
-        [&](std::int64_t, const SMFTimedTrackEvent& event, MIDIMessage& message) {
-            lastTick = std::max(lastTick, event.tick);
-            return readMessage(data, event, message);
+        [data](const SMFTimedTrackEvent& event, PackedEvent& packed) {
+            return readMessage(data, event, packed);
         },
-        [&](std::uint32_t tick, MIDIMessage message) { builder.add(tick, message); });
+        [&builder](std::span<const PackedEvent> events) { builder.add(events); });
     timeline->duration_ = timeline->tempoMap_.secondsAt(lastTick);
     return timeline;
 }

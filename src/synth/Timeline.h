@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChasedState.h"
+#include "LargePages.h"
 #include "MIDIData.h"
 #include "MIDIMessage.h"
 #include "TempoMap.h"
@@ -53,7 +54,7 @@ private:
     // The state before event number (position in this list + 1) * checkpointInterval.
     static constexpr std::size_t checkpointInterval = 1 << 16;
 
-    std::vector<TimelineEvent> events_;
+    std::vector<TimelineEvent, LargePageAllocator<TimelineEvent>> events_;
     std::vector<ChasedState> checkpoints_;
     TempoMap tempoMap_;
     double duration_ = 0;

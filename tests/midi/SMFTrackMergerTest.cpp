@@ -1,5 +1,6 @@
 #include "SMFTrackMerger.h"
 #include "RandomSongs.h"
+#include "TickSorter.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@ using testing::TrackBuilder;
 
 struct Merged {
     std::uint32_t tick;
-    std::int64_t track;
     std::int64_t dataStart;
 
     bool operator==(const Merged&) const = default;
@@ -24,7 +24,7 @@ std::vector<Merged> bySorting(const Bytes& file, const std::vector<SMFTrackChunk
     for (const SMFTrackChunk& track : tracks) {
         SMFTrackEventWalker::walk(file, track, policy, [&](const SMFTimedTrackEvent& event) {
             if (MIDIStatus::isChannelMessage(event.status))
-                all.push_back({event.tick, track.index, event.dataStart});
+                all.push_back({event.tick, event.dataStart});
             return SMFTrackWalkDecision::continue_;
         });
     }
@@ -42,14 +42,14 @@ MergeResult byMerging(const Bytes& file, const std::vector<SMFTrackChunk>& track
     MergeResult result;
     SMFTrackMerger::merge<Merged>(
         file, tracks, policy,
-        [&](std::int64_t track, const SMFTimedTrackEvent& event, Merged& item) {
+        [&](const SMFTimedTrackEvent& event, Merged& merged) {
             ++result.asked;
-            item = {0, track, event.dataStart};
+            merged.dataStart = event.dataStart;
             return MIDIStatus::isChannelMessage(event.status);
         },
-        [&](std::uint32_t tick, Merged item) {
-            item.tick = tick;
-            result.events.push_back(item);
+        [&](std::span<const Merged> events) {
+            EXPECT_FALSE(events.empty());
+            result.events.insert(result.events.end(), events.begin(), events.end());
         });
     return result;
 }
@@ -111,6 +111,36 @@ TEST(SMFTrackMerger, staysLinearAndInOrderForUnevenSongs) {
         const auto result = byMerging(file, tracks, SMFMalformedEventPolicy::skip);
         EXPECT_TRUE(result.events == expected);
         EXPECT_LE(result.asked, 2 * expected.size());
+    }
+}
+
+struct Numbered {
+    std::uint32_t tick;
+    std::uint32_t number;
+
+    bool operator==(const Numbered&) const = default;
+};
+
+TEST(TickSorter, ordersWindowsOfAnyLengthAndKeepsTheOrderWithinATick) {
+    constexpr std::uint32_t firstTick = 1000;
+    constexpr std::size_t capacity = 5000;
+    std::mt19937 random(4);
+    TickSorter<Numbered> sorter(capacity);
+    for (unsigned bits = 0; bits <= 32; ++bits) {
+        SCOPED_TRACE(bits);
+        const std::uint32_t last = bits == 32 ? 0xFFFFFFFF - firstTick : (std::uint32_t{1} << bits) - 1;
+        for (const std::uint32_t largest : {last, std::min(last, 20u)}) { // Spread out, and all in a corner.
+            std::uniform_int_distribution<std::uint32_t> offset(last - largest, last);
+            std::vector<Numbered> events;
+            sorter.begin(firstTick, bits);
+            for (std::uint32_t i = 0; i < capacity; ++i) {
+                events.push_back({firstTick + offset(random), i});
+                ASSERT_TRUE(sorter.add(events.back()));
+            }
+            EXPECT_FALSE(sorter.add({firstTick, 0}));
+            std::ranges::stable_sort(events, {}, &Numbered::tick);
+            EXPECT_TRUE(std::ranges::equal(sorter.sort(), events));
+        }
     }
 }
 
