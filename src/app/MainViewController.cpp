@@ -203,22 +203,22 @@ void MainViewController::load(const std::filesystem::path& url) {
     const std::stop_source task;
     loadCoordinator_.setTask(task);
     loader_.load(url, task.get_token(),
-                 [this, generation](const LoadOutcome& outcome) { takeOutcome(generation, outcome); });
+                 [this, generation](LoadOutcome outcome) { takeOutcome(generation, std::move(outcome)); });
 }
 
-void MainViewController::takeOutcome(std::int64_t generation, const LoadOutcome& outcome) {
-    if (generation != loadCoordinator_.generation()) {
-        loader_.dispose(outcome.song);
-        return;
+void MainViewController::takeOutcome(std::int64_t generation, LoadOutcome outcome) {
+    if (generation == loadCoordinator_.generation()) {
+        try {
+            if (outcome.error)
+                std::rethrow_exception(outcome.error);
+            applyLoadedFile(outcome.song);
+        } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
+        } catch (const std::exception& error) {
+            handleLoadFailure(error);
+        }
     }
-    try {
-        if (outcome.error)
-            std::rethrow_exception(outcome.error);
-        applyLoadedFile(outcome.song);
-    } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
-    } catch (const std::exception& error) {
-        handleLoadFailure(error);
-    }
+    if (outcome.song && outcome.song != song_)
+        loader_.dispose(std::move(outcome.song));
 }
 
 void MainViewController::applyLoadedFile(const std::shared_ptr<const LoadedSong>& song) {
@@ -231,8 +231,8 @@ void MainViewController::applyLoadedFile(const std::shared_ptr<const LoadedSong>
         });
     }
     takePlaybackData(*song);
-    replaceSong(song);
     showLoadedFile(file);
+    replaceSong(song);
     log_.procedure(loading, [&] {
         return "Loaded " + file.fileName + "; tracks " + std::to_string(file.info.displayTrackCount) +
                "; duration " + timeText(player_.duration());
@@ -283,7 +283,6 @@ void MainViewController::handleLoadFailure(const std::exception& error) {
         log_.procedure(loading, known->diagnosticDescription());
     player_.unload();
     playbackState_.reset();
-    replaceSong(nullptr);
     transportCoordinator_->updateLoudnessButton();
     const TambrelLoadError shown =
         known != nullptr
@@ -292,6 +291,7 @@ void MainViewController::handleLoadFailure(const std::exception& error) {
     resetLoadedMIDIInterface(toQString(shown.userMessage()), toQString(shown.statusTitle()));
     showStatus(toQString(shown.statusTitle()), toQString(shown.diagnosticDescription()));
     services_.beep();
+    replaceSong(nullptr);
     if (services_.loadFinished)
         services_.loadFinished(shown.diagnosticDescription());
 }
@@ -306,9 +306,9 @@ void MainViewController::clearLoadedMIDI() {
     loadCoordinator_.cancel();
     player_.unload();
     playbackState_.reset();
-    replaceSong(nullptr);
     transportCoordinator_->updateLoudnessButton();
     resetLoadedMIDIInterface(noFile, ready);
+    replaceSong(nullptr);
 }
 
 void MainViewController::resetLoadedMIDIInterface(const QString& fileText, const QString& statusText) {
@@ -345,7 +345,8 @@ void MainViewController::showLoaded(bool isLoaded) {
     gmModuleLabel_->setVisible(isLoaded);
 }
 
-// The old song is freed off the main thread, after the player and the playback state have let go of it.
+// The old song is freed off the main thread, after the player and the playback state have let go of it, and
+// last of all: meanwhile the main thread has to wait when it needs memory from the system.
 void MainViewController::replaceSong(std::shared_ptr<const LoadedSong> song) {
     if (auto old = std::exchange(song_, std::move(song)))
         loader_.dispose(std::move(old));

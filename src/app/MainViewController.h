@@ -70,7 +70,7 @@ private:
     void buildLabels();
     void buildButtons();
     void wireViews();
-    void takeOutcome(std::int64_t generation, const LoadOutcome& outcome);
+    void takeOutcome(std::int64_t generation, LoadOutcome outcome);
     void applyLoadedFile(const std::shared_ptr<const LoadedSong>& song);
     void takePlaybackData(const LoadedSong& song);
     void showLoadedFile(const TambrelLoadedFile& file);

@@ -30,8 +30,7 @@ class SongLoader {
 public:
     /// Calls `then` on the main thread when the load is done, has failed or was stopped, unless the loader is
     /// gone by then.
-    void load(const std::filesystem::path& file, std::stop_token stop,
-              std::function<void(const LoadOutcome&)> then);
+    void load(const std::filesystem::path& file, std::stop_token stop, std::function<void(LoadOutcome)> then);
 
     /// Frees a song off the main thread, which a large one would hold up.
     void dispose(std::shared_ptr<const LoadedSong> song);

@@ -85,7 +85,7 @@ private:
 GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     : options_(std::move(options)),
       sequencer_(outputSampleRate),
-      service_(std::make_unique<ServiceThread>()) {
+      service_(std::make_shared<ServiceThread>()) {
     if (options_.audioDrivers.empty())
         options_.audioDrivers = defaultAudioDrivers();
     output_ = std::make_unique<AudioOutput>(sequencer_, *service_, options_.audioDrivers, outputSampleRate);
@@ -124,12 +124,23 @@ bool GeneralMIDIEngine::isLoadingSoundBank() const {
 }
 
 std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const MIDIData& song) {
+    auto timeline = std::exchange(adoptedTimeline_, nullptr);
+    const MIDIData adopted = std::exchange(adoptedSong_, {});
     if (!SMFByteCodec::hasHeader(song))
         throw std::invalid_argument("The data is no Standard MIDI File.");
     loadSoundBank();
-    auto timeline = adoptedSong_.sharesBytesWith(song) ? std::exchange(adoptedTimeline_, nullptr) : nullptr;
-    adoptedSong_ = {};
-    return std::make_unique<Player>(*this, timeline ? std::move(timeline) : Timeline::build(song));
+    if (!timeline || !adopted.sharesBytesWith(song))
+        timeline = Timeline::build(song);
+    return std::make_unique<Player>(*this, freedInBackground(std::move(timeline)));
+}
+
+// A large song takes long to free, and the main thread is usually the last to let go of it.
+std::shared_ptr<const Timeline> GeneralMIDIEngine::freedInBackground(std::shared_ptr<const Timeline> song) {
+    const Timeline* timeline = song.get();
+    return {timeline, [song = std::move(song), weak = std::weak_ptr(service_)](const Timeline*) mutable {
+                if (const auto service = weak.lock())
+                    service->submit([song = std::move(song)]() mutable { song.reset(); });
+            }};
 }
 
 void GeneralMIDIEngine::adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline) {
@@ -165,6 +176,7 @@ bool GeneralMIDIEngine::isPlaying(const Player& player) const {
 }
 
 void GeneralMIDIEngine::keepHouse() {
+    sequencer_.collect(); // A song that is not played any more is given back at once.
     watchSong();
     watchBank();
     watchOutput();

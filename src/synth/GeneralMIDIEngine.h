@@ -49,8 +49,8 @@ public:
     /// True while no song plays, no note rings out and none is about to.
     [[nodiscard]] bool isSilent() const { return sequencer_.isSilent(); }
 
-    /// Hands over the timeline of a song that will be asked for next, so that making its player takes no
-    /// time. Kept until another one comes.
+    /// Hands over the timeline of the song that will be asked for next, so that making its player takes no
+    /// time. Kept until a player is asked for.
     void adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline);
 
     /// A player for the song. Throws SoundBankError when there is no bank, std::invalid_argument when the
@@ -61,6 +61,7 @@ private:
     class Player;
     enum class BankState { none, loading, ready, failed };
 
+    [[nodiscard]] std::shared_ptr<const Timeline> freedInBackground(std::shared_ptr<const Timeline> song);
     void prepare();
     void start(Player& player, double seconds);
     void halt(const Player& player);
@@ -92,7 +93,7 @@ private:
     std::chrono::steady_clock::time_point lastAttempt_;
     QTimer housekeeping_; // Runs while there is anything to watch.
 
-    std::unique_ptr<ServiceThread> service_;
+    std::shared_ptr<ServiceThread> service_;
     std::unique_ptr<AudioOutput> output_;
 };
 

@@ -16,6 +16,7 @@ constexpr double bottomMargin = 2;
 constexpr double rowPitch = 8;
 constexpr double barHeight = 4;
 constexpr double narrowestPhrase = 2;
+constexpr double closestPhrases = 0.5; // Those that begin closer together look like one.
 
 constexpr double playheadWidth = 1.5;
 constexpr double dotSize = 7;
@@ -35,9 +36,13 @@ QRectF phraseRect(const MIDIPhrase& phrase, const QRectF& strip) {
 MIDITrackBarsGeometry::Row row(const QString& label, const std::vector<MIDIPhrase>& phrases, double labelX,
                                const QRectF& strip) {
     MIDITrackBarsGeometry::Row row{label, {labelX, strip.y() + labelRise}, strip, {}};
-    row.phrases.reserve(phrases.size());
-    for (const MIDIPhrase& phrase : phrases)
-        row.phrases.push_back(phraseRect(phrase, strip));
+    for (const MIDIPhrase& phrase : phrases) {
+        const QRectF rect = phraseRect(phrase, strip);
+        if (row.phrases.empty() || rect.x() - row.phrases.back().x() >= closestPhrases)
+            row.phrases.push_back(rect);
+        else
+            row.phrases.back().setRight(std::max(row.phrases.back().right(), rect.right()));
+    }
     return row;
 }
 

@@ -16,9 +16,9 @@ namespace tambrel {
 struct MIDITrackBarsGeometry {
     struct Row {
         QString label;
-        QPointF labelOrigin; ///< Left end of the label's base line.
-        QRectF strip;        ///< The whole song.
-        std::vector<QRectF> phrases;
+        QPointF labelOrigin;         ///< Left end of the label's base line.
+        QRectF strip;                ///< The whole song.
+        std::vector<QRectF> phrases; ///< As many as can be told apart, however many there are.
     };
     struct Playhead {
         QRectF line;

@@ -177,6 +177,21 @@ TEST_F(MainViewControllerTest, TakesEverythingBackWhenALoadFails) {
     }
 }
 
+TEST_F(MainViewControllerTest, KeepsOnlyPhrasesThatCanBeToldApart) {
+    constexpr int count = 30'000;
+    TrackBuilder crowded;
+    for (int i = 0; i < count; ++i)
+        crowded.noteOn(3, 0, 60); // Each a phrase of its own, at one tick a quarter note.
+    ASSERT_TRUE(driven->load(files.write("crowded.mid", smfBytes(1, 1, {crowded}))));
+    const auto& lanes = driven->view<MIDITrackBarsView>("trackBarsView").lanes();
+    ASSERT_THAT(lanes, SizeIs(1));
+    const auto& phrases = lanes.front().phrases;
+    EXPECT_LE(phrases.size(), 8193U);
+    EXPECT_GT(phrases.size(), 4000U);
+    EXPECT_EQ(phrases.front().start, 1.0 / count);
+    EXPECT_GE(phrases.back().end, 1);
+}
+
 TEST_F(MainViewControllerTest, AppliesOnlyTheNewestOfTwoLoads) {
     driven->controller->load(a);
     driven->controller->load(b);

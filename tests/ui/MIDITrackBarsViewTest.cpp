@@ -80,6 +80,19 @@ TEST(MIDITrackBarsGeometry, PlacesPhrasesWithinTheSong) {
     }
 }
 
+TEST(MIDITrackBarsGeometry, PaintsNoMorePhrasesThanCanBeToldApart) {
+    constexpr int count = 100'000;
+    MIDITrackPhraseLane dense{"1", {}};
+    for (int i = 0; i < count; ++i)
+        dense.phrases.push_back({1.0 * i / count, 1.0 * i / count + 0.005});
+    const auto phrases = MIDITrackBarsGeometry::of(size, {dense}, 0).rows[0].phrases;
+    EXPECT_LE(phrases.size(), 2 * 420u);
+    EXPECT_EQ(phrases.front().left(), 28);
+    EXPECT_GE(phrases.back().right(), 448);
+    for (std::size_t i = 1; i < phrases.size(); ++i)
+        EXPECT_GE(phrases[i - 1].right(), phrases[i].left()) << "no gap";
+}
+
 TEST(MIDITrackBarsGeometry, PutsBorderGridLabelsAndPlayhead) {
     const auto geometry = MIDITrackBarsGeometry::of(size, {}, 1);
     EXPECT_EQ(geometry.border, QRectF(2, 2, 452, 134));

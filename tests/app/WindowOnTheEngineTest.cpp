@@ -17,9 +17,10 @@ std::string playTitle(PlaybackMode mode) {
 }
 
 /// The real window on the real player, with a hand that never rests.
-class MainWindowAlternationsTest : public ::testing::Test {
+class WindowOnTheEngineTest : public ::testing::Test {
 protected:
-    MainWindowAlternationsTest() {
+    explicit WindowOnTheEngineTest(std::filesystem::path bank = "/usr/share/sounds/sf2/TimGM6mb.sf2")
+        : engine({.soundBank = std::move(bank), .audioDrivers = {std::string(silentDriverName)}}) {
         engine.onFailure = [](const std::string& reason) { ADD_FAILURE() << reason; };
     }
 
@@ -107,17 +108,17 @@ protected:
         files.write("empty.mid", {}),
         files.path("none.mid"),
     };
-    GeneralMIDIEngine engine{
-        {.soundBank = "/usr/share/sounds/sf2/TimGM6mb.sf2", .audioDrivers = {std::string(silentDriverName)}}};
+    GeneralMIDIEngine engine;
     DrivenWindow driven{
         [this](const MIDIData& song) { return engine.makePlayer(song); },
         [this](const LoadedSong& song) { engine.adoptTimeline(song.file.playbackData, song.timeline); },
         false};
+    std::weak_ptr<const Timeline> newest; ///< Of the songs that were loaded.
     std::minstd_rand hand{20};
     std::optional<std::size_t> loadsWanted; ///< How many loads will have ended when the newest has.
 };
 
-TEST_F(MainWindowAlternationsTest, AgreesWithThePlayerWhateverTheUserDoes) {
+TEST_F(WindowOnTheEngineTest, AgreesWithThePlayerWhateverTheUserDoes) {
     ASSERT_TRUE(driven.load(songs.front()));
     ASSERT_TRUE(QTest::qWaitFor([&] { return !engine.isLoadingSoundBank(); }, 30'000));
     std::map<PlaybackMode, int> modes;
@@ -136,6 +137,27 @@ TEST_F(MainWindowAlternationsTest, AgreesWithThePlayerWhateverTheUserDoes) {
     EXPECT_FALSE(engine.isSilent());
     clear();
     EXPECT_TRUE(QTest::qWaitFor([&] { return engine.isSilent(); }, 10'000));
+}
+
+TEST_F(WindowOnTheEngineTest, GivesASongBackAsSoonAsItIsCleared) {
+    ASSERT_TRUE(driven.load(songs.front()));
+    driven.click("playPauseButton");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return driven.controller->player().position() > 0; }, 30'000));
+    clear();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return newest.expired(); }, 4000)) << "while the device stays open";
+}
+
+class WindowWithoutBankTest : public WindowOnTheEngineTest {
+protected:
+    WindowWithoutBankTest() : WindowOnTheEngineTest("/no/such/bank.sf2") {}
+};
+
+TEST_F(WindowWithoutBankTest, SaysThatThereIsNoneAndKeepsNoSong) {
+    ASSERT_TRUE(driven.load(songs.front()));
+    EXPECT_EQ(driven.label("statusLabel"), "Playback Error");
+    EXPECT_THAT(driven.finished.back(), ::testing::HasSubstr("/no/such/bank.sf2"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return newest.expired(); }));
+    expectAgreement();
 }
 
 } // namespace
