@@ -88,6 +88,16 @@ void ChasedState::applySystem(MIDIMessage message) {
     }
 }
 
+// Puts fresh values in place: there are songs that send resets by the thousand.
+void ChasedState::reset() {
+    masterVolume_ = {};
+    for (Channel& channel : channels_) {
+        static_cast<ChannelSettings&>(channel) = {};
+        channel.controllers = channel.keyPressure = unsetValues();
+        channel.parameters.clear();
+    }
+}
+
 // The part starts anew with its first program.
 void ChasedState::setRhythmMap(Channel& channel, std::uint8_t map) {
     channel.rhythmMap = map;
@@ -97,16 +107,6 @@ void ChasedState::setRhythmMap(Channel& channel, std::uint8_t map) {
         channel.bankBeforeRhythm.msb = bank.msb;
     if (bank.lsb != unset)
         channel.bankBeforeRhythm.lsb = bank.lsb;
-}
-
-// Copies fresh values into place: there are songs that send resets by the thousand.
-void ChasedState::reset() {
-    masterVolume_ = {};
-    for (Channel& channel : channels_) {
-        static_cast<ChannelSettings&>(channel) = {};
-        channel.controllers = channel.keyPressure = unsetValues();
-        channel.parameters.clear();
-    }
 }
 
 void ChasedState::applyController(Channel& channel, std::uint8_t number, std::uint8_t value) {

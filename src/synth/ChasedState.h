@@ -25,9 +25,8 @@ private:
     static constexpr std::size_t valueCount = 128;
     using Values = std::array<std::uint8_t, valueCount>;
 
-    template<std::size_t count = valueCount>
-    static constexpr std::array<std::uint8_t, count> unsetValues() {
-        std::array<std::uint8_t, count> values{};
+    static constexpr Values unsetValues() {
+        Values values{};
         values.fill(unset);
         return values;
     }
@@ -68,8 +67,8 @@ private:
     };
 
     void applySystem(MIDIMessage message);
-    static void setRhythmMap(Channel& channel, std::uint8_t map);
     void reset();
+    static void setRhythmMap(Channel& channel, std::uint8_t map);
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
     static void resetControllers(Channel& channel);
     static void selectGenerator(Channel& channel, std::uint8_t value);

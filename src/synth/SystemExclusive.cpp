@@ -43,7 +43,7 @@ std::optional<MIDIMessage> readSystemExclusive(ByteView payload) {
     if (matches(payload, volume))
         return MIDIMessage::system(masterVolume, payload[4] & 0x7F, payload[5] & 0x7F);
     if (matches(payload, useForRhythm) && (payload[5] & 0xF0) == 0x10)
-        return MIDIMessage::system(rhythmPart, channelOfPart(payload[5] & 0x0F), payload[7] & 0x7F);
+        return MIDIMessage::system(rhythmPart, channelOfPart(payload[5] & 0x0F), payload[7]);
     return std::nullopt;
 }
 

@@ -21,6 +21,11 @@ constexpr std::uint32_t pack(MIDIMessage message) {
            std::uint32_t{message.data1} << 8 | message.status;
 }
 
+// The synthesizer ignores a data byte that is out of range, which would leave a note hanging.
+constexpr std::uint32_t packInRange(MIDIMessage message) {
+    return pack(message) & 0x7F7F7FFF;
+}
+
 constexpr MIDIMessage unpack(std::uint32_t packed) {
     return {static_cast<std::uint8_t>(packed), static_cast<std::uint8_t>(packed >> 8),
             static_cast<std::uint8_t>(packed >> 16), static_cast<std::uint8_t>(packed >> 24)};
@@ -33,7 +38,7 @@ constexpr MIDIMessage unpack(std::uint32_t packed) {
     const auto payload = data.subspan(static_cast<std::size_t>(event.dataStart),
                                       static_cast<std::size_t>(event.dataEnd - event.dataStart));
     if (event.status == MIDIStatus::systemExclusive)
-        return pack(readSystemExclusive(payload).value_or(MIDIMessage{}));
+        return packInRange(readSystemExclusive(payload).value_or(MIDIMessage{}));
     if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo && payload.size() >= 3)
         return pack({MIDIStatus::meta, payload[0], payload[1], payload[2]});
     return 0;
@@ -47,9 +52,7 @@ bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& pa
     }
     const auto at = static_cast<std::size_t>(event.dataStart);
     const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
-    // The synthesizer ignores what is out of range, which would leave a note hanging.
-    constexpr std::uint32_t dataBits = 0x007F7FFF;
-    packed.message = dataBits & pack({event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0});
+    packed.message = packInRange({event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0});
     return true;
 }
 
