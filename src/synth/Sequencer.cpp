@@ -98,8 +98,12 @@ bool Sequencer::collect() {
 
 void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
     synthesizer_ = handedOver_.load(std::memory_order_acquire);
-    if (synthesizer_ != nullptr)
-        takeOrder();
+    if (synthesizer_ == nullptr) {
+        std::fill_n(left, frames, 0.0F);
+        std::fill_n(right, frames, 0.0F);
+        return;
+    }
+    takeOrder();
     while (frames > 0) {
         if (blockOffset_ == 0)
             beginBlock();
