@@ -3,6 +3,24 @@
 #include <random>
 
 namespace tambrel::testing {
+namespace {
+
+// Payloads of system-exclusive messages.
+const Bytes gmOn{0x7E, 0x7F, 0x09, 0x01, 0xF7};
+const Bytes gsReset{0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7};
+const Bytes xgOn{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7};
+const Bytes halfVolume{0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7};
+
+/// GS use for rhythm of a part (0 is channel 10, 1 to 9 the channels of these numbers).
+Bytes rhythmPart(int part, int map) {
+    return {0x41, 0x10,
+            0x42, 0x12,
+            0x40, static_cast<std::uint8_t>(0x10 | part),
+            0x15, static_cast<std::uint8_t>(map),
+            0x00, 0xF7};
+}
+
+} // namespace
 
 TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
     std::mt19937 engine(seed);

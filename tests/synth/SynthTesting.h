@@ -30,21 +30,6 @@ inline const std::filesystem::path bankTimGM6mb = "/usr/share/sounds/sf2/TimGM6m
     return synthesizer;
 }
 
-// Payloads of system-exclusive messages.
-inline const Bytes gmOn{0x7E, 0x7F, 0x09, 0x01, 0xF7};
-inline const Bytes gsReset{0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7};
-inline const Bytes xgOn{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7};
-inline const Bytes halfVolume{0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7};
-
-/// GS use for rhythm of a part (0 is channel 10, 1 to 9 the channels of these numbers).
-[[nodiscard]] inline Bytes rhythmPart(int part, int map) {
-    return {0x41, 0x10,
-            0x42, 0x12,
-            0x40, static_cast<std::uint8_t>(0x10 | part),
-            0x15, static_cast<std::uint8_t>(map),
-            0x00, 0xF7};
-}
-
 /// Messages of all kinds but notes, one a tick, crowded on few channels and on what depends on each other.
 /// The same seed gives the same track.
 [[nodiscard]] TrackBuilder randomTrack(std::uint32_t seed, int eventCount);
