@@ -108,12 +108,14 @@ protected:
         files.write("empty.mid", {}),
         files.path("none.mid"),
     };
+    std::optional<std::weak_ptr<const Timeline>> adopted; ///< Of the newest song that was loaded.
     GeneralMIDIEngine engine;
-    DrivenWindow driven{
-        [this](const MIDIData& song) { return engine.makePlayer(song); },
-        [this](const LoadedSong& song) { engine.adoptTimeline(song.file.playbackData, song.timeline); },
-        false};
-    std::weak_ptr<const Timeline> newest; ///< Of the songs that were loaded.
+    DrivenWindow driven{[this](const MIDIData& song) { return engine.makePlayer(song); },
+                        [this](const LoadedSong& song) {
+                            adopted = song.timeline;
+                            engine.adoptTimeline(song.file.playbackData, song.timeline);
+                        },
+                        false};
     std::minstd_rand hand{20};
     std::optional<std::size_t> loadsWanted; ///< How many loads will have ended when the newest has.
 };
@@ -143,8 +145,9 @@ TEST_F(WindowOnTheEngineTest, GivesASongBackAsSoonAsItIsCleared) {
     ASSERT_TRUE(driven.load(songs.front()));
     driven.click("playPauseButton");
     ASSERT_TRUE(QTest::qWaitFor([&] { return driven.controller->player().position() > 0; }, 30'000));
+    EXPECT_FALSE(adopted->expired());
     clear();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return newest.expired(); }, 4000)) << "while the device stays open";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return adopted->expired(); }, 4000)) << "while the device stays open";
 }
 
 class WindowWithoutBankTest : public WindowOnTheEngineTest {
@@ -156,7 +159,8 @@ TEST_F(WindowWithoutBankTest, SaysThatThereIsNoneAndKeepsNoSong) {
     ASSERT_TRUE(driven.load(songs.front()));
     EXPECT_EQ(driven.label("statusLabel"), "Playback Error");
     EXPECT_THAT(driven.finished.back(), ::testing::HasSubstr("/no/such/bank.sf2"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return newest.expired(); }));
+    ASSERT_TRUE(adopted);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return adopted->expired(); }));
     expectAgreement();
 }
 
