@@ -82,7 +82,13 @@ int main(int argc, char** argv) {
         return wrongUsage;
     }
     try {
-        return run(program, info, convert, loudness, render);
+        const ExitStatus status = run(program, info, convert, loudness, render);
+        std::cout.flush();
+        if (!std::cout) {
+            std::cerr << "tambrel-midi: Standard output could not be written.\n";
+            return aFileFailed;
+        }
+        return status;
     } catch (const std::exception& error) {
         std::cerr << "tambrel-midi: " << error.what() << "\n";
         return aFileFailed;

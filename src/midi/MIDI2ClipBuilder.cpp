@@ -83,7 +83,7 @@ private:
 
 } // namespace
 
-MIDIData build(ByteView smf) {
+MIDIData build(ByteView smf, const std::stop_token& stop) {
     if (!SMFByteCodec::hasHeader(smf))
         return {};
     // A note under running status is three bytes here and two words there.
@@ -98,10 +98,13 @@ MIDIData build(ByteView smf) {
             channelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
         return true;
     };
-    SMFTrackMerger::merge<TimedUMP>(smf,
-                                    SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10)),
-                                    SMFMalformedEventPolicy::skip, channelVoiceWord,
-                                    [&clip](std::span<const TimedUMP> packets) { clip.append(packets); });
+    SMFTrackMerger::merge<TimedUMP>(
+        smf, SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10)),
+        SMFMalformedEventPolicy::skip, channelVoiceWord, [&clip, &stop](std::span<const TimedUMP> packets) {
+            if (stop.stop_requested())
+                throw MIDI2ClipBuildCancelled();
+            clip.append(packets);
+        });
     return clip.end();
 }
 

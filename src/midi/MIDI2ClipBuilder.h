@@ -3,6 +3,8 @@
 #include "MIDIData.h"
 
 #include <cstdint>
+#include <exception>
+#include <stop_token>
 
 namespace tambrel {
 
@@ -21,14 +23,18 @@ struct MIDI2ClipBuildSummary {
     bool operator==(const MIDI2ClipBuildSummary&) const = default;
 };
 
+/// The caller of `MIDI2ClipBuilder::build` has asked it to give up.
+class MIDI2ClipBuildCancelled : public std::exception {};
+
 /// Makes MIDI 2.0 clips (MIDI Clip File, M2-116-U; UMP, M2-104-UM) from Standard MIDI Files. Pure, any
 /// thread.
 namespace MIDI2ClipBuilder {
 
 /// The channel voice messages of all tracks as MIDI 1.0 packets on group 0, in order of time, timed by delta
 /// clockstamps. Empty when the data has no Standard MIDI File header; a malformed track is resynchronised.
-/// Start and end of the clip are marked by single words, so the clip is no input for the importer.
-[[nodiscard]] MIDIData build(ByteView smf);
+/// Start and end of the clip are marked by single words, so the clip is no input for the importer. Throws
+/// MIDI2ClipBuildCancelled once `stop` asks.
+[[nodiscard]] MIDIData build(ByteView smf, const std::stop_token& stop = {});
 
 /// Counts word by word, not packet by packet. Both word counts are 0 when the clip's signature is missing.
 [[nodiscard]] MIDI2ClipBuildSummary summary(ByteView clip);

@@ -57,8 +57,8 @@ struct Companion {
     MIDI2ClipBuildSummary summary;
 };
 
-Companion buildCompanion(const MIDIData& smf) {
-    Companion companion{MIDI2ClipBuilder::build(smf), {}};
+Companion buildCompanion(const MIDIData& smf, const std::stop_token& stop) {
+    Companion companion{MIDI2ClipBuilder::build(smf, stop), {}};
     companion.summary = MIDI2ClipBuilder::summary(companion.clip);
     return companion;
 }
@@ -70,7 +70,7 @@ void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_toke
     if (onPlaybackData)
         onPlaybackData(data);
     // Both take one walk over all tracks and need nothing of each other.
-    auto companionInMaking = std::async(buildCompanion, data);
+    auto companionInMaking = std::async(buildCompanion, data, stop);
     file.info = MIDIFileInfo::parse(data);
     Companion companion = companionInMaking.get();
     if (companion.summary.hasChannelVoice())
@@ -132,6 +132,8 @@ TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& u
             loadClip(file, data, stop, onPlaybackData);
         else
             loadSMF(file, data, stop, onPlaybackData);
+    } catch (const MIDI2ClipBuildCancelled&) {
+        throw TambrelLoadCancelled();
     } catch (const std::bad_alloc& error) {
         throw TambrelLoadError::unreadableFile(file.fileName, TambrelLoadError::diagnosticReason(error));
     }

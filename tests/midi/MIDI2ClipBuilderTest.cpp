@@ -153,5 +153,12 @@ TEST(MIDI2ClipBuilder, countsWordByWord) {
     }
 }
 
+TEST(MIDI2ClipBuilder, givesUpWhenAsked) {
+    const auto note = smfBytes(0, 480, {TrackBuilder().noteOn(0, 0, 60, 100).noteOff(480, 0, 60)});
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(static_cast<void>(MIDI2ClipBuilder::build(note, stop.get_token())), MIDI2ClipBuildCancelled);
+}
+
 } // namespace
 } // namespace tambrel
