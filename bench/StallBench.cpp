@@ -142,7 +142,7 @@ void print(const char* what, double milliseconds, double stall) {
 
 std::filesystem::path write(const QTemporaryDir& folder, const char* name, std::size_t size, int tracks) {
     const auto path = std::filesystem::path(folder.path().toStdString()) / name;
-    const Bytes bytes = largeFile(size, tracks);
+    const Bytes bytes = largeFile(size, tracks, Density::song);
     std::ofstream out(path, std::ios::binary);
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     return path;

@@ -188,7 +188,7 @@ private:
 
 } // namespace
 
-MIDIFileInfo MIDIFileInfo::parse(ByteView data) {
+MIDIFileInfo MIDIFileInfo::parse(ByteView data, const std::stop_token& stop) {
     MIDIFileInfo info;
     if (!SMFByteCodec::hasHeader(data))
         return info;
@@ -199,8 +199,11 @@ MIDIFileInfo MIDIFileInfo::parse(ByteView data) {
         return info;
 
     FactsGatherer gatherer(data, info, phraseGapTicks(SMFByteCodec::readU16(data, 12)));
-    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(data, info.trackCount))
+    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(data, info.trackCount)) {
+        if (stop.stop_requested())
+            break;
         gatherer.gather(track);
+    }
     gatherer.finish();
     return info;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,7 @@ struct MIDIFileInfo {
 
     /// Reads a whole file once. Never fails: data that is no Standard MIDI File gives empty facts, a
     /// malformed track the facts up to the defect. Pure, any thread.
-    [[nodiscard]] static MIDIFileInfo parse(ByteView data);
+    [[nodiscard]] static MIDIFileInfo parse(ByteView data, const std::stop_token& stop = {});
 };
 
 } // namespace tambrel

@@ -71,7 +71,7 @@ void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_toke
         onPlaybackData(data);
     // Both take one walk over all tracks and need nothing of each other.
     auto companionInMaking = std::async(buildCompanion, data, stop);
-    file.info = MIDIFileInfo::parse(data);
+    file.info = MIDIFileInfo::parse(data, stop);
     Companion companion = companionInMaking.get();
     if (companion.summary.hasChannelVoice())
         file.midi2ClipCompanionData = std::move(companion.clip);
