@@ -16,7 +16,6 @@ constexpr double bottomMargin = 2;
 constexpr double rowPitch = 8;
 constexpr double barHeight = 4;
 constexpr double narrowestPhrase = 2;
-constexpr double closestPhrases = 0.5; // Those that begin closer together look like one.
 
 constexpr double playheadWidth = 1.5;
 constexpr double dotSize = 7;
@@ -38,7 +37,8 @@ MIDITrackBarsGeometry::Row row(const QString& label, const std::vector<MIDIPhras
     MIDITrackBarsGeometry::Row row{label, {labelX, strip.y() + labelRise}, strip, {}};
     for (const MIDIPhrase& phrase : phrases) {
         const QRectF rect = phraseRect(phrase, strip);
-        if (row.phrases.empty() || rect.x() - row.phrases.back().x() >= closestPhrases)
+        // Those that begin closer together would lie on one another: they become one.
+        if (row.phrases.empty() || rect.x() - row.phrases.back().x() >= narrowestPhrase)
             row.phrases.push_back(rect);
         else
             row.phrases.back().setRight(std::max(row.phrases.back().right(), rect.right()));
