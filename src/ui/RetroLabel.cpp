@@ -36,7 +36,8 @@ QSize RetroLabel::minimumSizeHint() const {
 }
 
 bool RetroLabel::event(QEvent* event) {
-    if (event->type() != QEvent::ToolTip)
+    const bool hasToolTipOfItsOwn = !toolTip().isEmpty();
+    if (event->type() != QEvent::ToolTip || hasToolTipOfItsOwn)
         return QLabel::event(event);
     // Marked up, or a tool tip would guess whether a file name that looks like markup is some.
     const QString whole = "<p style='white-space:pre-wrap'>" + text().toHtmlEscaped() + "</p>";
