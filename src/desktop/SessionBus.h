@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QDBusConnection>
+
+namespace tambrel {
+
+/// This program's connection to the session bus, made at the first call. Not connected where there is no bus;
+/// the program then does without what the bus would have offered. May be called before there is an
+/// application object; main thread.
+[[nodiscard]] QDBusConnection sessionBus();
+
+} // namespace tambrel
