@@ -1,7 +1,9 @@
 #include "BareWalk.h"
 #include "InterleavedRun.h"
+#include "LargeClip.h"
 #include "LargeFile.h"
 #include "MIDI2ClipBuilder.h"
+#include "MIDI2ClipImporter.h"
 #include "MIDIFileInfo.h"
 #include "MIDILoudnessProcessor.h"
 #include "SMFTrackEventWalker.h"
@@ -66,12 +68,24 @@ bool measure(std::size_t megabytes, int trackCount, int rounds, Density density)
     return runInterleaved(steps(file, density), rounds);
 }
 
+// The pass knows nothing of tracks and writes nothing.
+bool measureImport(int tracks, int rounds) {
+    constexpr std::size_t bytesOfAMillionPackets = 1'750'000;
+    const MIDIData clip(largeClip(largeFile(bytesOfAMillionPackets, tracks, Density::song)));
+    const std::size_t size = clip.size();
+    std::printf("\nclip of %llu packets, %zu bytes, %d rounds\n",
+                static_cast<unsigned long long>(barePass(clip).packets), size, rounds);
+    return runInterleaved(
+        {{"plain pass over the words", size, [clip] { keep(barePass(clip)); }},
+         {"import", size, [clip] { keep(MIDI2ClipImporter::importPlayableSMF(clip)); }, 0.2}},
+        rounds);
+}
+
 } // namespace
 } // namespace tambrel::bench
 
 // tambrel_bench [MEGABYTES [TRACKS [ROUNDS]]]; without arguments the usual two sizes. Measures a song and a
-// crowd. Fails when a wanted
-// ratio is missed.
+// crowd, and the import of a clip. Fails when a wanted ratio is missed.
 int main(int argc, char** argv) {
     using namespace tambrel::bench;
     const auto argument = [&](int i, int otherwise) {
@@ -85,5 +99,6 @@ int main(int argc, char** argv) {
         for (const Density density : {Density::song, Density::crowd})
             reached &= measure(static_cast<std::size_t>(megabytes), tracks, rounds, density);
     }
+    reached &= measureImport(tracks, rounds);
     return reached ? EXIT_SUCCESS : EXIT_FAILURE;
 }
