@@ -9,69 +9,63 @@
 namespace tambrel {
 namespace {
 
-/// The words of a clip behind its signature, known to be whole packets.
-class PacketList {
-public:
-    explicit PacketList(ByteView clip) {
-        if (!MIDI2Clip::hasSignature(clip))
-            throw MIDI2ClipImportError(MIDI2ClipImportError::Case::invalidSignature);
-        payload_ = clip.subspan(MIDI2Clip::signature.size());
-        if (payload_.size() % 4 != 0)
-            throw MIDI2ClipImportError(MIDI2ClipImportError::Case::unalignedPayload);
-        countPackets();
-    }
+ByteView payload(ByteView clip) {
+    if (!MIDI2Clip::hasSignature(clip))
+        throw MIDI2ClipImportError(MIDI2ClipImportError::Case::invalidSignature);
+    const ByteView packets = clip.subspan(MIDI2Clip::signature.size());
+    if (packets.size() % 4 != 0)
+        throw MIDI2ClipImportError(MIDI2ClipImportError::Case::unalignedPayload);
+    return packets;
+}
 
-    [[nodiscard]] std::int64_t count() const { return count_; }
-
-    template<class OnPacket>
-    void forEach(OnPacket onPacket) const {
-        for (ByteView rest = payload_; !rest.empty();) {
-            const UMPPacket packet(rest);
-            onPacket(packet);
-            rest = rest.subspan(4 * static_cast<std::size_t>(packet.wordCount()));
-        }
-    }
-
-private:
-    void countPackets() {
-        const auto words = static_cast<std::int64_t>(payload_.size() / 4);
-        for (std::int64_t at = 0; at < words; ++count_) {
-            const auto type = static_cast<std::uint8_t>(payload_[4 * static_cast<std::size_t>(at)] >> 4);
-            const std::int64_t expected = UMPPacket::wordCount(type);
-            if (expected > words - at)
-                throw MIDI2ClipImportError::truncatedPacket(type, expected, words - at);
-            at += expected;
-        }
-    }
-
-    ByteView payload_;
-    std::int64_t count_ = 0;
-};
+// The packet that `rest` begins with, made sure to be whole.
+UMPPacket firstPacket(ByteView rest) {
+    const UMPPacket packet(rest);
+    const auto words = static_cast<std::int64_t>(rest.size() / 4);
+    if (words < UMPPacket::longest && words < packet.wordCount())
+        throw MIDI2ClipImportError::truncatedPacket(packet.type(), packet.wordCount(), words);
+    return packet;
+}
 
 } // namespace
 
 MIDI2ClipContent::MIDI2ClipContent(ByteView clip) {
-    const PacketList packets(clip);
-    summary.totalPackets = packets.count();
     summary.ticksPerQuarterNote = MIDI2Clip::defaultTicksPerQuarterNote;
-    packets.forEach([this](const UMPPacket& packet) { read(packet); });
+    ByteView rest = payload(clip);
+    try {
+        for (; !rest.empty(); ++summary.totalPackets)
+            rest = rest.subspan(4 * static_cast<std::size_t>(read(firstPacket(rest))));
+    } catch (const MIDI2ClipImportError&) {
+        // A packet that is cut off makes the clip no list of packets at all, and goes before what one says.
+        while (!rest.empty())
+            rest = rest.subspan(4 * static_cast<std::size_t>(firstPacket(rest).wordCount()));
+        throw;
+    }
     finish();
 }
 
-void MIDI2ClipContent::read(const UMPPacket& packet) {
+// Returns the packet's words. As a constant in each branch, because the processor then guesses where the next
+// packet begins from the kind of this one, and need not wait until it is read.
+std::int64_t MIDI2ClipContent::read(const UMPPacket& packet) {
     switch (packet.type()) {
     case UMPMessageType::utility:
-        return readUtility(packet);
+        readUtility(packet);
+        return UMPPacket::wordCount(UMPMessageType::utility);
     case UMPMessageType::midi1ChannelVoice:
-        return readMIDI1ChannelVoice(packet);
+        readMIDI1ChannelVoice(packet);
+        return UMPPacket::wordCount(UMPMessageType::midi1ChannelVoice);
     case UMPMessageType::midi2ChannelVoice:
-        return readMIDI2ChannelVoice(packet);
+        readMIDI2ChannelVoice(packet);
+        return UMPPacket::wordCount(UMPMessageType::midi2ChannelVoice);
     case UMPMessageType::flexData:
-        return readFlexData(packet);
+        readFlexData(packet);
+        return UMPPacket::wordCount(UMPMessageType::flexData);
     case UMPMessageType::stream:
-        return readStream(packet);
+        readStream(packet);
+        return UMPPacket::wordCount(UMPMessageType::stream);
     default:
         ++summary.unsupportedPackets;
+        return packet.wordCount();
     }
 }
 
@@ -103,21 +97,21 @@ std::uint32_t MIDI2ClipContent::tick() const {
 
 void MIDI2ClipContent::readMIDI1ChannelVoice(const UMPPacket& packet) {
     ++summary.midi1ChannelVoicePackets;
-    if (const auto event = UMPConversion::midi1ByteStream(packet, tick()))
-        append(packet, *event);
+    if (const auto message = UMPConversion::midi1ByteStream(packet))
+        append(packet, *message);
     else
         ++summary.unsupportedPackets;
 }
 
 void MIDI2ClipContent::readMIDI2ChannelVoice(const UMPPacket& packet) {
     ++summary.midi2ChannelVoicePackets;
-    append(packet, UMPConversion::downConvertedMIDI1Bytes(packet, tick()));
+    append(packet, UMPConversion::downConvertedMIDI1Bytes(packet));
     ++summary.midi2ChannelVoiceDownConverted;
 }
 
-void MIDI2ClipContent::append(const UMPPacket& packet, const TimedEvent& event) {
+void MIDI2ClipContent::append(const UMPPacket& packet, ChannelMessage message) {
     const TrackKey key{packet.group(), MIDIStatus::channel(packet.status())};
-    tracks[key.index()].push_back(event);
+    tracks[key.index()].push_back({tick(), message});
     ++summary.importedPackets;
 }
 

@@ -54,6 +54,9 @@ private:
         appendText(name);
     }
 
+    void append(const TimedEvent& event) { out_.appendTopBytes(event.message.bits, event.message.size()); }
+    void append(const TimedMetaEvent& event) { out_.append(event.bytes, event.size); }
+
     template<class Events>
     void appendEvents(Events& events) {
         // Only a clip that ends and goes on, or starts twice, goes back in time.
@@ -63,7 +66,7 @@ private:
         std::uint32_t lastTick = 0;
         for (const Event& event : events) {
             out_.appendVarLen(event.tick - lastTick);
-            out_.append(event.bytes, event.size);
+            append(event);
             lastTick = event.tick;
         }
     }

@@ -1,7 +1,6 @@
 #include "UMPConversion.h"
 
 #include "MIDI2ClipImportError.h"
-#include "MIDIStatus.h"
 
 #include <algorithm>
 #include <limits>
@@ -21,35 +20,25 @@ bool isFlexData(const UMPPacket& packet, std::uint32_t status) {
 
 } // namespace
 
-std::optional<TimedEvent> midi1ByteStream(const UMPPacket& packet, std::uint32_t tick) {
-    const std::uint8_t status = packet.status();
-    if (!MIDIStatus::isChannelMessage(status))
-        return std::nullopt;
-    const auto size = static_cast<std::uint8_t>(1 + MIDIStatus::dataLength(status));
-    return TimedEvent{tick, size, {status, packet.data1(), packet.data2()}};
-}
-
 // Values are cut to their top seven bits without rounding; only pitch bend is scaled.
-TimedEvent downConvertedMIDI1Bytes(const UMPPacket& packet, std::uint32_t tick) {
+ChannelMessage downConvertedMIDI1Bytes(const UMPPacket& packet) {
     const std::uint8_t status = packet.status();
-    const std::uint8_t index = packet.data1();
     const std::uint32_t data = packet.word(1);
-    const auto top7 = static_cast<std::uint8_t>(data >> 25);
+    const std::uint32_t top7 = data >> 25;
     switch (MIDIStatus::kind(status)) {
     case MIDIStatus::noteOn: // Velocity 0 would be a note off.
-        return {tick, 3, {status, index, std::max<std::uint8_t>(top7, 1)}};
+        return {status, packet.data1(), std::max<std::uint32_t>(top7, 1)};
     case MIDIStatus::noteOff:
     case MIDIStatus::polyphonicPressure:
     case MIDIStatus::controlChange:
-        return {tick, 3, {status, index, top7}};
+        return {status, packet.data1(), top7};
     case MIDIStatus::programChange:
-        return {tick, 2, {status, static_cast<std::uint8_t>(data >> 24 & 0x7F)}};
+        return {status, data >> 24 & 0x7F};
     case MIDIStatus::channelPressure:
-        return {tick, 2, {status, top7}};
+        return {status, top7};
     case MIDIStatus::pitchBend: {
         const std::uint32_t bend = scaledTo14Bits(data);
-        return {
-            tick, 3, {status, static_cast<std::uint8_t>(bend & 0x7F), static_cast<std::uint8_t>(bend >> 7)}};
+        return {status, bend & 0x7F, bend >> 7};
     }
     default:
         throw MIDI2ClipImportError::unsupportedMIDI2ChannelVoiceStatus(status);

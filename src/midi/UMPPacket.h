@@ -23,10 +23,12 @@ inline constexpr std::uint8_t stream = 0xF;
 /// One Universal MIDI Packet where it lies in a clip (UMP, M2-104-UM): 1 to 4 big-endian words.
 class UMPPacket {
 public:
-    /// `bytes` begins with the packet; more may follow. The caller has made sure that it is whole.
-    explicit UMPPacket(ByteView bytes) : bytes_(bytes), first_(SMFByteCodec::readU32(bytes, 0)) {
-        assert(bytes.size() >= 4 * static_cast<std::size_t>(wordCount()));
-    }
+    /// Words of the longest packet.
+    static constexpr std::int64_t longest = 4;
+
+    /// `bytes` begins with the packet; more may follow. It has at least the first word; what reads further
+    /// words has made sure that the packet is whole.
+    explicit UMPPacket(ByteView bytes) : bytes_(bytes), first_(SMFByteCodec::readU32(bytes, 0)) {}
 
     /// Words of a packet that begins with a word of this message type.
     [[nodiscard]] static constexpr std::int64_t wordCount(std::uint8_t type) {
