@@ -90,6 +90,7 @@ QFont RetroTheme::monospaced(int pixels, QFont::Weight weight) {
     font.setStyleHint(QFont::Monospace);
     font.setPixelSize(pixels);
     font.setWeight(weight);
+    font.setStyleStrategy(QFont::PreferNoShaping); // Typefaces made for programmers join hyphens into a line.
     return font;
 }
 

@@ -61,19 +61,6 @@ void UnflippedPainter::verticalLine(double x, double bottom, double top, const Q
     fillRect(line, color);
 }
 
-namespace {
-
-// Typefaces made for programmers join two hyphens into one line; an invisible character keeps them apart.
-QString unjoined(QString text) {
-    static const QString hyphens = "--";
-    static const QString apart = QString("-") + QChar(0x200C) + "-";
-    while (text.contains(hyphens))
-        text.replace(hyphens, apart);
-    return text;
-}
-
-} // namespace
-
 void UnflippedPainter::text(const QRectF& box, const QString& text, const QFont& font, const QColor& color,
                             Qt::Alignment alignment) {
     save();
@@ -81,7 +68,7 @@ void UnflippedPainter::text(const QRectF& box, const QString& text, const QFont&
     setFont(font);
     setPen(color);
     const QRectF flippedBox(box.x(), -box.y() - box.height(), box.width(), box.height());
-    drawText(flippedBox, static_cast<int>(alignment) | Qt::TextSingleLine | Qt::TextDontClip, unjoined(text));
+    drawText(flippedBox, static_cast<int>(alignment) | Qt::TextSingleLine | Qt::TextDontClip, text);
     restore();
 }
 
