@@ -8,6 +8,7 @@
 #include "LocalPath.h"
 #include "MIDITrackBarsView.h"
 #include "MainViewLayout.h"
+#include "PictureView.h"
 #include "RetroButton.h"
 #include "RetroLabel.h"
 #include "RetroTheme.h"
@@ -19,7 +20,6 @@
 #include "ViewAccessibility.h"
 
 #include <QPalette>
-#include <QSvgWidget>
 #include <QUrl>
 
 #include <array>
@@ -111,8 +111,8 @@ void MainViewController::buildInterface() {
     fileLabel_->setOverflow(RetroLabelOverflow::shrinkThenTruncate);
     counterView_ = addView<SevenSegmentCounterView>(this, "counterView", Layout::counter);
     moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
-    makeAccessible<QSvgWidget, AccessibleView<QAccessible::Graphic>>();
-    logoView_ = addView<QSvgWidget>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
+    makeAccessible<PictureView, AccessibleView<QAccessible::Graphic>>();
+    logoView_ = addView<PictureView>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
     logoView_->setAccessibleName("MIDI logo");
     buildLabels();
     timeline_ = new RetroTimelineView(log_, this);
