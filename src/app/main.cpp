@@ -1,11 +1,13 @@
 #include "AppDialogs.h"
 #include "CommandLine.h"
 #include "FirstPaint.h"
+#include "FontWarmUp.h"
 #include "GeneralMIDIEngine.h"
 #include "MainWindow.h"
 #include "TambrelBetaLog.h"
 #include "TerminationSignals.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QPixmap>
 #include <QSettings>
@@ -102,9 +104,12 @@ int main(int argc, char** argv) {
         return status;
     }
     prepareForScreenshot(argc, argv);
+    FontWarmUp fonts;
     QApplication::setOrganizationName("Kestrune Software");
     QApplication::setApplicationName("Tambrel");
     const QApplication application(argc, argv);
+    fonts.fillDatabase();
+    static_cast<void>(QAccessible::isActive()); // Asks the bus, which takes its time.
     const auto commandLine = readCommandLine(argc, argv, status);
     return commandLine ? run(*commandLine) : status;
 }
