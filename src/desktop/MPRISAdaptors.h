@@ -40,9 +40,8 @@ public:
         return {"audio/midi", "audio/x-midi", "audio/x-midi2-clip"};
     }
 
-public slots:
-    void Raise() const { controls_.raise(); }
-    void Quit() const { controls_.quit(); }
+    Q_SLOT void Raise() const { controls_.raise(); }
+    Q_SLOT void Quit() const { controls_.quit(); }
 
 private:
     const MediaPlayerControls& controls_;
@@ -84,19 +83,17 @@ public:
     [[nodiscard]] qlonglong position() const { return state_.song ? controls_.position().count() : 0; }
     [[nodiscard]] bool hasSong() const { return state_.song.has_value(); }
 
-signals:
-    void Seeked(qlonglong Position);
+    Q_SIGNAL void Seeked(qlonglong Position);
 
-public slots:
-    void Next() const {}
-    void Previous() const {}
-    void Play() const;
-    void Pause() const;
-    void PlayPause(const QDBusMessage& call) const;
-    void Stop() const { controls_.stop(); }
-    void Seek(qlonglong Offset) const;
-    void SetPosition(const QDBusObjectPath& TrackId, qlonglong Position) const;
-    void OpenUri(const QString& Uri, const QDBusMessage& call) const;
+    Q_SLOT void Next() const {}
+    Q_SLOT void Previous() const {}
+    Q_SLOT void Play() const;
+    Q_SLOT void Pause() const;
+    Q_SLOT void PlayPause(const QDBusMessage& call) const;
+    Q_SLOT void Stop() const { controls_.stop(); }
+    Q_SLOT void Seek(qlonglong Offset) const;
+    Q_SLOT void SetPosition(const QDBusObjectPath& TrackId, qlonglong Position) const;
+    Q_SLOT void OpenUri(const QString& Uri, const QDBusMessage& call) const;
 
 private:
     void refuse(const QDBusMessage& call, const QString& reason) const;
