@@ -11,4 +11,10 @@ namespace tambrel {
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
+/// The file: address of a file, percent-encoded; the reverse.
+[[nodiscard]] inline QByteArray fileAddress(const std::filesystem::path& path) {
+    const std::string bytes = std::filesystem::absolute(path).string();
+    return "file://" + QByteArray::fromStdString(bytes).toPercentEncoding("/");
+}
+
 } // namespace tambrel

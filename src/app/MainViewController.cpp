@@ -88,6 +88,7 @@ MainViewController::MainViewController(MainViewServices services, TambrelBetaLog
                                                     .beep = services_.beep},
                                   log_);
     transportCoordinator_->wirePlayer();
+    player_.onChange = [this](PlaybackChange change) { report(change); };
 }
 
 MainViewController::~MainViewController() {
@@ -195,23 +196,26 @@ void MainViewController::toggleLoudness() {
     transportCoordinator_->toggleLoudness();
 }
 
-void MainViewController::load(const std::filesystem::path& url) {
+void MainViewController::load(const std::filesystem::path& url, AfterLoad after) {
     log_.function(loading, [&url] { return "Loading MIDI file " + displayName(url); });
     const std::int64_t generation = loadCoordinator_.begin();
     showStatus("Loading");
     activityView_->setAnimating(true);
     const std::stop_source task;
     loadCoordinator_.setTask(task);
-    loader_.load(url, task.get_token(),
-                 [this, generation](LoadOutcome outcome) { takeOutcome(generation, std::move(outcome)); });
+    loader_.load(url, task.get_token(), [this, generation, after](LoadOutcome outcome) {
+        takeOutcome(generation, std::move(outcome), after);
+    });
 }
 
-void MainViewController::takeOutcome(std::int64_t generation, LoadOutcome outcome) {
+void MainViewController::takeOutcome(std::int64_t generation, LoadOutcome outcome, AfterLoad after) {
     if (generation == loadCoordinator_.generation()) {
         try {
             if (outcome.error)
                 std::rethrow_exception(outcome.error);
             applyLoadedFile(outcome.song);
+            if (after == AfterLoad::play && player_.mode() != PlaybackMode::playing)
+                playPause();
         } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
         } catch (const std::exception& error) {
             handleLoadFailure(error);
@@ -350,6 +354,12 @@ void MainViewController::showLoaded(bool isLoaded) {
 void MainViewController::replaceSong(std::shared_ptr<const LoadedSong> song) {
     if (auto old = std::exchange(song_, std::move(song)))
         loader_.dispose(std::move(old));
+    report(PlaybackChange::song);
+}
+
+void MainViewController::report(PlaybackChange change) const {
+    if (onPlaybackChange)
+        onPlaybackChange(change);
 }
 
 } // namespace tambrel

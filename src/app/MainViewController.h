@@ -38,6 +38,9 @@ struct MainViewServices {
     std::function<void(const std::string& failure)> loadFinished;
 };
 
+/// What becomes of a song when it is there.
+enum class AfterLoad { wait, play };
+
 /// The content of the main window. Builds every control, owns the player controller, the playback state and
 /// the load coordinator, and carries a file from a requested location to a song that is ready to play, or to
 /// an error display. Main thread only.
@@ -47,8 +50,12 @@ public:
     MainViewController(MainViewServices services, TambrelBetaLog& log);
     ~MainViewController() override;
 
+    /// Told of every change from within the operation that causes it; may read the controller and must not
+    /// command it.
+    std::function<void(PlaybackChange)> onPlaybackChange;
+
     /// Begins to load a file; what was being loaded is dropped.
-    void load(const std::filesystem::path& url);
+    void load(const std::filesystem::path& url, AfterLoad after = AfterLoad::wait);
     /// Asks for a file and loads it.
     void openFile();
     void clearLoadedMIDI();
@@ -63,6 +70,8 @@ public:
     void playbackPreparationFailed(const std::string& reason);
 
     [[nodiscard]] const MIDIPlayerController& player() const { return player_; }
+    /// What has been loaded; null without a song.
+    [[nodiscard]] const TambrelLoadedFile* loadedFile() const { return song_ ? &song_->file : nullptr; }
     [[nodiscard]] const TambrelPlaybackState& playbackState() const { return playbackState_; }
 
 private:
@@ -70,7 +79,7 @@ private:
     void buildLabels();
     void buildButtons();
     void wireViews();
-    void takeOutcome(std::int64_t generation, LoadOutcome outcome);
+    void takeOutcome(std::int64_t generation, LoadOutcome outcome, AfterLoad after);
     void applyLoadedFile(const std::shared_ptr<const LoadedSong>& song);
     void takePlaybackData(const LoadedSong& song);
     void showLoadedFile(const TambrelLoadedFile& file);
@@ -79,6 +88,7 @@ private:
     void showStatus(const QString& title, const QString& explanation = {});
     void showLoaded(bool isLoaded);
     void replaceSong(std::shared_ptr<const LoadedSong> song);
+    void report(PlaybackChange change) const;
 
     MainViewServices services_;
     TambrelBetaLog& log_;

@@ -1,5 +1,6 @@
 #include "AppDialogs.h"
 #include "CommandLine.h"
+#include "DesktopMediaControls.h"
 #include "FirstPaint.h"
 #include "FontWarmUp.h"
 #include "GeneralMIDIEngine.h"
@@ -78,12 +79,15 @@ int run(const CommandLine& commandLine) {
     engine.onNotice = [&log](const std::string& sentence) {
         log.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
+    std::optional<DesktopMediaControls> mediaControls;
     const FirstPaint beginning(window, [&] {
         log.startSession();
         if (!commandLine.files.empty())
             controller->load(commandLine.files.front());
         else if (!commandLine.screenshot.empty())
             loadFinished({});
+        if (commandLine.screenshot.empty())
+            mediaControls.emplace(window, *controller, sessionBus());
     });
     window.show();
     const int status = QApplication::exec();

@@ -54,7 +54,7 @@ void MIDIPlayerController::play() {
     }
     log_.procedure(name, "Starting playback");
     if (isAtEnd())
-        player_->setCurrentPosition(0);
+        moveTo(0);
     setMode(PlaybackMode::playing);
     // Polling finds the end of the song.
     player_->play({});
@@ -91,7 +91,7 @@ void MIDIPlayerController::stop() {
     }
     log_.procedure(name, "Stopping playback and returning to zero");
     player_->stop();
-    player_->setCurrentPosition(0);
+    moveTo(0);
     setMode(PlaybackMode::idle);
     stopTimer();
     if (onProgress)
@@ -105,7 +105,7 @@ void MIDIPlayerController::rtz() {
         return;
     }
     log_.procedure(name, "Returning playhead to zero");
-    player_->setCurrentPosition(0);
+    moveTo(0);
     if (onProgress)
         onProgress(0, duration());
 }
@@ -117,7 +117,7 @@ void MIDIPlayerController::seek(double seconds) {
         return;
     }
     log_.procedure(name, [seconds] { return "Seeking to " + decimalText(seconds) + " seconds"; });
-    player_->setCurrentPosition(clamped(seconds));
+    moveTo(clamped(seconds));
     reportProgress();
 }
 
@@ -161,7 +161,7 @@ void MIDIPlayerController::finishPlaybackIfNeeded() {
     if (!player_ || mode_ != PlaybackMode::playing || player_->isPlaying() || !isAtEnd())
         return;
     log_.procedure("MIDIPlayerController.finishPlaybackIfNeeded", "Playback reached end of file");
-    player_->setCurrentPosition(0);
+    moveTo(0);
     setMode(PlaybackMode::idle);
     stopTimer();
     if (onProgress)
@@ -172,6 +172,15 @@ void MIDIPlayerController::setMode(PlaybackMode mode) {
     mode_ = mode;
     if (onStateChange)
         onStateChange(mode);
+    if (onChange)
+        onChange(PlaybackChange::mode);
+}
+
+void MIDIPlayerController::moveTo(double seconds) {
+    const double before = position();
+    player_->setCurrentPosition(seconds);
+    if (onChange && position() != before)
+        onChange(PlaybackChange::position);
 }
 
 void MIDIPlayerController::reportProgress() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MIDIFilePlayer.h"
+#include "PlaybackChange.h"
 #include "PlaybackMode.h"
 
 #include <QTimer>
@@ -24,6 +25,9 @@ public:
     std::function<void(PlaybackMode mode)> onStateChange;
     /// A song is ready, before its first progress report; or there is none any more (duration 0).
     std::function<void(double duration)> onLoaded;
+    /// For whom the interface is not enough: the mode, after `onStateChange` and before the player follows;
+    /// or the position, unless it is that of a new song.
+    std::function<void(PlaybackChange)> onChange;
 
     /// `log` outlives the controller.
     MIDIPlayerController(MIDIFilePlayerFactory makePlayer, TambrelBetaLog& log);
@@ -56,6 +60,7 @@ private:
     void finishPlaybackIfNeeded();
 
     void setMode(PlaybackMode mode);
+    void moveTo(double seconds);
     void reportProgress() const;
     [[nodiscard]] double clamped(double seconds) const;
     [[nodiscard]] bool isAtEnd() const;

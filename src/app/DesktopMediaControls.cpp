@@ -1,0 +1,111 @@
+#include "DesktopMediaControls.h"
+
+#include "ApplicationInfo.h"
+#include "LocalPath.h"
+#include "MainViewController.h"
+#include "TambrelMIDIFileSupport.h"
+
+#include <QGuiApplication>
+
+#include <cmath>
+
+namespace tambrel {
+namespace {
+
+using std::chrono::microseconds;
+
+microseconds toMicroseconds(double seconds) {
+    return microseconds(std::llround(seconds * 1e6));
+}
+
+double toSeconds(microseconds time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+MediaPlayerStatus status(PlaybackMode mode) {
+    switch (mode) {
+    case PlaybackMode::playing:
+        return MediaPlayerStatus::playing;
+    case PlaybackMode::paused:
+        return MediaPlayerStatus::paused;
+    case PlaybackMode::idle:
+        break;
+    }
+    return MediaPlayerStatus::stopped;
+}
+
+QString title(const TambrelLoadedFile& file) {
+    return QString::fromStdString(std::filesystem::path(file.fileName).stem().string());
+}
+
+// A window of another system than X11 would have to be exported first.
+QString portalIdentifier(const QWidget& window) {
+    return QGuiApplication::platformName() == "xcb" ? "x11:" + QString::number(window.winId(), 16)
+                                                    : QString();
+}
+
+} // namespace
+
+DesktopMediaControls::DesktopMediaControls(QWidget& window, MainViewController& controller,
+                                           const QDBusConnection& bus)
+    : window_(window),
+      controller_(controller),
+      service_(QString::fromStdString(ApplicationInfo::current().identifier.value_or("")), controls(),
+               state(), bus),
+      inhibitor_(portalIdentifier(window), "A song is playing", bus) {
+    controller_.onPlaybackChange = [this](PlaybackChange change) { follow(change); };
+    inhibitor_.setInhibiting(controller_.player().mode() == PlaybackMode::playing);
+}
+
+DesktopMediaControls::~DesktopMediaControls() {
+    controller_.onPlaybackChange = nullptr;
+}
+
+void DesktopMediaControls::follow(PlaybackChange change) {
+    if (change == PlaybackChange::position)
+        return service_.positionJumped();
+    if (change == PlaybackChange::song)
+        ++songNumber_;
+    service_.setState(state());
+    inhibitor_.setInhibiting(controller_.player().mode() == PlaybackMode::playing);
+}
+
+MediaPlayerState DesktopMediaControls::state() const {
+    MediaPlayerState now{.status = status(controller_.player().mode()), .song = {}};
+    if (const TambrelLoadedFile* file = controller_.loadedFile())
+        now.song = {.number = songNumber_,
+                    .title = title(*file),
+                    .address = fileAddress(file->url),
+                    .length = toMicroseconds(controller_.player().duration())};
+    return now;
+}
+
+MediaPlayerControls DesktopMediaControls::controls() {
+    return {
+        .playPause = [this] { controller_.playPause(); },
+        .stop = [this] { controller_.stop(); },
+        .seek = [this](microseconds place) { controller_.seek(toSeconds(place)); },
+        .position = [this] { return toMicroseconds(controller_.player().position()); },
+        .open = [this](const QUrl& url) { return open(url); },
+        .raise = [this] { raise(); },
+        .quit = [this] { window_.close(); },
+    };
+}
+
+bool DesktopMediaControls::open(const QUrl& url) {
+    using namespace TambrelMIDIFileSupport;
+    const std::filesystem::path file = localPath(url);
+    if (!hasExtension(file.string(), loadableExtensions()))
+        return false;
+    controller_.load(file, AfterLoad::play);
+    return true;
+}
+
+void DesktopMediaControls::raise() {
+    window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
+    window_.show();
+    window_.raise();
+    window_.activateWindow();
+}
+
+} // namespace tambrel

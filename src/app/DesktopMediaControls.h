@@ -1,0 +1,41 @@
+#pragma once
+
+#include "MPRISService.h"
+#include "PlaybackChange.h"
+#include "SuspendInhibitor.h"
+
+#include <QDBusConnection>
+
+#include <cstdint>
+
+class QWidget;
+
+namespace tambrel {
+
+class MainViewController;
+
+/// Joins the main view to the desktop: media keys and player controls do what the buttons do, through the
+/// same transport, and the computer does not suspend itself while a song plays. Main thread only.
+class DesktopMediaControls {
+public:
+    /// Both outlive the controls; `window` is the one that has the main view in it, and has been shown.
+    DesktopMediaControls(QWidget& window, MainViewController& controller, const QDBusConnection& bus);
+    ~DesktopMediaControls();
+    DesktopMediaControls(const DesktopMediaControls&) = delete;
+    DesktopMediaControls& operator=(const DesktopMediaControls&) = delete;
+
+private:
+    void follow(PlaybackChange change);
+    [[nodiscard]] MediaPlayerState state() const;
+    [[nodiscard]] MediaPlayerControls controls();
+    [[nodiscard]] bool open(const QUrl& url);
+    void raise();
+
+    QWidget& window_;
+    MainViewController& controller_;
+    std::uint64_t songNumber_ = 0;
+    MPRISService service_;
+    SuspendInhibitor inhibitor_;
+};
+
+} // namespace tambrel

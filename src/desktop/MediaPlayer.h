@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace tambrel {
+
+enum class MediaPlayerStatus { stopped, playing, paused };
+
+/// The song that a media player holds.
+struct MediaPlayerSong {
+    std::uint64_t number = 0; ///< Another one whenever a song is loaded, also when it is the same file again.
+    QString title;
+    QByteArray address; ///< file: address, percent-encoded.
+    std::chrono::microseconds length{};
+};
+
+/// What a media player shows of itself to the desktop.
+struct MediaPlayerState {
+    MediaPlayerStatus status = MediaPlayerStatus::stopped;
+    std::optional<MediaPlayerSong> song; ///< Without one there is nothing to play, to pause or to seek in.
+};
+
+/// What the desktop may have a media player do; all called on the main thread. None may be empty.
+struct MediaPlayerControls {
+    std::function<void()> playPause;
+    std::function<void()> stop;
+    /// Moves the playhead to a place within the song.
+    std::function<void(std::chrono::microseconds)> seek;
+    /// Where the playhead is, between 0 and the length.
+    std::function<std::chrono::microseconds()> position;
+    /// Opens and plays the file of a file: address; false when it is of no kind that can be opened.
+    std::function<bool(const QUrl&)> open;
+    /// Brings the window to the front.
+    std::function<void()> raise;
+    std::function<void()> quit;
+};
+
+} // namespace tambrel
