@@ -1,0 +1,35 @@
+# `cpack --preset release` makes the Debian package.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tambrel)
+set(CPACK_PACKAGE_VENDOR "Kestrune Software")
+set(CPACK_PACKAGE_CONTACT "Kestrune Software <support@kestrune.example>")
+set(CPACK_PACKAGE_VERSION ${TAMBREL_SHORT_VERSION})
+set(CPACK_PACKAGE_HOMEPAGE_URL "https://kestrune.example/tambrel/")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
+set(CPACK_INSTALL_CMAKE_PROJECTS
+  "${CMAKE_BINARY_DIR};${PROJECT_NAME};ALL;/" "${CMAKE_BINARY_DIR};${PROJECT_NAME};debian;/")
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION sound)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "MIDI file player with the look of retro studio hardware")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "\
+Tambrel opens Standard MIDI Files and MIDI 2.0 Clip Files at once, shows
+what is in them, and plays them through a General MIDI synthesizer: with a
+seven-segment counter, a timeline to seek in, and a lane of phrase bars for
+every track. Files come to its window from anywhere on the desktop, and
+media keys drive it.
+.
+tambrel-midi does the same without a window: it shows facts, converts to and
+from MIDI 2.0 clips, and renders to WAV.")
+# FluidSynth is loaded at run time, and the icon through a plugin: no linked library tells of them. The actions of the
+# desktop file are called through gapplication where the launcher does not call them itself.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+  "libfluidsynth3 (>= 2.3), libqt6svg6, timgm6mb-soundfont | sf3-soundfont-gm | sf2-soundfont-gm")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-jetbrains-mono, libglib2.0-bin, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "playerctl, xdg-desktop-portal, xdg-utils")
+include(CPack)
