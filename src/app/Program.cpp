@@ -4,6 +4,7 @@
 #include "DesktopApplication.h"
 #include "MainWindow.h"
 #include "SoundBank.h"
+#include "StartupNotification.h"
 #include "TambrelBetaLog.h"
 #include "TerminationSignals.h"
 
@@ -75,12 +76,15 @@ void Program::serve(DesktopApplication& desktop) {
     desktop.onAction = [this](const QString& action, const LaunchContext& context) {
         if (action == "open")
             comeUp(context);
+        else
+            endStartupNotification(*delegate_.window(), context.startupId);
         delegate_.performAction(action);
     };
 }
 
 void Program::comeUp(const LaunchContext& context) {
     delegate_.raiseWindow(context.activationToken);
+    endStartupNotification(*delegate_.window(), context.startupId);
 }
 
 int Program::run() {
