@@ -8,8 +8,10 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <span>
+#include <string_view>
 
 namespace tambrel {
 namespace {
@@ -19,6 +21,35 @@ std::filesystem::path pathOf(const std::string& argument) {
     if (!argument.starts_with("file:"))
         return argument;
     return localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+}
+
+/// How many arguments an option of the toolkit takes up from here on; 0 when it is none. One or two dashes
+/// begin it.
+std::size_t toolkitOptionLength(std::string_view argument) {
+    constexpr std::array<std::string_view, 4> alone{"reverse", "nograb", "dograb", "widgetcount"};
+    constexpr std::array<std::string_view, 15> withValue{
+        "platform", "platformpluginpath", "platformtheme", "plugin",       "qwindowgeometry",
+        "geometry", "qwindowicon",        "icon",          "qwindowtitle", "title",
+        "style",    "stylesheet",         "display",       "name",         "session"};
+    if (!argument.starts_with('-'))
+        return 0;
+    argument.remove_prefix(argument.starts_with("--") ? 2 : 1);
+    if (argument.starts_with("style=") || argument.starts_with("stylesheet=") ||
+        std::ranges::find(alone, argument) != alone.end())
+        return 1;
+    return std::ranges::find(withValue, argument) != withValue.end() ? 2 : 0;
+}
+
+/// The program's name and the arguments that are not the toolkit's.
+std::vector<char*> ownArguments(std::span<char*> arguments) {
+    std::vector<char*> own;
+    for (std::size_t at = 0; at < arguments.size();) {
+        const std::size_t length = at == 0 ? 0 : toolkitOptionLength(arguments[at]);
+        if (length == 0)
+            own.push_back(arguments[at]);
+        at += std::max<std::size_t>(length, 1);
+    }
+    return own;
 }
 
 } // namespace
@@ -38,16 +69,18 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         ->envname("TAMBREL_AUDIO_DRIVER")
         ->check(CLI::IsMember({"pulseaudio", "alsa", "jack", "silent"}));
     program.add_flag("--play", result.play, "Start playing as soon as the file is loaded");
+    program.add_flag("--new-instance", result.newInstance, "Open a window of its own, whatever is running");
     auto* screenshot =
         program.add_option("--screenshot", result.screenshot, "Write a PNG picture of the window and end");
-    std::string scale; // Taken by prepareForScreenshot.
-    program.add_option("--scale", scale, "Scale of the picture, such as 1.5")
+    program.add_option("--scale", result.scale, "Scale of the picture, such as 1.5")
         ->needs(screenshot)
         ->check(CLI::Range(0.5, 8.0));
     program.add_option("--at", result.at, "Playhead of the picture, in seconds")->needs(screenshot);
-    program.add_option("FILE", files, "MIDI file to open");
+    program.add_option("FILE", files, "MIDI files, of which the first that can be is opened");
+    program.footer("The options of Qt programs are understood too, such as -platform and -style.");
+    const auto own = ownArguments({argv, static_cast<std::size_t>(argc)});
     try {
-        program.parse(argc, argv);
+        program.parse(static_cast<int>(own.size()), own.data());
     } catch (const CLI::Success& success) {
         status = program.exit(success);
         return std::nullopt;
@@ -62,30 +95,12 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     return result;
 }
 
-void prepareForScreenshot(int argc, char** argv) {
-    const std::span arguments(argv, static_cast<std::size_t>(argc));
-    const auto valueOf = [&](std::string_view option) -> const char* {
-        for (std::size_t at = 1; at < arguments.size(); ++at) {
-            const std::string_view argument = arguments[at];
-            if (argument == option && at + 1 < arguments.size())
-                return arguments[at + 1];
-            if (argument.starts_with(option) && argument.substr(option.size()).starts_with('='))
-                return arguments[at] + option.size() + 1;
-        }
-        return nullptr;
-    };
-    if (valueOf("--screenshot") == nullptr)
+void prepareForScreenshot(const CommandLine& commandLine) {
+    if (commandLine.screenshot.empty())
         return;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (const char* scale = valueOf("--scale"))
-        qputenv("QT_SCALE_FACTOR", scale);
-}
-
-bool asksForText(int argc, char** argv) {
-    return std::ranges::any_of(std::span(argv, static_cast<std::size_t>(argc)),
-                               [](std::string_view argument) {
-                                   return argument == "--help" || argument == "-h" || argument == "--version";
-                               });
+    if (!commandLine.scale.empty())
+        qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(commandLine.scale));
 }
 
 } // namespace tambrel

@@ -13,20 +13,19 @@ struct CommandLine {
     std::vector<std::string>
         audioDrivers;                 ///< --audio-driver or TAMBREL_AUDIO_DRIVER; empty for the defaults.
     bool play = false;                ///< --play: start as soon as the file is there.
+    bool newInstance = false;         ///< --new-instance: open a window whatever else is running.
     std::filesystem::path screenshot; ///< --screenshot: the picture to write; empty for none.
+    std::string scale;                ///< --scale: of the picture; empty for the system's.
     double at = 0;                    ///< --at: where the playhead stands in the picture, in seconds.
     std::vector<std::filesystem::path> files;
 };
 
-/// Reads the arguments that are left when the toolkit has taken its own. When the program has nothing more to
+/// Reads the arguments, leaving those to the toolkit that are its own. When the program has nothing more to
 /// do (help, version, wrong usage), prints what there is to say and returns nothing, with the exit status in
 /// `status`.
 [[nodiscard]] std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status);
 
-/// True when the arguments ask for help or the version, which needs no display.
-[[nodiscard]] bool asksForText(int argc, char** argv);
-
 /// Has to run before the toolkit starts: a picture needs no display, and is painted at the scale of --scale.
-void prepareForScreenshot(int argc, char** argv);
+void prepareForScreenshot(const CommandLine& commandLine);
 
 } // namespace tambrel

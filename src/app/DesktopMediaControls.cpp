@@ -75,7 +75,7 @@ MediaPlayerState DesktopMediaControls::state() const {
     if (const TambrelLoadedFile* file = controller_.loadedFile())
         now.song = {.number = songNumber_,
                     .title = title(*file),
-                    .address = fileAddress(file->url),
+                    .address = fileURI(file->url).toLatin1(),
                     .length = toMicroseconds(controller_.player().duration())};
     return now;
 }

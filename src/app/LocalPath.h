@@ -1,20 +1,26 @@
 #pragma once
 
+#include <QString>
 #include <QUrl>
 
 #include <filesystem>
+#include <system_error>
 
 namespace tambrel {
 
-/// The file that a file: address names, byte by byte: file names need be no UTF-8.
+/// The file that a file: address names, byte by byte: file names need be no UTF-8. Empty for any other
+/// address.
 [[nodiscard]] inline std::filesystem::path localPath(const QUrl& url) {
+    if (!url.isLocalFile())
+        return {};
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
-/// The file: address of a file, percent-encoded; the reverse.
-[[nodiscard]] inline QByteArray fileAddress(const std::filesystem::path& path) {
-    const std::string bytes = std::filesystem::absolute(path).string();
-    return "file://" + QByteArray::fromStdString(bytes).toPercentEncoding("/");
+/// The file: address of a file, which may be named relative to the working directory.
+[[nodiscard]] inline QString fileURI(const std::filesystem::path& file) {
+    std::error_code noWorkingDirectory;
+    const std::filesystem::path whole = std::filesystem::absolute(file, noWorkingDirectory);
+    return "file://" + QString::fromLatin1(QByteArray::fromStdString(whole.string()).toPercentEncoding("/"));
 }
 
 } // namespace tambrel

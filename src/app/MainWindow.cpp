@@ -1,18 +1,25 @@
 #include "MainWindow.h"
 
+#include <QApplication>
 #include <QLayout>
-#include <QMenuBar>
 
 namespace tambrel {
 
 MainWindow::MainWindow(MainViewController* controller) {
     setWindowTitle("Tambrel");
     setCentralWidget(controller);
-    QMenu* file = menuBar()->addMenu("File");
-    file->addAction("Open MIDI File...", controller, &MainViewController::openFile)
-        ->setShortcut(QKeySequence::Open);
-    file->addAction("Quit", this, &QWidget::close)->setShortcut(QKeySequence::Quit);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void MainWindow::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (onMove)
+        onMove();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
 }
 
 } // namespace tambrel

@@ -4,13 +4,22 @@
 
 #include <QMainWindow>
 
+#include <functional>
+
 namespace tambrel {
 
-/// The one window: the main view controller under a menu bar, of a fixed size.
+/// The one window: the main view controller under a menu bar, of a fixed size. Closing it ends the program,
+/// whatever other windows there are.
 class MainWindow : public QMainWindow {
 public:
     /// Takes the view controller over.
     explicit MainWindow(MainViewController* controller);
+
+    std::function<void()> onMove; ///< Called when the window has moved. May be empty.
+
+protected:
+    void moveEvent(QMoveEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 };
 
 } // namespace tambrel

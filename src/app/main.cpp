@@ -1,119 +1,33 @@
-#include "AppDialogs.h"
+#include "ApplicationInfo.h"
 #include "CommandLine.h"
-#include "DesktopMediaControls.h"
-#include "FirstPaint.h"
+#include "DesktopApplication.h"
 #include "FontWarmUp.h"
-#include "GeneralMIDIEngine.h"
-#include "MainWindow.h"
-#include "TambrelBetaLog.h"
-#include "TerminationSignals.h"
+#include "HandOver.h"
+#include "Program.h"
 
 #include <QAccessible>
 #include <QApplication>
-#include <QPixmap>
-#include <QSettings>
 
 #include <cstdlib>
-#include <iostream>
-
-namespace {
-
-using namespace tambrel;
-
-void complain(const std::string& message) {
-    std::cerr << "tambrel: " << message << "\n";
-}
-
-GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
-    GeneralMIDIOptions options{.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers};
-    if (!commandLine.screenshot.empty())
-        options.audioDrivers = {std::string(silentDriverName)};
-    return options;
-}
-
-// Called when the file is there, or when its error is shown instead: both make a picture.
-void takeScreenshot(MainViewController& controller, const CommandLine& commandLine,
-                    const std::string& failure) {
-    if (!failure.empty())
-        complain(failure);
-    else if (commandLine.at > 0)
-        controller.seek(commandLine.at);
-    const bool written =
-        controller.grab().save(QString::fromStdString(commandLine.screenshot.string()), "PNG");
-    if (!written)
-        complain(commandLine.screenshot.string() + ": The picture could not be written.");
-    QApplication::exit(written && failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
-}
-
-int run(const CommandLine& commandLine) {
-    QSettings settings;
-    TambrelBetaLog& log = TambrelBetaLog::shared();
-    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = askModally});
-    log.function("AppDelegate.applicationDidFinishLaunching", "Application launch procedure started");
-    const TerminationSignals signalsEndNormally;
-
-    GeneralMIDIEngine engine(engineOptions(commandLine));
-    MainViewController* controller = nullptr;
-    const auto loadFinished = [&](const std::string& failure) {
-        if (!commandLine.screenshot.empty())
-            takeScreenshot(*controller, commandLine, failure);
-        else if (!failure.empty())
-            complain(failure);
-        else if (commandLine.play && controller->player().mode() == PlaybackMode::idle)
-            controller->playPause();
-    };
-    controller = new MainViewController(
-        {.makePlayer = [&engine](const MIDIData& song) { return engine.makePlayer(song); },
-         .adoptSong =
-             [&engine](const LoadedSong& song) {
-                 engine.adoptTimeline(song.file.playbackData, song.timeline);
-             },
-         .beep = [] { QApplication::beep(); },
-         .chooseFile = chooseMIDIFile,
-         .loadFinished = loadFinished},
-        log);
-    MainWindow window(controller);
-    engine.onFailure = [controller](const std::string& reason) {
-        controller->playbackPreparationFailed(reason);
-    };
-    engine.onNotice = [&log](const std::string& sentence) {
-        log.procedure("GeneralMIDIEngine.watchOutput", sentence);
-    };
-    std::optional<DesktopMediaControls> mediaControls;
-    const FirstPaint beginning(window, [&] {
-        log.startSession();
-        if (!commandLine.files.empty())
-            controller->load(commandLine.files.front());
-        else if (!commandLine.screenshot.empty())
-            loadFinished({});
-        if (commandLine.screenshot.empty())
-            mediaControls.emplace(window, *controller, sessionBus());
-    });
-    window.show();
-    const int status = QApplication::exec();
-    window.hide(); // Whatever is still to be finished, the user need not watch it.
-    log.finishSession();
-    log.close();
-    if (engine.isLoadingSoundBank())
-        std::_Exit(status); // A large bank takes seconds, and nobody waits for it any more.
-    return status;
-}
-
-} // namespace
 
 int main(int argc, char** argv) {
+    using namespace tambrel;
     int status = 0;
-    if (asksForText(argc, argv)) {
-        static_cast<void>(readCommandLine(argc, argv, status));
+    const auto commandLine = readCommandLine(argc, argv, status);
+    if (!commandLine)
         return status;
-    }
-    prepareForScreenshot(argc, argv);
+    complainOfUnsupportedFiles(*commandLine);
+    prepareForScreenshot(*commandLine);
+    const auto identifier = QString::fromStdString(ApplicationInfo::current().identifier.value_or("tambrel"));
     FontWarmUp fonts;
+    DesktopApplication desktop(identifier);
+    if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
+        return EXIT_SUCCESS;
     QApplication::setOrganizationName("Kestrune Software");
     QApplication::setApplicationName("Tambrel");
+    QApplication::setDesktopFileName(identifier);
     const QApplication application(argc, argv);
     fonts.fillDatabase();
     static_cast<void>(QAccessible::isActive()); // Asks the bus, which takes its time.
-    const auto commandLine = readCommandLine(argc, argv, status);
-    return commandLine ? run(*commandLine) : status;
+    return Program(*commandLine, desktop).run();
 }

@@ -1,9 +1,11 @@
 #include "MediumDateTime.h"
 
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <unicode/datefmt.h>
 #include <unicode/locid.h>
+#include <unicode/uversion.h>
 
 namespace tambrel {
 
@@ -32,6 +34,14 @@ DateTimeFormatter makeMediumDateTimeFormatter(const std::string& locale) {
             format->format(Milliseconds(moment.time_since_epoch()).count(), text).toUTF8String(utf8);
         return utf8;
     };
+}
+
+std::string dateFormatterVersion() {
+    UVersionInfo version{};
+    u_getVersion(version);
+    std::array<char, U_MAX_VERSION_STRING_LENGTH> text{};
+    u_versionToString(version, text.data());
+    return std::string("ICU ") + text.data();
 }
 
 } // namespace tambrel

@@ -41,6 +41,7 @@ namespace {
     FUNCTION(fluid_synth_reset_basic_channel) FUNCTION(fluid_synth_set_basic_channel) \
     FUNCTION(fluid_synth_set_channel_type) FUNCTION(fluid_synth_set_gain) FUNCTION(fluid_synth_sfload) \
     FUNCTION(fluid_synth_sysex) FUNCTION(fluid_synth_system_reset) FUNCTION(fluid_synth_write_float) \
+    FUNCTION(fluid_version_str) \
     FUNCTION(new_fluid_audio_driver2) FUNCTION(new_fluid_settings) FUNCTION(new_fluid_synth) \
     FUNCTION(snd_lib_error_set_handler)
 // clang-format on
@@ -135,6 +136,10 @@ struct Synthesizer::Handles {
     Settings settings;
     std::unique_ptr<fluid_synth_t, SynthDeleter> synth;
 };
+
+std::string synthesizerVersion() {
+    return std::string("FluidSynth ") + (library().isLoaded() ? library().fluid_version_str() : "(missing)");
+}
 
 Synthesizer::Synthesizer(double sampleRate) : handles_(std::make_unique<Handles>()) {
     if (!library().isLoaded())

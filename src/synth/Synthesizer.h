@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace tambrel {
@@ -14,6 +15,9 @@ namespace tambrel {
 class SoundBankError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+/// The name and version of the synthesizer in use.
+[[nodiscard]] std::string synthesizerVersion();
 
 /// Frames that the synthesizer renders at once; what is sent to it takes effect at the next such block.
 inline constexpr int synthesizerBlock = 64;

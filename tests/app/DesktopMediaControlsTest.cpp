@@ -145,7 +145,7 @@ TEST_F(DesktopMediaControlsTest, TellsTheDesktopWhatTheWindowDoes) {
 TEST_F(DesktopMediaControlsTest, OpensAndPlaysAFileWhateverItsName) {
     for (const char* name : {"100%25.mid", "\xC3\x89tude.MID", "no UTF-8 \xFF.midi", "#1?.mid", "'.mid"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(loadAddress(fileAddress(files.write(name, smallSong()))), "");
+        EXPECT_EQ(loadAddress(fileURI(files.write(name, smallSong())).toLatin1()), "");
         EXPECT_EQ(mode(), PlaybackMode::playing);
         EXPECT_EQ(driven.controller->loadedFile()->url, files.path(name));
     }
@@ -156,7 +156,7 @@ TEST_F(DesktopMediaControlsTest, OpensAndPlaysAFileWhateverItsName) {
 }
 
 TEST_F(DesktopMediaControlsTest, PlaysOnlyWhatItWasAskedToOpen) {
-    openAddress(fileAddress(song));
+    openAddress(fileURI(song).toLatin1());
     driven.controller->load(files.write("b.mid", smallSong()));
     ASSERT_TRUE(QTest::qWaitFor([&] { return driven.label("fileLabel") == "b.mid"; }, 30'000));
     EXPECT_EQ(mode(), PlaybackMode::idle);
@@ -217,7 +217,7 @@ TEST(TambrelOnTheBusTest, IsPlayedByMediaKeys) {
     };
     ASSERT_TRUE(comes({"metadata", "title"}, "first")) << tambrel.readAllStandardError().toStdString();
     EXPECT_EQ(player({"metadata", "mpris:length"}), "20000000");
-    EXPECT_EQ(player({"metadata", "xesam:url"}), fileAddress(first).toStdString());
+    EXPECT_EQ(player({"metadata", "xesam:url"}), fileURI(first).toStdString());
     EXPECT_EQ(player({"status"}), "Stopped");
     BusMonitor monitor(bus, service);
     const auto seconds = [&] { return std::stod(player({"position"})); };
@@ -243,7 +243,7 @@ TEST(TambrelOnTheBusTest, IsPlayedByMediaKeys) {
     for (std::size_t at = 0; at < lines.size(); ++at)
         EXPECT_THAT(lines[at], HasSubstr(heard[at]));
 
-    EXPECT_EQ(player({"open", fileAddress(second)}), "");
+    EXPECT_EQ(player({"open", fileURI(second)}), "");
     EXPECT_TRUE(comes({"metadata", "title"}, "second"));
     EXPECT_EQ(player({"status"}), "Playing");
     EXPECT_EQ(bus.run(call("Quit")).errors, "");

@@ -1,0 +1,233 @@
+#include "AppDelegate.h"
+
+#include "FirstPaint.h"
+#include "LocalPath.h"
+#include "MainWindow.h"
+#include "TambrelBetaLog.h"
+#include "TambrelMIDIFileSupport.h"
+#include "TambrelMenuBuilder.h"
+#include "UTF8.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileOpenEvent>
+#include <QIcon>
+#include <QMenuBar>
+#include <QScreen>
+#include <QSettings>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+constexpr std::string_view opening = "AppDelegate.openMIDIURLs";
+
+std::vector<QRectF> visibleFrames() {
+    std::vector<QRectF> frames;
+    for (const QScreen* screen : QApplication::screens())
+        frames.emplace_back(screen->availableGeometry());
+    return frames;
+}
+
+// A Wayland compositor neither tells where a window is nor lets it choose.
+bool windowsCanBePlaced() {
+    return !QApplication::platformName().startsWith("wayland");
+}
+
+std::filesystem::path locationOf(const QString& uri) {
+    return localPath(QUrl::fromEncoded(uri.toUtf8()));
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(AppDelegateServices services, TambrelBetaLog& log)
+    : services_(std::move(services)), log_(log), windowPlacementStore_(services_.settings) {
+    qApp->installEventFilter(this);
+    connect(qApp, &QApplication::commitDataRequest, this, [this] { windowDidMove(); });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    log_.function("AppDelegate.applicationDidFinishLaunching", "Application launch procedure started");
+    log_.procedure("AppDelegate.installRuntimeAppIcon", "Installing runtime app icon if available");
+    QMenuBar* menuBar = installMenu();
+    window_ = std::make_unique<MainWindow>(new MainViewController(services_.view, log_));
+    window_->setMenuBar(menuBar);
+    if (windowsCanBePlaced())
+        placeWindow();
+    firstPaint_ = std::make_unique<FirstPaint>(*window_, [this] { finishLaunching(); });
+    window_->show();
+}
+
+// From a theme, or from a drawing that has to be rendered: nothing to keep the user waiting for.
+void AppDelegate::installRuntimeAppIcon() {
+    const QString drawing = ":/TambrelAppIcon.svg";
+    QIcon icon = QIcon::fromTheme(QApplication::desktopFileName());
+    if (icon.isNull() && QFile::exists(drawing))
+        icon = QIcon(drawing);
+    if (!icon.isNull())
+        QApplication::setWindowIcon(icon);
+}
+
+QMenuBar* AppDelegate::installMenu() {
+    log_.procedure("TambrelMenuBuilder.install", "Building application menus");
+    const auto inView = [this](void (MainViewController::*action)()) {
+        return [this, action] {
+            if (mainViewController_)
+                (mainViewController_->*action)();
+        };
+    };
+    MenuTargets targets{.showInfo = [this] { showInfo(); },
+                        .openFile = inView(&MainViewController::openFile),
+                        .playPause = inView(&MainViewController::playPause),
+                        .rtz = inView(&MainViewController::rtz),
+                        .stop = inView(&MainViewController::stop),
+                        .showDebuggingWindow = {}};
+    if (log_.diagnosticsEnabled())
+        targets.showDebuggingWindow = [this] { showDebuggingWindow(); };
+    auto* bar = new QMenuBar;
+    TambrelMenuBuilder::install(*bar, targets);
+    return bar;
+}
+
+// By its content, menu bar included: what the window manager puts around it is unknown before it shows. The
+// place of a screen that is gone would leave the window where nobody sees it.
+void AppDelegate::placeWindow() {
+    const QSize size = window_->sizeHint();
+    const auto visible = visibleFrames();
+    QRectF frame = windowPlacementStore_.launchFrame(size, visible);
+    if (!TambrelWindowPlacementStore::bestVisibleFrame(frame, visible))
+        frame = TambrelWindowPlacementStore::centeredFrame(size, visible);
+    window_->setGeometry({frame.topLeft().toPoint(), size});
+    window_->onMove = [this] { windowDidMove(); };
+}
+
+// Its height is known only now.
+void AppDelegate::keepTitleBarOnScreen() {
+    const QRectF frame = window_->frameGeometry();
+    const QRectF kept = TambrelWindowPlacementStore::clamped(frame, visibleFrames());
+    if (kept.top() > frame.top())
+        window_->move(window_->x(), static_cast<int>(kept.top()));
+}
+
+void AppDelegate::finishLaunching() {
+    if (windowsCanBePlaced())
+        keepTitleBarOnScreen();
+    installRuntimeAppIcon();
+    log_.startSession(); // May ask the user; what arrives meanwhile is kept.
+    mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
+    if (services_.didFinishLaunching)
+        services_.didFinishLaunching(*mainViewController_);
+    openPendingMIDIURLs();
+    for (const QString& action : std::exchange(pendingActions_, {}))
+        performAction(action);
+}
+
+void AppDelegate::windowDidMove() const {
+    if (window_ && windowsCanBePlaced() && !window_->isMinimized())
+        windowPlacementStore_.save(window_->geometry());
+}
+
+void AppDelegate::applicationWillTerminate() {
+    windowDidMove();
+    services_.settings.sync();
+    log_.finishSession();
+}
+
+void AppDelegate::applicationOpen(const QStringList& uris) {
+    log_.userAction(
+        [&] { return "Opened Tambrel from Finder with " + std::to_string(uris.size()) + " URL(s)"; },
+        "AppDelegate.application(_:open:)");
+    std::vector<std::filesystem::path> urls;
+    std::ranges::transform(uris, std::back_inserter(urls), locationOf);
+    openMIDIURLs(urls);
+}
+
+bool AppDelegate::applicationOpenFile(const std::filesystem::path& path) {
+    log_.userAction([&] { return "Opened Tambrel with file " + UTF8::repaired(path.native()); },
+                    "AppDelegate.application(_:openFile:)");
+    openMIDIURLs({path});
+    return true;
+}
+
+void AppDelegate::applicationOpenFiles(const std::vector<std::filesystem::path>& paths) {
+    log_.userAction([&] { return "Opened Tambrel with " + std::to_string(paths.size()) + " file(s)"; },
+                    "AppDelegate.application(_:openFiles:)");
+    openMIDIURLs(paths);
+}
+
+bool AppDelegate::isSupportedMIDIURL(const std::filesystem::path& url) {
+    return TambrelMIDIFileSupport::hasExtension(url.native(), TambrelMIDIFileSupport::loadableExtensions());
+}
+
+void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls) {
+    log_.function(opening, [&] { return "Evaluating " + std::to_string(urls.size()) + " incoming URL(s)"; });
+    std::vector<std::filesystem::path> supported;
+    std::ranges::copy_if(urls, std::back_inserter(supported), isSupportedMIDIURL);
+    if (supported.empty()) {
+        log_.procedure(opening, "No supported MIDI URLs found");
+        services_.view.beep();
+        return;
+    }
+    if (!mainViewController_) {
+        std::ranges::move(supported, std::back_inserter(pendingMIDIURLs_));
+        log_.procedure(opening, "Main window not ready; queued MIDI URLs");
+        return;
+    }
+    raiseWindow();
+    const std::filesystem::path& first = supported.front();
+    log_.procedure(opening, [&] { return "Loading " + UTF8::repaired(first.filename().native()); });
+    mainViewController_->load(first);
+}
+
+void AppDelegate::openPendingMIDIURLs() {
+    if (pendingMIDIURLs_.empty())
+        return;
+    log_.function("AppDelegate.openPendingMIDIURLs", "Opening queued MIDI URL(s)");
+    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}));
+}
+
+void AppDelegate::performAction(const QString& name) {
+    if (!mainViewController_)
+        pendingActions_ << name;
+    else if (name == "play-pause")
+        mainViewController_->playPause();
+    else if (name == "stop")
+        mainViewController_->stop();
+    else if (name == "open")
+        mainViewController_->openFile();
+}
+
+void AppDelegate::raiseWindow(const QString& activationToken) {
+    if (!window_)
+        return;
+    // This is how the toolkit wants to be told, and it takes the token out again when it has used it.
+    if (!activationToken.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
+    window_->raise();
+    window_->activateWindow();
+}
+
+void AppDelegate::showInfo() {
+    TambrelAboutPanel::show(*window_, services_.about());
+}
+
+void AppDelegate::showDebuggingWindow() {
+    if (services_.showDebuggingWindow)
+        services_.showDebuggingWindow();
+}
+
+bool AppDelegate::eventFilter(QObject*, QEvent* event) {
+    if (event->type() != QEvent::FileOpen)
+        return false;
+    const auto& request = static_cast<const QFileOpenEvent&>(*event);
+    return applicationOpenFile(localPath(request.url()));
+}
+
+} // namespace tambrel

@@ -1,0 +1,157 @@
+#include "Program.h"
+
+#include "AppDialogs.h"
+#include "DesktopApplication.h"
+#include "MainWindow.h"
+#include "SessionBus.h"
+#include "SoundBank.h"
+#include "StartupNotification.h"
+#include "TambrelBetaLog.h"
+#include "TerminationSignals.h"
+
+#include <QApplication>
+#include <QPixmap>
+
+#include <cstdlib>
+#include <iostream>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+void complain(const std::string& message) {
+    std::cerr << "tambrel: " << message << "\n";
+}
+
+GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
+    GeneralMIDIOptions options{.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers};
+    if (!commandLine.screenshot.empty())
+        options.audioDrivers = {std::string(silentDriverName)};
+    return options;
+}
+
+TambrelBetaLog& configuredLog(QSettings& settings) {
+    TambrelBetaLog& log = TambrelBetaLog::shared();
+    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = askModally});
+    return log;
+}
+
+} // namespace
+
+Program::Program(CommandLine commandLine, DesktopApplication& desktop)
+    : commandLine_(std::move(commandLine)),
+      log_(configuredLog(settings_)),
+      engine_(engineOptions(commandLine_)),
+      delegate_(services(), log_),
+      playsWhenLoaded_(commandLine_.play) {
+    engine_.onNotice = [this](const std::string& sentence) {
+        log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
+    };
+    serve(desktop);
+}
+
+Program::~Program() = default;
+
+AppDelegateServices Program::services() {
+    return {.view = {.makePlayer = [this](const MIDIData& song) { return engine_.makePlayer(song); },
+                     .adoptSong =
+                         [this](const LoadedSong& song) {
+                             engine_.adoptTimeline(song.file.playbackData, song.timeline);
+                         },
+                     .beep = [] { QApplication::beep(); },
+                     .chooseFile = chooseMIDIFile,
+                     .loadFinished = [this](const std::string& failure) { loadFinished(failure); }},
+            .settings = settings_,
+            .about = [this] { return aboutFacts(); },
+            .showDebuggingWindow = {}, // The log's, when it has one.
+            .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); }};
+}
+
+void Program::serve(DesktopApplication& desktop) {
+    desktop.onActivate = [this](const LaunchContext& context) { comeUp(context); };
+    desktop.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
+        playsWhenLoaded_ = playsWhenLoaded_ || context.play;
+        comeUp(context);
+        delegate_.applicationOpen(uris);
+    };
+    desktop.onAction = [this](const QString& action, const LaunchContext& context) {
+        if (action == "open")
+            comeUp(context);
+        else
+            endStartupNotification(*delegate_.window(), context.startupId);
+        delegate_.performAction(action);
+    };
+}
+
+void Program::comeUp(const LaunchContext& context) {
+    delegate_.raiseWindow(context.activationToken);
+    endStartupNotification(*delegate_.window(), context.startupId);
+}
+
+int Program::run() {
+    const TerminationSignals signalsEndNormally;
+    if (!commandLine_.files.empty())
+        delegate_.applicationOpenFiles(commandLine_.files);
+    delegate_.applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    delegate_.applicationWillTerminate();
+    delegate_.window()->hide(); // Whatever is still to be finished, the user need not watch it.
+    log_.close();
+    if (engine_.isLoadingSoundBank())
+        std::_Exit(status); // A large bank takes seconds, and nobody waits for it any more.
+    return status;
+}
+
+void Program::didFinishLaunching(MainViewController& view) {
+    view_ = &view;
+    if (commandLine_.screenshot.empty())
+        mediaControls_.emplace(*delegate_.window(), view, sessionBus());
+    engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
+    const bool loadsNothing = std::ranges::none_of(commandLine_.files, AppDelegate::isSupportedMIDIURL);
+    if (!commandLine_.screenshot.empty() && loadsNothing)
+        takeScreenshot(commandLine_.files.empty() ? "" : "There is no song in the picture.");
+}
+
+void Program::loadFinished(const std::string& failure) {
+    if (!commandLine_.screenshot.empty())
+        return takeScreenshot(failure);
+    const bool plays = std::exchange(playsWhenLoaded_, false);
+    if (!failure.empty())
+        complain(failure);
+    else if (plays && view_->player().mode() == PlaybackMode::idle)
+        view_->playPause();
+}
+
+// Called when the file is there, or when its error is shown instead: both make a picture.
+void Program::takeScreenshot(const std::string& failure) {
+    if (!failure.empty())
+        complain(failure);
+    else if (commandLine_.at > 0)
+        view_->seek(commandLine_.at);
+    const bool written = view_->grab().save(QString::fromStdString(commandLine_.screenshot.string()), "PNG");
+    if (!written)
+        complain(commandLine_.screenshot.string() + ": The picture could not be written.");
+    QApplication::exit(written && failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+AboutFacts Program::aboutFacts() const {
+    return {.info = ApplicationInfo::current(),
+            .builtOn =
+                "Qt " + std::string(qVersion()) + ", " + synthesizerVersion() + ", " + dateFormatterVersion(),
+            .soundBank = soundBankText()};
+}
+
+// The bank's path, and where that leads to: a default bank is a link.
+std::string Program::soundBankText() const {
+    try {
+        const auto bank =
+            engine_.soundBank().empty() ? findSoundBank(commandLine_.soundBank) : engine_.soundBank();
+        std::error_code isMissing;
+        const auto file = std::filesystem::canonical(bank, isMissing);
+        return isMissing || file == bank ? bank.string() : bank.string() + "\nis " + file.string();
+    } catch (const SoundBankError& error) {
+        return error.what();
+    }
+}
+
+} // namespace tambrel

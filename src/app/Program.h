@@ -1,0 +1,50 @@
+#pragma once
+
+#include "AppDelegate.h"
+#include "CommandLine.h"
+#include "DesktopMediaControls.h"
+#include "GeneralMIDIEngine.h"
+
+#include <QSettings>
+
+#include <optional>
+#include <string>
+
+namespace tambrel {
+
+class DesktopApplication;
+class TambrelBetaLog;
+struct LaunchContext;
+
+/// The whole program put together: the engine, the log, the delegate with its window, and what the command
+/// line and the desktop ask of them. Needs a QApplication. Main thread.
+class Program {
+public:
+    /// `desktop` outlives the program.
+    Program(CommandLine commandLine, DesktopApplication& desktop);
+    ~Program();
+
+    /// Runs until the user or the session ends it; the exit status.
+    [[nodiscard]] int run();
+
+private:
+    [[nodiscard]] AppDelegateServices services();
+    void serve(DesktopApplication& desktop);
+    void comeUp(const LaunchContext& context);
+    void didFinishLaunching(MainViewController& view);
+    void loadFinished(const std::string& failure);
+    void takeScreenshot(const std::string& failure);
+    [[nodiscard]] AboutFacts aboutFacts() const;
+    [[nodiscard]] std::string soundBankText() const;
+
+    const CommandLine commandLine_;
+    QSettings settings_;
+    TambrelBetaLog& log_;
+    GeneralMIDIEngine engine_;
+    AppDelegate delegate_;               // Destroyed before the engine, which its players are on.
+    MainViewController* view_ = nullptr; // The window's, once launching is over.
+    bool playsWhenLoaded_;
+    std::optional<DesktopMediaControls> mediaControls_;
+};
+
+} // namespace tambrel

@@ -1,0 +1,92 @@
+#include "DesktopApplication.h"
+
+#include <QDBusMessage>
+#include <QDBusReply>
+
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+constexpr const char* interfaceName = "org.freedesktop.Application";
+constexpr const char* tokenKey = "activation-token";
+constexpr const char* startupKey = "desktop-startup-id";
+constexpr const char* playKey = "play";
+
+// The bus answers at once; another program may have a lot to do, but whoever started this one is waiting.
+constexpr int busTimeout = 5'000;   // Milliseconds.
+constexpr int otherTimeout = 8'000; // Milliseconds.
+
+QVariantMap platformData(const LaunchContext& context) {
+    QVariantMap data;
+    if (!context.activationToken.isEmpty())
+        data[tokenKey] = context.activationToken;
+    if (!context.startupId.isEmpty())
+        data[startupKey] = context.startupId;
+    if (context.play)
+        data[playKey] = true;
+    return data;
+}
+
+LaunchContext launchContext(const QVariantMap& data) {
+    return {data[tokenKey].toString(), data[startupKey].toString(), data[playKey].toBool()};
+}
+
+// As the Desktop Entry Specification derives it.
+QString objectPath(QString identifier) {
+    return '/' + identifier.replace('.', '/').replace('-', '_');
+}
+
+} // namespace
+
+LaunchContext LaunchContext::fromEnvironment() {
+    return {qEnvironmentVariable("XDG_ACTIVATION_TOKEN"), qEnvironmentVariable("DESKTOP_STARTUP_ID")};
+}
+
+DesktopApplication::DesktopApplication(QString identifier, QDBusConnection bus)
+    : identifier_(std::move(identifier)), path_(objectPath(identifier_)), bus_(std::move(bus)) {}
+
+// The object is there before the name is, so that no call is lost.
+DesktopApplication::Standing DesktopApplication::claim() {
+    if (!bus_.isConnected() || !bus_.registerObject(path_, this, QDBusConnection::ExportScriptableInvokables))
+        return Standing::alone;
+    constexpr uint doNotQueue = 4;
+    constexpr uint isOwner = 1;
+    constexpr uint isOwnedByAnother = 3;
+    auto request = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                  "org.freedesktop.DBus", "RequestName");
+    request << identifier_ << doNotQueue;
+    const QDBusReply<uint> reply = bus_.call(request, QDBus::Block, busTimeout);
+    if (reply.isValid() && reply.value() == isOwner)
+        return Standing::first;
+    bus_.unregisterObject(path_);
+    return reply.isValid() && reply.value() == isOwnedByAnother ? Standing::second : Standing::alone;
+}
+
+bool DesktopApplication::handOver(const QStringList& uris, const LaunchContext& context) const {
+    auto call = QDBusMessage::createMethodCall(identifier_, path_, interfaceName,
+                                               uris.isEmpty() ? "Activate" : "Open");
+    call.setAutoStartService(false); // When the other one has just ended, this one takes its place.
+    if (!uris.isEmpty())
+        call << uris;
+    call << platformData(context);
+    return bus_.call(call, QDBus::Block, otherTimeout).type() == QDBusMessage::ReplyMessage;
+}
+
+void DesktopApplication::Activate(const QVariantMap& platformData) const {
+    if (onActivate)
+        onActivate(launchContext(platformData));
+}
+
+void DesktopApplication::Open(const QStringList& uris, const QVariantMap& platformData) const {
+    if (onOpen)
+        onOpen(uris, launchContext(platformData));
+}
+
+void DesktopApplication::ActivateAction(const QString& name, const QVariantList&,
+                                        const QVariantMap& platformData) const {
+    if (onAction)
+        onAction(name, launchContext(platformData));
+}
+
+} // namespace tambrel

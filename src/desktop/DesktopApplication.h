@@ -1,0 +1,66 @@
+#pragma once
+
+#include "SessionBus.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+
+namespace tambrel {
+
+/// What a launcher hands over so that the window it starts may come to the front; either may be empty.
+struct LaunchContext {
+    QString activationToken; ///< Of the xdg-activation protocol.
+    QString startupId;       ///< Of the startup notification protocol.
+    bool play = false;       ///< The user wants what is opened to play at once.
+
+    /// What the launcher left in the environment. The toolkit takes it from there: to be read before that.
+    [[nodiscard]] static LaunchContext fromEnvironment();
+};
+
+/// The program as the desktop sees it: `org.freedesktop.Application` (Desktop Entry Specification 1.5, D-Bus
+/// activation) on the session bus, under the application's identifier. The first program to claim the name
+/// keeps it until it ends; those started later hand over to it.
+///
+/// May be made before the application object. Calls that arrive wait for the event loop, and are made on the
+/// main thread. Where the bus is missing or goes away the program is on its own, and nothing fails.
+class DesktopApplication : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
+public:
+    explicit DesktopApplication(QString identifier, QDBusConnection bus = sessionBus());
+
+    enum class Standing {
+        first,  ///< Has the name now, and will be called.
+        second, ///< Another program has it.
+        alone,  ///< There is no bus that would tell.
+    };
+    /// Takes a millisecond.
+    [[nodiscard]] Standing claim();
+
+    /// Has the first program open these addresses, or only come to the front when there are none. False when
+    /// it has ended meanwhile or does not answer.
+    [[nodiscard]] bool handOver(const QStringList& uris, const LaunchContext& context) const;
+
+    // What to do when called.
+    std::function<void(const LaunchContext&)> onActivate;
+    std::function<void(const QStringList& uris, const LaunchContext&)> onOpen;
+    std::function<void(const QString& action, const LaunchContext&)> onAction;
+
+    // Called from the bus; the names are the interface's.
+    Q_SCRIPTABLE Q_INVOKABLE void Activate(const QVariantMap& platformData) const;
+    Q_SCRIPTABLE Q_INVOKABLE void Open(const QStringList& uris, const QVariantMap& platformData) const;
+    Q_SCRIPTABLE Q_INVOKABLE void ActivateAction(const QString& name, const QVariantList& parameters,
+                                                 const QVariantMap& platformData) const;
+
+private:
+    QString identifier_;
+    QString path_;
+    QDBusConnection bus_;
+};
+
+} // namespace tambrel

@@ -1,0 +1,190 @@
+#pragma once
+
+#include "SMFBuilder.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+/// A user's session with folders and a session bus of its own, in which the program runs, with the betaLOG
+/// on, without a display and without sound.
+class DesktopSession {
+public:
+    using Program = std::unique_ptr<QProcess>;
+
+    static constexpr const char* identifier = "software.kestrune.tambrel-tests.beta";
+    static constexpr const char* objectPath = "/software/kestrune/tambrel_tests/beta";
+
+    DesktopSession() {
+        environment_.insert("PATH", qEnvironmentVariable("PATH"));
+        environment_.insert("LC_ALL", "C.UTF-8");
+        for (const char* kept : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"})
+            if (qEnvironmentVariableIsSet(kept))
+                environment_.insert(kept, qEnvironmentVariable(kept));
+        environment_.insert("QT_QPA_PLATFORM", "offscreen");
+        environment_.insert("TAMBREL_AUDIO_DRIVER", "silent");
+        environment_.insert("TAMBREL_SOUNDFONT", "/usr/share/sounds/sf2/TimGM6mb.sf2");
+        for (const auto& [variable, folder] : {std::pair{"HOME", "home"},
+                                               {"XDG_CONFIG_HOME", "config"},
+                                               {"XDG_DATA_HOME", "data"},
+                                               {"XDG_CACHE_HOME", "cache"},
+                                               {"XDG_RUNTIME_DIR", "run"},
+                                               {nullptr, "services"},
+                                               {nullptr, "songs"}}) {
+            QDir(folder_.path()).mkdir(folder);
+            if (variable)
+                environment_.insert(variable, folder_.filePath(folder));
+        }
+        QFile::setPermissions(folder_.filePath("run"),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        setDefaults("");
+    }
+    DesktopSession(const DesktopSession&) = delete;
+    DesktopSession& operator=(const DesktopSession&) = delete;
+    ~DesktopSession() {
+        endBus();
+        std::filesystem::remove_all(songs()); // Names that are no UTF-8 included.
+    }
+
+    void startBus() {
+        QFile configuration(folder_.filePath("bus.conf"));
+        ASSERT_TRUE(configuration.open(QIODevice::WriteOnly));
+        configuration.write(("<busconfig><type>session</type><listen>unix:dir=" + folder_.filePath("run") +
+                             "</listen><servicedir>" + folder_.filePath("services") +
+                             "</servicedir><policy context='default'><allow send_destination='*'/>"
+                             "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>")
+                                .toUtf8());
+        configuration.close();
+        bus_.setProcessEnvironment(environment_);
+        bus_.start("dbus-daemon",
+                   {"--config-file=" + configuration.fileName(), "--nofork", "--print-address=1"});
+        ASSERT_TRUE(bus_.waitForReadyRead(30'000)) << bus_.readAllStandardError().toStdString();
+        environment_.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromUtf8(bus_.readLine().trimmed()));
+    }
+    void endBus() {
+        if (bus_.state() == QProcess::NotRunning)
+            return;
+        bus_.terminate();
+        EXPECT_TRUE(bus_.waitForFinished(30'000));
+    }
+    /// Lets the bus start the program when something is asked of it.
+    void makeActivatable() const {
+        QFile service(folder_.filePath("services/" + QString(identifier) + ".service"));
+        ASSERT_TRUE(service.open(QIODevice::WriteOnly));
+        service.write(QByteArray("[D-BUS Service]\nName=") + identifier + "\nExec=" + TAMBREL_PROGRAM + "\n");
+    }
+    [[nodiscard]] QString busAddress() const { return environment_.value("DBUS_SESSION_BUS_ADDRESS"); }
+
+    void set(const QString& variable, const QString& value) { environment_.insert(variable, value); }
+
+    /// The program's settings, with these lines besides the consent to the log.
+    void setDefaults(const QString& lines) const {
+        QDir(folder_.path()).mkdir("config/Kestrune Software");
+        QFile file(defaultsFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnabled=true\n");
+        file.write(lines.toUtf8());
+    }
+    [[nodiscard]] QString defaultsFile() const {
+        return folder_.filePath("config/Kestrune Software/Tambrel.conf");
+    }
+
+    /// The folder in which programs are started.
+    [[nodiscard]] std::filesystem::path songs() const { return folder_.filePath("songs").toStdString(); }
+    void writeSong(const std::string& name, int seconds = 60) const {
+        const Bytes bytes = testing::smfBytes(
+            0, 480,
+            {testing::TrackBuilder().noteOn(0, 0, 60).endOfTrack(static_cast<unsigned>(960 * seconds))});
+        std::ofstream out(songs() / name, std::ios::binary);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+
+    /// Starts a program, Tambrel unless `command` names another.
+    [[nodiscard]] Program start(const QStringList& arguments,
+                                const QString& command = TAMBREL_PROGRAM) const {
+        auto program = std::make_unique<QProcess>();
+        program->setProcessEnvironment(environment_);
+        program->setWorkingDirectory(folder_.filePath("songs"));
+        program->start(command, arguments);
+        EXPECT_TRUE(program->waitForStarted(30'000)) << command.toStdString();
+        return program;
+    }
+    /// Starts a program that ends by itself; its exit status.
+    int run(const QStringList& arguments, const QString& command = TAMBREL_PROGRAM) const {
+        return statusOf(*start(arguments, command));
+    }
+    static int statusOf(QProcess& program) {
+        EXPECT_TRUE(program.waitForFinished(60'000));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        return program.exitCode();
+    }
+    /// What it has said on the standard error stream; the platform without a display says what it cannot do.
+    static std::string errorsOf(QProcess& program) {
+        QStringList lines = QString::fromUtf8(program.readAllStandardError()).split('\n');
+        lines.removeIf([](const QString& line) { return line.startsWith("This plugin does not support "); });
+        return lines.join('\n').toStdString();
+    }
+    /// Ends the program as a session does.
+    static int end(QProcess& program) {
+        program.terminate();
+        return statusOf(program);
+    }
+
+    /// All that the programs have logged, without the time stamps.
+    [[nodiscard]] std::vector<std::string> log() const {
+        std::ifstream file(
+            folder_.filePath("data/Kestrune Software/Tambrel/Beta Logs/Tambrel-beta-log.txt").toStdString());
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(file, line);)
+            if (const auto start = line.find("] "); start != std::string::npos)
+                lines.push_back(line.substr(start + 2));
+        return lines;
+    }
+    [[nodiscard]] int count(const std::string& beginning) const {
+        const auto lines = log();
+        return static_cast<int>(std::ranges::count_if(
+            lines, [&](const std::string& line) { return line.starts_with(beginning); }));
+    }
+    /// Waits until so many lines have begun like this.
+    [[nodiscard]] bool logs(const std::string& beginning, int times = 1) const {
+        return QTest::qWaitFor([&] { return count(beginning) >= times; }, 60'000);
+    }
+    /// True from a normal start of a session to its normal end.
+    [[nodiscard]] bool hasMarker() const {
+        return QFile::exists(
+            folder_.filePath("data/Kestrune Software/Tambrel/Beta Logs/Tambrel-session-active.marker"));
+    }
+
+private:
+    QTemporaryDir folder_;
+    QProcessEnvironment environment_;
+    QProcess bus_;
+};
+
+class DesktopSessionTest : public ::testing::Test {
+protected:
+    int argumentCount = 1;
+    char argument[6] = "tests";
+    char* arguments[2] = {argument, nullptr};
+    QCoreApplication application{argumentCount, arguments};
+    DesktopSession session;
+};
+
+} // namespace tambrel
