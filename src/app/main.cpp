@@ -1,5 +1,6 @@
 #include "AppDialogs.h"
 #include "CommandLine.h"
+#include "DiagnosticServices.h"
 #include "FirstPaint.h"
 #include "GeneralMIDIEngine.h"
 #include "MainWindow.h"
@@ -45,7 +46,7 @@ void takeScreenshot(MainViewController& controller, const CommandLine& commandLi
 int run(const CommandLine& commandLine) {
     QSettings settings;
     TambrelBetaLog& log = TambrelBetaLog::shared();
-    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = askModally});
+    log.configure(diagnosticServices(settings));
     log.function("AppDelegate.applicationDidFinishLaunching", "Application launch procedure started");
     const TerminationSignals signalsEndNormally;
 
