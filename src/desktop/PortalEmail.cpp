@@ -55,7 +55,10 @@ QVariantMap options(const EmailDraft& draft, const QString& token) {
 
 EmailWay portalEmailWay(const QDBusConnection& bus) {
     return [bus](const EmailDraft& draft, std::function<void(bool)> answer) {
-        (new PortalEmail(bus, std::move(answer)))->send(draft);
+        if (bus.isConnected())
+            (new PortalEmail(bus, std::move(answer)))->send(draft);
+        else
+            answer(false); // A call would never end.
     };
 }
 

@@ -7,8 +7,8 @@ namespace tambrel {
 
 /// What a bug report always says about the computer.
 struct ComputerFacts {
-    std::string systemVersion; ///< Name and version of the operating system.
-    std::string computerName;  ///< May be empty.
+    std::string systemVersion = {}; ///< Name and version of the operating system.
+    std::string computerName = {};  ///< May be empty.
     long processorCount = 0;
     std::int64_t physicalMemory = 0; ///< In bytes.
 

@@ -75,6 +75,8 @@ std::string SystemProfiler::report() const {
     std::string launchError;
     bool hasAnyStarted = false;
     for (const ProfilerTool& tool : tools) {
+        if (deadline.hasExpired())
+            break;
         const Printed printed = run(tool, deadline);
         text += withoutLines(printed.text, tool.leftOut);
         hasAnyStarted |= printed.hasStarted;

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QProcess>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tambrel {
+
+/// A session bus of the test's own, which ends with it.
+class PrivateBus {
+public:
+    PrivateBus() {
+        daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+        EXPECT_TRUE(QTest::qWaitFor([this] { return daemon_.canReadLine(); }, 30'000))
+            << daemon_.errorString().toStdString();
+        address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
+    }
+    ~PrivateBus() {
+        for (const QString& name : names_)
+            QDBusConnection::disconnectFromBus(name);
+        daemon_.kill();
+        daemon_.waitForFinished();
+    }
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+
+    /// A connection to it, as of a program of this name.
+    [[nodiscard]] QDBusConnection connection(const QString& name) {
+        names_ << name;
+        return QDBusConnection::connectToBus(address_, name);
+    }
+
+private:
+    QProcess daemon_;
+    QString address_;
+    QStringList names_;
+};
+
+} // namespace tambrel
