@@ -2,17 +2,24 @@
 
 #include <QDBusConnection>
 #include <QProcess>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 namespace tambrel {
 
-/// A session bus of the test's own, which ends with it.
+/// A session bus of the test's own, which ends with it and starts no services by itself.
 class PrivateBus {
 public:
     PrivateBus() {
-        daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+        EXPECT_TRUE(configuration_.open());
+        configuration_.write(
+            "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><policy context='default'>"
+            "<allow send_destination='*'/><allow eavesdrop='true'/><allow own='*'/></policy></busconfig>");
+        configuration_.close();
+        daemon_.start("dbus-daemon",
+                      {"--config-file", configuration_.fileName(), "--nofork", "--print-address"});
         EXPECT_TRUE(QTest::qWaitFor([this] { return daemon_.canReadLine(); }, 30'000))
             << daemon_.errorString().toStdString();
         address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
@@ -33,6 +40,7 @@ public:
     }
 
 private:
+    QTemporaryFile configuration_;
     QProcess daemon_;
     QString address_;
     QStringList names_;
