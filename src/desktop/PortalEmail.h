@@ -22,11 +22,9 @@ public:
     PortalEmail(QDBusConnection bus, std::function<void(bool isTaken)> answer);
     void send(const EmailDraft& draft);
 
-private slots:
-    /// The portal's last word: 0 when done, 1 when the user has cancelled, else a failure.
-    void respond(uint response, const QVariantMap& results);
-
 private:
+    /// The portal's last word: 0 when done, 1 when the user has cancelled, else a failure.
+    Q_SLOT void respond(uint response, const QVariantMap& results);
     void end(bool isTaken);
 
     QDBusConnection bus_;

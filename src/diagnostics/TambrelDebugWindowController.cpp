@@ -124,6 +124,7 @@ void TambrelDebugWindowController::applyColors() {
     auto colors = textView_->palette();
     colors.setColor(QPalette::Base, isLightMode_ ? Qt::white : Qt::black);
     colors.setColor(QPalette::Text, isLightMode_ ? Qt::black : Qt::white); // The insertion point's too.
+    colors.setColor(QPalette::WindowText, window_.palette().color(QPalette::Mid)); // The border's.
     textView_->setPalette(colors);
 }
 

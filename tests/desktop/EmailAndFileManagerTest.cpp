@@ -1,7 +1,7 @@
 #include "EmailComposer.h"
 #include "FileRevealer.h"
 #include "PortalEmail.h"
-#include "PrivateBus.h"
+#include "PrivateSessionBus.h"
 
 #include <gmock/gmock.h>
 
@@ -106,14 +106,13 @@ TEST_F(EmailTest, IsNotTakenByAProgramThatFailsOrIsNotThere) {
 }
 
 TEST_F(EmailTest, GoesToThePortalWithItsAttachment) {
-    PrivateBus bus;
+    PrivateSessionBus bus;
     QFile file(attachment);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("report") == 6);
     file.close();
-    BusService portal(bus.connection("portal"), "org.freedesktop.portal.Desktop",
-                      "/org/freedesktop/portal/desktop");
+    BusService portal(bus.connect(), "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop");
     portal.response = 0;
-    EXPECT_TRUE(isTaken(portalEmailWay(bus.connection("player"))));
+    EXPECT_TRUE(isTaken(portalEmailWay(bus.connect())));
     ASSERT_EQ(portal.calls.size(), 1);
     const auto& call = portal.calls[0];
     EXPECT_EQ(call.interface() + '.' + call.member(), "org.freedesktop.portal.Email.ComposeEmail");
@@ -140,18 +139,17 @@ TEST_F(EmailTest, IsTakenByAPortalUnlessItFails) {
         {"portal fails later", false, 2, false},
         {"portal refuses", true, 0, false},
     };
-    PrivateBus bus;
-    BusService portal(bus.connection("portal"), "org.freedesktop.portal.Desktop",
-                      "/org/freedesktop/portal/desktop");
-    const auto player = bus.connection("player");
+    PrivateSessionBus bus;
+    BusService portal(bus.connect(), "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop");
+    const auto player = bus.connect();
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         portal.refuses = row.refuses;
         portal.response = row.response;
         EXPECT_EQ(isTaken(portalEmailWay(player)), row.isTaken);
     }
-    PrivateBus empty;
-    EXPECT_FALSE(isTaken(portalEmailWay(empty.connection("without a portal"))));
+    PrivateSessionBus empty;
+    EXPECT_FALSE(isTaken(portalEmailWay(empty.connect())));
     EXPECT_FALSE(isTaken(portalEmailWay(QDBusConnection("without a bus"))));
 }
 
@@ -176,11 +174,10 @@ TEST(FileRevealer, AsksTheFileManagerOrOpensTheFolder) {
     const auto file = QUrl::fromLocalFile("/home/a b/Beta Logs/Tambrel ☃.txt");
     std::vector<QUrl> opened;
     const auto open = [&](const QUrl& url) { opened.push_back(url); };
-    PrivateBus bus;
-    const auto player = bus.connection("player");
+    PrivateSessionBus bus;
+    const auto player = bus.connect();
     {
-        BusService manager(bus.connection("manager"), "org.freedesktop.FileManager1",
-                           "/org/freedesktop/FileManager1");
+        BusService manager(bus.connect(), "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1");
         revealFile(player, file, open);
         EXPECT_TRUE(QTest::qWaitFor([&] { return !manager.calls.isEmpty(); }, 30'000));
         const auto& call = manager.calls.at(0);
