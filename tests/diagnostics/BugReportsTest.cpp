@@ -66,7 +66,7 @@ protected:
              .revealFile = [this](const QUrl& url) { links.push_back(url); },
              .beep = [this] { ++beeps; },
              .makeDebugWindow = [this](TambrelBetaLog&) { return std::make_unique<TextWindow>(timesShown); },
-             .profiler = {.tools = {{"echo", {"Profiled ☃"}}}, .computer = [] { return computer; }},
+             .profiler = {.tools = {}, .computer = [] { return computer; }},
              .folder = folder,
              .environment = [](const char*) { return std::nullopt; },
              .now = [] { return std::chrono::system_clock::from_time_t(reportTime); }});
@@ -105,12 +105,14 @@ protected:
 
     [[nodiscard]] std::string body(const std::string& report) const {
         return "TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" + std::string(75, '_') +
-               "\n\n" + appInfo + "\n\nMacintosh Info:\nCollected: " + stamp + "\n\nProfiled ☃\n\n\n" +
+               "\n\n" + appInfo + "\n\nMacintosh Info:\nCollected: " + stamp + "\n\n" +
+               "system_profiler unavailable: system_profiler returned no text.\nmacOS: ☃ 12\n"
+               "Computer Name: Unknown\nProcessor Count: 2\nPhysical Memory: 1 MB\n\n" +
                report;
     }
 
     static inline const ComputerFacts computer{
-        .systemVersion = "12", .processorCount = 2, .physicalMemory = 1 << 20};
+        .systemVersion = "☃ 12", .processorCount = 2, .physicalMemory = 1 << 20};
     int argumentCount = 1;
     char argument[6] = "tests";
     char* arguments[2] = {argument, nullptr};
