@@ -1,17 +1,16 @@
 #include "GeneralMIDIEngine.h"
 #include "LargeFile.h"
 #include "MainWindow.h"
+#include "StallWatch.h"
 #include "TambrelBetaLog.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -19,58 +18,6 @@
 
 namespace tambrel::bench {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// Memory of this process, in megabytes; `key` is one of those of /proc/self/status.
-double megabytes(const std::string& key) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with(key + ":"))
-            return std::atof(line.c_str() + key.size() + 1) / 1e3;
-    return 0;
-}
-
-void forgetPeakMemory() {
-    std::ofstream("/proc/self/clear_refs") << 5;
-}
-
-/// Measures how long the event loop is busy with anything at a time.
-class StallWatch {
-public:
-    StallWatch() {
-        timer_.setTimerType(Qt::PreciseTimer);
-        timer_.callOnTimeout([this] { turn(); });
-        sinceTurn_.start();
-        timer_.start(1ms);
-    }
-
-    /// Runs the event loop until `isOver` is true, at most a minute. False when it never was.
-    template<class Condition>
-    bool run(Condition isOver) {
-        QElapsedTimer elapsed;
-        elapsed.start();
-        while (!isOver() && elapsed.elapsed() < 60'000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return isOver();
-    }
-
-    /// The longest time between two turns since the last call, in milliseconds.
-    double longest() {
-        turn();
-        return static_cast<double>(std::exchange(longest_, 0)) / 1e6;
-    }
-
-private:
-    void turn() {
-        longest_ = std::max(longest_, sinceTurn_.nsecsElapsed());
-        sinceTurn_.start();
-    }
-
-    QTimer timer_;
-    QElapsedTimer sinceTurn_;
-    qint64 longest_ = 0;
-};
 
 /// The real window on the real player, with nobody to look or to listen.
 class Window {

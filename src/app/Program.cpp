@@ -2,6 +2,7 @@
 
 #include "AppDialogs.h"
 #include "DesktopApplication.h"
+#include "DiagnosticServices.h"
 #include "MainWindow.h"
 #include "SessionBus.h"
 #include "SoundBank.h"
@@ -32,7 +33,7 @@ GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
 
 TambrelBetaLog& configuredLog(QSettings& settings) {
     TambrelBetaLog& log = TambrelBetaLog::shared();
-    log.configure({.info = ApplicationInfo::current(), .settings = settings, .ask = askModally});
+    log.configure(diagnosticServices(settings));
     return log;
 }
 
@@ -63,7 +64,7 @@ AppDelegateServices Program::services() {
                      .loadFinished = [this](const std::string& failure) { loadFinished(failure); }},
             .settings = settings_,
             .about = [this] { return aboutFacts(); },
-            .showDebuggingWindow = {}, // The log's, when it has one.
+            .showDebuggingWindow = [this] { log_.showDebugWindow(); },
             .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); }};
 }
 

@@ -31,6 +31,7 @@ void TambrelBetaLog::close() {
     store_.reset();
     mediumDateTime_ = nullptr;
     sink_ = nullptr;
+    debugWindow_.reset();
     services_.reset();
 }
 
@@ -59,6 +60,18 @@ void TambrelBetaLog::finishSession() {
     log("Application Session Ended Normally", "TambrelBetaLog.finishSession");
     auto& [files, executor] = storeThread();
     executor.run([&files = files] { files.finishSession(); });
+}
+
+void TambrelBetaLog::showDebugWindow() {
+    if (!diagnosticsEnabled() || !services_->makeDebugWindow)
+        return;
+    if (!debugWindow_) {
+        debugWindow_ = services_->makeDebugWindow(*this);
+        debugWindow_->append("Tambrel Debugging Window opened.\n");
+        sink_ = [this](const std::string& line) { debugWindow_->append(line); };
+    }
+    debugWindow_->showInFront();
+    log("User Opened Debugging Window", "TambrelBetaLog.showDebugWindow");
 }
 
 void TambrelBetaLog::log(std::string_view message, std::string_view function) {
@@ -106,7 +119,7 @@ std::string TambrelBetaLog::applicationInfoReport() {
 
 TambrelBetaLog::StoreThread& TambrelBetaLog::storeThread() {
     if (!store_)
-        store_.reset(new StoreThread{TambrelBetaLogStore(services_->folder), {}});
+        store_.reset(new StoreThread{TambrelBetaLogStore(services_->folder, services_->profiler), {}});
     return *store_;
 }
 
@@ -160,13 +173,11 @@ void TambrelBetaLog::sessionStarted(const TambrelBetaLogStore::StartResult& resu
 }
 
 void TambrelBetaLog::offerBugReport() {
-    if (!services_->emailCompleteBugReport)
-        return;
     if (services_->ask({.message = "Tambrel may not have closed normally last time.",
                         .informative = "Would you like to email the beta log to Kestrune Software?",
                         .firstButton = "Email Report",
                         .secondButton = "Not Now"}))
-        services_->emailCompleteBugReport();
+        emailCompleteBugReport();
 }
 
 } // namespace tambrel

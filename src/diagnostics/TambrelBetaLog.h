@@ -1,14 +1,12 @@
 #pragma once
 
-#include "ApplicationInfo.h"
-#include "MediumDateTime.h"
 #include "SerialExecutor.h"
+#include "TambrelBetaLogServices.h"
 #include "TambrelBetaLogStore.h"
 
-#include <QSettings>
 #include <QString>
+#include <QUrl>
 
-#include <chrono>
 #include <concepts>
 #include <cstdint>
 #include <exception>
@@ -20,32 +18,6 @@
 #include <utility>
 
 namespace tambrel {
-
-/// "Kestrune Software/Tambrel/Beta Logs" in the user's folder for application data, or in the temporary
-/// folder when there is none.
-[[nodiscard]] QString betaLogFolder(const QString& applicationData);
-[[nodiscard]] QString standardBetaLogFolder();
-
-/// A question with two answers.
-struct ModalQuestion {
-    std::string message;
-    std::string informative;
-    std::string firstButton; ///< The default one.
-    std::string secondButton;
-};
-
-/// What the log needs from the world around it. The verbs are called on the main thread.
-struct TambrelBetaLogServices {
-    ApplicationInfo info;
-    QSettings& settings; ///< Outlives the log.
-    /// Asks modally; true when the first button was chosen.
-    std::function<bool(const ModalQuestion&)> ask;
-    /// Starts the bug report of a previous crash. Empty: the user is not asked about it.
-    std::function<void()> emailCompleteBugReport = {};
-    QString folder = standardBetaLogFolder();
-    EnvironmentLookup environment = processEnvironment;
-    std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
-};
 
 /// The text of an entry: a text, or a callable that composes it when it is needed.
 template<class T>
@@ -117,10 +89,21 @@ public:
     /// The normal end of the session. Once, when the program ends, before `close`.
     void finishSession();
 
-    /// Where the debugging window takes its lines, each with its newline; empty when there is no window.
+    /// Shows the debugging window, which is made when it is first shown and kept until `close`.
+    void showDebugWindow();
+    /// Takes the lines that the debugging window would show, each with its newline.
     void setDebugWindowSink(std::function<void(const std::string& line)> sink) { sink_ = std::move(sink); }
 
-    // For the log's own bug reports and debugging window, which have seen to it that diagnostics are enabled.
+    /// Copies a report with this text to the clipboard and opens a mail link with as much of it as fits.
+    void emailDebugWindowText(std::string text);
+    /// Shows the log file in the file manager; beeps when there is none.
+    void revealBetaLogFile();
+
+    // For the log's own use and its tests', which have seen to it that diagnostics are enabled.
+
+    /// Hands the whole log, or else the debugging window's text, to the mail program. A report that is too
+    /// long for an e-mail is attached and copied to the clipboard.
+    void emailCompleteBugReport();
 
     /// Writes one entry.
     void log(std::string_view message, std::string_view function);
@@ -149,6 +132,13 @@ private:
         SerialExecutor executor; // Destroyed first, which waits for the jobs on the files.
     };
 
+    /// The two forms that a report leaves in; making them takes a while for a large log.
+    struct Report {
+        explicit Report(std::string text);
+        std::string utf8;
+        QString clipboardText;
+    };
+
     template<class Text>
     static decltype(auto) composed(const Text& text) {
         if constexpr (std::convertible_to<const Text&, std::string_view>)
@@ -166,8 +156,11 @@ private:
     void askForConsentOnce();
     void sessionStarted(const TambrelBetaLogStore::StartResult& result);
     void offerBugReport();
+    void emailBugReport(Report report);
+    void composeEmail(std::string body, std::optional<QUrl> attachment);
 
     std::optional<TambrelBetaLogServices> services_;
+    std::unique_ptr<TambrelDebugWindow> debugWindow_;
     std::function<void(const std::string& line)> sink_;
     DateTimeFormatter mediumDateTime_; ///< Made at the first time stamp.
     std::unique_ptr<StoreThread> store_;

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace tambrel {
 namespace {
@@ -54,10 +55,11 @@ QString inFolder(const QString& folder, std::string_view name) {
 
 } // namespace
 
-TambrelBetaLogStore::TambrelBetaLogStore(const QString& folder)
+TambrelBetaLogStore::TambrelBetaLogStore(const QString& folder, SystemProfiler profiler)
     : folder_(folder),
       logPath_(inFolder(folder, logName)),
-      markerPath_(inFolder(folder, sessionMarkerName)) {}
+      markerPath_(inFolder(folder, sessionMarkerName)),
+      profiler_(std::move(profiler)) {}
 
 void TambrelBetaLogStore::ensureLogFileExists(std::string_view initialLogText) const {
     createFolder(folder_);
@@ -95,6 +97,39 @@ TambrelBetaLogStore::StartResult TambrelBetaLogStore::startSession(std::string_v
 
 void TambrelBetaLogStore::finishSession() const {
     QFile::remove(markerPath_);
+}
+
+std::optional<std::string> TambrelBetaLogStore::logText() const {
+    QFile file(logPath_);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray text = file.readAll();
+    if (file.error() != QFileDevice::NoError || !text.isValidUtf8())
+        return std::nullopt;
+    return text.toStdString();
+}
+
+std::string TambrelBetaLogStore::macintoshInfoReport(std::string_view collectedAt) const {
+    return std::string("Macintosh Info:\nCollected: ").append(collectedAt).append("\n\n") +
+           profiler_.report();
+}
+
+TambrelBetaLogAttachmentWriteResult
+TambrelBetaLogStore::writeEmailReportAttachment(std::string_view body, std::string_view timestamp) const {
+    const QString path = inFolder(folder_, std::string("Tambrel-beta-report-").append(timestamp) + ".txt");
+    auto failure = failureOf([&] {
+        createFolder(folder_);
+        writeAtomically(path, body);
+    });
+    if (failure)
+        return {.errorMessage = std::move(failure)};
+    return {.url = QUrl::fromLocalFile(path)};
+}
+
+std::optional<QUrl> TambrelBetaLogStore::revealableLogURL(bool fileLoggingEnabled) const {
+    if (!fileLoggingEnabled || !QFile::exists(logPath_))
+        return std::nullopt;
+    return QUrl::fromLocalFile(logPath_);
 }
 
 } // namespace tambrel

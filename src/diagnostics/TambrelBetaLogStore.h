@@ -1,6 +1,9 @@
 #pragma once
 
+#include "SystemProfiler.h"
+
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 #include <stdexcept>
@@ -14,8 +17,15 @@ class TambrelBetaLogStoreError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The log file and the session marker in one folder. The operations block on the disk: call them from the
-/// log's serial executor, one at a time. Nothing is kept open between them. All texts are UTF-8.
+/// What became of an attachment: one of the two is there.
+struct TambrelBetaLogAttachmentWriteResult {
+    std::optional<QUrl> url = {}; ///< A file: address.
+    std::optional<std::string> errorMessage = {};
+};
+
+/// The log file, the session marker and the attachments of reports in one folder. The operations block on the
+/// disk: call them from the log's serial executor, one at a time. Nothing is kept open between them. All
+/// texts are UTF-8.
 class TambrelBetaLogStore {
 public:
     static constexpr std::string_view logName = "Tambrel-beta-log.txt";
@@ -26,7 +36,7 @@ public:
         std::optional<std::string> errorMessage;
     };
 
-    explicit TambrelBetaLogStore(const QString& folder);
+    explicit TambrelBetaLogStore(const QString& folder, SystemProfiler profiler = {});
 
     /// Creates the folder and its parents, and a missing log file with the header. Throws
     /// TambrelBetaLogStoreError.
@@ -48,10 +58,24 @@ public:
     /// Deletes the marker, if there is one.
     void finishSession() const;
 
+    /// The whole log file; nothing when it cannot be read or is not UTF-8.
+    [[nodiscard]] std::optional<std::string> logText() const;
+
+    /// What the system profiler says, under a heading. Takes seconds at worst.
+    [[nodiscard]] std::string macintoshInfoReport(std::string_view collectedAt) const;
+
+    /// Creates the folder if need be. A file of the same time stamp, "yyyyMMdd-HHmmss", is replaced.
+    [[nodiscard]] TambrelBetaLogAttachmentWriteResult
+    writeEmailReportAttachment(std::string_view body, std::string_view timestamp) const;
+
+    /// The log file, when there is one and file logging is enabled.
+    [[nodiscard]] std::optional<QUrl> revealableLogURL(bool fileLoggingEnabled) const;
+
 private:
     QString folder_;
     QString logPath_;
     QString markerPath_;
+    SystemProfiler profiler_;
 };
 
 } // namespace tambrel

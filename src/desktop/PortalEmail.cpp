@@ -1,0 +1,95 @@
+#include "PortalEmail.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusUnixFileDescriptor>
+#include <QFile>
+#include <QList>
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+using Descriptors = QList<QDBusUnixFileDescriptor>;
+
+QString uniqueToken() {
+    static int requests = 0;
+    return QStringLiteral("tambrel_%1").arg(++requests);
+}
+
+// Where the portal answers is known beforehand, so that no answer comes too early.
+QString requestPath(const QDBusConnection& bus, const QString& token) {
+    return "/org/freedesktop/portal/desktop/request/" + bus.baseService().mid(1).replace('.', '_') + '/' +
+           token;
+}
+
+// Empty when the file cannot be opened.
+Descriptors descriptors(const QUrl& file) {
+    const int opened = open(QFile::encodeName(file.toLocalFile()).constData(), O_RDONLY | O_CLOEXEC);
+    if (opened < 0)
+        return {};
+    Descriptors list{QDBusUnixFileDescriptor(opened)}; // A duplicate.
+    close(opened);
+    return list;
+}
+
+QVariantMap options(const EmailDraft& draft, const QString& token) {
+    // "address" and not "addresses", which the portals of older desktops do not know.
+    QVariantMap map{{"handle_token", token},
+                    {"address", QString::fromStdString(draft.recipient)},
+                    {"subject", QString::fromStdString(draft.subject)},
+                    {"body", QString::fromStdString(draft.body)}};
+    if (draft.attachment) {
+        qDBusRegisterMetaType<Descriptors>();
+        map.insert("attachment_fds", QVariant::fromValue(descriptors(*draft.attachment)));
+    }
+    return map;
+}
+
+} // namespace
+
+EmailWay portalEmailWay(const QDBusConnection& bus) {
+    return [bus](const EmailDraft& draft, std::function<void(bool)> answer) {
+        if (bus.isConnected())
+            (new PortalEmail(bus, std::move(answer)))->send(draft);
+        else
+            answer(false); // A call would never end.
+    };
+}
+
+PortalEmail::PortalEmail(QDBusConnection bus, std::function<void(bool isTaken)> answer)
+    : QObject(QCoreApplication::instance()), bus_(std::move(bus)), answer_(std::move(answer)) {}
+
+void PortalEmail::send(const EmailDraft& draft) {
+    const QString token = uniqueToken();
+    // From whomever: to ask who owns the portal's name would block.
+    bus_.connect({}, requestPath(bus_, token), "org.freedesktop.portal.Request", "Response", this,
+                 SLOT(respond(uint, QVariantMap)));
+    auto call =
+        QDBusMessage::createMethodCall("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                                       "org.freedesktop.portal.Email", "ComposeEmail");
+    call << QString() << options(draft, token);
+    const auto* reply = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
+        if (finished->isError())
+            end(false);
+    });
+}
+
+void PortalEmail::respond(uint response, const QVariantMap&) {
+    constexpr uint failed = 2;
+    end(response < failed);
+}
+
+void PortalEmail::end(bool isTaken) {
+    if (const auto answer = std::exchange(answer_, nullptr))
+        answer(isTaken);
+    deleteLater();
+}
+
+} // namespace tambrel

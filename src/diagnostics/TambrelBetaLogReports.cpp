@@ -1,0 +1,115 @@
+#include "BugReportTexts.h"
+#include "CharacterCount.h"
+#include "TambrelBetaLog.h"
+
+#include <QByteArray>
+
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+constexpr std::string_view reportedAppName = "Tambrel";
+
+QString decoded(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// RFC 6068: a line break is "%0D%0A", and what is not UTF-8 of an unreserved character is percent-encoded.
+QByteArray mailtoValue(std::string_view text) {
+    return QUrl::toPercentEncoding(decoded(text).replace("\r\n", "\n").replace('\n', "\r\n"));
+}
+
+void openMailtoEmail(const EmailDraft& draft, const std::function<void(const QUrl&)>& openLink) {
+    const auto url = QUrl::fromEncoded("mailto:" + QByteArray::fromStdString(draft.recipient) + "?subject=" +
+                                           mailtoValue(draft.subject) + "&body=" + mailtoValue(draft.body),
+                                       QUrl::StrictMode);
+    if (url.isValid())
+        openLink(url);
+}
+
+EmailDraft draftOf(std::string body, std::optional<QUrl> attachment) {
+    return {.recipient = std::string(TambrelBetaLog::emailAddress),
+            .subject = std::string(TambrelBetaLog::emailSubject),
+            .body = std::move(body),
+            .attachment = std::move(attachment)};
+}
+
+} // namespace
+
+TambrelBetaLog::Report::Report(std::string text) : utf8(std::move(text)), clipboardText(decoded(utf8)) {}
+
+void TambrelBetaLog::emailCompleteBugReport() {
+    inStore(
+        [windowText = debugWindow_ ? debugWindow_->text() : std::string(), readsLog = fileLoggingEnabled(),
+         appInfo = applicationInfoReport(), collectedAt = timestamp()](const TambrelBetaLogStore& files) {
+            const auto logText = readsLog ? files.logText() : std::nullopt;
+            return Report(
+                emailBody(logText ? *logText : windowText, appInfo, files.macintoshInfoReport(collectedAt)));
+        },
+        [this](Report report) { emailBugReport(std::move(report)); });
+}
+
+void TambrelBetaLog::emailBugReport(Report report) {
+    if (!hasMoreCharactersThan(report.utf8, mailtoBodyLimit)) {
+        composeEmail(std::move(report.utf8), {});
+        return;
+    }
+    services_->copyToClipboard(report.clipboardText);
+    auto shortBody = tailEmailBodyForOversizedReport(report.utf8, reportedAppName, directMailBodyLimit);
+    inStore([body = std::move(report.utf8), time = fileTimestamp()](
+                const TambrelBetaLogStore& files) { return files.writeEmailReportAttachment(body, time); },
+            [this, shortBody = std::move(shortBody)](const TambrelBetaLogAttachmentWriteResult& written) {
+                if (written.errorMessage)
+                    debug("betaLOG email attachment write failed: " + *written.errorMessage);
+                composeEmail(shortBody, written.url);
+            });
+}
+
+void TambrelBetaLog::composeEmail(std::string body, std::optional<QUrl> attachment) {
+    const auto draft = draftOf(std::move(body), std::move(attachment));
+    // Without this log, which may have been closed by then.
+    services_->composeEmail(draft, [draft, open = services_->openLink] { openMailtoEmail(draft, open); });
+}
+
+void TambrelBetaLog::emailDebugWindowText(std::string text) {
+    if (!diagnosticsEnabled())
+        return;
+    log("User Clicked Email Debugging Window Text", "TambrelBetaLog.emailDebugWindowText");
+    struct Mail {
+        Report full;
+        std::string body;
+    };
+    const auto collectedAt = timestamp();
+    inStore(
+        [text = std::move(text), appInfo = applicationInfoReport(), collectedAt,
+         compact = compactMacintoshInfoReport(services_->profiler.computer(), collectedAt)](
+            const TambrelBetaLogStore& files) {
+            const auto report = normalizedDebugReportText(text);
+            Report full(emailBody(report, appInfo, files.macintoshInfoReport(collectedAt)));
+            auto body = hasMoreCharactersThan(full.utf8, directMailBodyLimit)
+                            ? debugWindowEmailBody(report, appInfo, compact, directMailBodyLimit)
+                            : full.utf8;
+            return Mail{std::move(full), std::move(body)};
+        },
+        [this](Mail mail) {
+            services_->copyToClipboard(mail.full.clipboardText);
+            openMailtoEmail(draftOf(std::move(mail.body), {}), services_->openLink);
+        });
+}
+
+void TambrelBetaLog::revealBetaLogFile() {
+    if (!diagnosticsEnabled())
+        return;
+    log("User Clicked Reveal Beta Log File", "TambrelBetaLog.revealBetaLogFile");
+    inStore([isEnabled = fileLoggingEnabled()](
+                const TambrelBetaLogStore& files) { return files.revealableLogURL(isEnabled); },
+            [this](const std::optional<QUrl>& url) {
+                if (url)
+                    services_->revealFile(*url);
+                else
+                    services_->beep();
+            });
+}
+
+} // namespace tambrel
