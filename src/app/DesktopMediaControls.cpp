@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 
 #include <cmath>
+#include <utility>
 
 namespace tambrel {
 namespace {
@@ -46,9 +47,10 @@ QString portalIdentifier(const QWidget& window) {
 
 } // namespace
 
-DesktopMediaControls::DesktopMediaControls(QWidget& window, MainViewController& controller,
-                                           const QDBusConnection& bus)
+DesktopMediaControls::DesktopMediaControls(QWidget& window, std::function<void()> raise,
+                                           MainViewController& controller, const QDBusConnection& bus)
     : window_(window),
+      raise_(std::move(raise)),
       controller_(controller),
       service_(QString::fromStdString(ApplicationInfo::current().identifier.value_or("")), controls(),
                state(), bus),
@@ -87,7 +89,7 @@ MediaPlayerControls DesktopMediaControls::controls() {
         .seek = [this](microseconds place) { controller_.seek(toSeconds(place)); },
         .position = [this] { return toMicroseconds(controller_.player().position()); },
         .open = [this](const QUrl& url) { return open(url); },
-        .raise = [this] { raise(); },
+        .raise = raise_,
         .quit = [this] { window_.close(); },
     };
 }
@@ -99,13 +101,6 @@ bool DesktopMediaControls::open(const QUrl& url) {
         return false;
     controller_.load(file, AfterLoad::play);
     return true;
-}
-
-void DesktopMediaControls::raise() {
-    window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
-    window_.show();
-    window_.raise();
-    window_.activateWindow();
 }
 
 } // namespace tambrel

@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 
 #include <cstdint>
+#include <functional>
 
 class QWidget;
 
@@ -19,7 +20,9 @@ class MainViewController;
 class DesktopMediaControls {
 public:
     /// Both outlive the controls; `window` is the one that has the main view in it, and has been shown.
-    DesktopMediaControls(QWidget& window, MainViewController& controller, const QDBusConnection& bus);
+    /// `raise` brings it to the front.
+    DesktopMediaControls(QWidget& window, std::function<void()> raise, MainViewController& controller,
+                         const QDBusConnection& bus);
     ~DesktopMediaControls();
     DesktopMediaControls(const DesktopMediaControls&) = delete;
     DesktopMediaControls& operator=(const DesktopMediaControls&) = delete;
@@ -29,9 +32,9 @@ private:
     [[nodiscard]] MediaPlayerState state() const;
     [[nodiscard]] MediaPlayerControls controls();
     [[nodiscard]] bool open(const QUrl& url);
-    void raise();
 
     QWidget& window_;
+    std::function<void()> raise_;
     MainViewController& controller_;
     std::uint64_t songNumber_ = 0;
     MPRISService service_;

@@ -106,7 +106,8 @@ int Program::run() {
 void Program::didFinishLaunching(MainViewController& view) {
     view_ = &view;
     if (commandLine_.screenshot.empty())
-        mediaControls_.emplace(*delegate_.window(), view, sessionBus());
+        mediaControls_.emplace(
+            *delegate_.window(), [this] { delegate_.raiseWindow(); }, view, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     const bool loadsNothing = std::ranges::none_of(commandLine_.files, AppDelegate::isSupportedMIDIURL);
     if (!commandLine_.screenshot.empty() && loadsNothing)

@@ -29,8 +29,8 @@ class DesktopSession {
 public:
     using Program = std::unique_ptr<QProcess>;
 
-    static constexpr const char* identifier = "software.kestrune.tambrel-tests.beta";
-    static constexpr const char* objectPath = "/software/kestrune/tambrel_tests/beta";
+    static constexpr const char* identifier = "software.kestrune.tambrel.beta";
+    static constexpr const char* objectPath = "/software/kestrune/tambrel/beta";
 
     DesktopSession() {
         environment_.insert("PATH", qEnvironmentVariable("PATH"));
