@@ -1,14 +1,15 @@
 #include "ApplicationInfo.h"
 #include "CommandLine.h"
 #include "DesktopApplication.h"
-#include "FontWarmUp.h"
 #include "HandOver.h"
 #include "Program.h"
 
-#include <QAccessible>
 #include <QApplication>
 
+#include <fontconfig/fontconfig.h>
+
 #include <cstdlib>
+#include <thread>
 
 int main(int argc, char** argv) {
     using namespace tambrel;
@@ -19,7 +20,8 @@ int main(int argc, char** argv) {
     complainOfUnsupportedFiles(*commandLine);
     prepareForScreenshot(*commandLine);
     const auto identifier = QString::fromStdString(ApplicationInfo::current().identifier.value_or("tambrel"));
-    FontWarmUp fonts;
+    const std::jthread fonts(
+        [] { FcInit(); }); // Takes milliseconds, while the bus and the display are asked.
     DesktopApplication desktop(identifier);
     if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
         return EXIT_SUCCESS;
@@ -27,7 +29,5 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Tambrel");
     QApplication::setDesktopFileName(identifier);
     const QApplication application(argc, argv);
-    fonts.fillDatabase();
-    static_cast<void>(QAccessible::isActive()); // Asks the bus, which takes its time.
     return Program(*commandLine, desktop).run();
 }
