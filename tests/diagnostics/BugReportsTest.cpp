@@ -318,6 +318,9 @@ TEST_F(BugReportsTest, KeepOneWindowWithEverythingSinceItWasFirstShown) {
     log.procedure("A.b", "between");
     log.showDebugWindow();
     EXPECT_EQ(timesShown, 2);
+    bool areEntriesWritten = false;
+    log.inStore([](const auto&) { return 0; }, [&](int) { areEntriesWritten = true; });
+    waitUntil([&] { return areEntriesWritten; });
     writeLog(std::string(1, '\xff')); // So that the report takes the window's text.
     log.emailCompleteBugReport();
     waitUntil([&] { return !drafts.empty(); });
