@@ -17,6 +17,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -76,17 +77,17 @@ void AppDelegate::installRuntimeAppIcon() {
 
 QMenuBar* AppDelegate::installMenu() {
     log_.procedure("TambrelMenuBuilder.install", "Building application menus");
-    const auto inView = [this](void (MainViewController::*action)()) {
+    const auto inView = [this](auto action) {
         return [this, action] {
             if (mainViewController_)
-                (mainViewController_->*action)();
+                action(*mainViewController_);
         };
     };
     MenuTargets targets{.showInfo = [this] { showInfo(); },
-                        .openFile = inView(&MainViewController::openFile),
-                        .playPause = inView(&MainViewController::playPause),
-                        .rtz = inView(&MainViewController::rtz),
-                        .stop = inView(&MainViewController::stop),
+                        .openFile = inView(std::mem_fn(&MainViewController::openFile)),
+                        .playPause = inView(std::mem_fn(&MainViewController::playPause)),
+                        .rtz = inView(std::mem_fn(&MainViewController::rtz)),
+                        .stop = inView(std::mem_fn(&MainViewController::stop)),
                         .showDebuggingWindow = {}};
     if (log_.diagnosticsEnabled())
         targets.showDebuggingWindow = [this] { showDebuggingWindow(); };
