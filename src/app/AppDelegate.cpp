@@ -33,11 +33,6 @@ std::vector<QRectF> visibleFrames() {
     return frames;
 }
 
-// A Wayland compositor neither tells where a window is nor lets it choose.
-bool windowsCanBePlaced() {
-    return !QApplication::platformName().startsWith("wayland");
-}
-
 std::filesystem::path locationOf(const QString& uri) {
     return localPath(QUrl::fromEncoded(uri.toUtf8()));
 }
@@ -58,7 +53,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     QMenuBar* menuBar = installMenu();
     window_ = std::make_unique<MainWindow>(new MainViewController(services_.view, log_));
     window_->setMenuBar(menuBar);
-    if (windowsCanBePlaced())
+    if (keepsPlace())
         placeWindow();
     firstPaint_ = std::make_unique<FirstPaint>(*window_, [this] { finishLaunching(); });
     window_->show();
@@ -95,6 +90,11 @@ QMenuBar* AppDelegate::installMenu() {
     return bar;
 }
 
+// A Wayland compositor neither tells where a window is nor lets it choose.
+bool AppDelegate::keepsPlace() const {
+    return services_.purpose == LaunchPurpose::use && !QApplication::platformName().startsWith("wayland");
+}
+
 // By its content, menu bar included: what the window manager puts around it is unknown before it shows. The
 // place of a screen that is gone would leave the window where nobody sees it.
 void AppDelegate::placeWindow() {
@@ -116,10 +116,11 @@ void AppDelegate::keepTitleBarOnScreen() {
 }
 
 void AppDelegate::finishLaunching() {
-    if (windowsCanBePlaced())
+    if (keepsPlace())
         keepTitleBarOnScreen();
     installRuntimeAppIcon();
-    log_.startSession(); // May ask the user; what arrives meanwhile is kept.
+    if (services_.purpose == LaunchPurpose::use)
+        log_.startSession(); // May ask the user; what arrives meanwhile is kept.
     mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
@@ -129,14 +130,15 @@ void AppDelegate::finishLaunching() {
 }
 
 void AppDelegate::windowDidMove() const {
-    if (window_ && windowsCanBePlaced() && !window_->isMinimized())
+    if (window_ && keepsPlace() && !window_->isMinimized())
         windowPlacementStore_.save(window_->geometry());
 }
 
 void AppDelegate::applicationWillTerminate() {
     windowDidMove();
     services_.settings.sync();
-    log_.finishSession();
+    if (services_.purpose == LaunchPurpose::use)
+        log_.finishSession();
 }
 
 void AppDelegate::applicationOpen(const QStringList& uris) {

@@ -22,6 +22,10 @@ namespace tambrel {
 class FirstPaint;
 class MainWindow;
 
+/// What the program has been started for. A picture is nobody's session: the user is asked nothing, and
+/// neither the window's place nor the session's beginning and end are noted.
+enum class LaunchPurpose { use, picture };
+
 /// What the delegate needs from the world around it; all called on the main thread.
 struct AppDelegateServices {
     MainViewServices view;
@@ -33,6 +37,7 @@ struct AppDelegateServices {
     /// Called once, when launching is over and just before the files are opened that have been handed over by
     /// then: the place for everything that may come after the window has been painted. May be empty.
     std::function<void(MainViewController&)> didFinishLaunching;
+    LaunchPurpose purpose = LaunchPurpose::use;
 };
 
 /// Starts and ends the program's one window, and opens what the desktop hands over. Main thread only.
@@ -75,6 +80,7 @@ public:
 private:
     void installRuntimeAppIcon();
     [[nodiscard]] QMenuBar* installMenu();
+    [[nodiscard]] bool keepsPlace() const;
     void placeWindow();
     void keepTitleBarOnScreen();
     void finishLaunching();

@@ -13,8 +13,11 @@
 #include <QApplication>
 #include <QPixmap>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace tambrel {
@@ -65,7 +68,8 @@ AppDelegateServices Program::services() {
             .settings = settings_,
             .about = [this] { return aboutFacts(); },
             .showDebuggingWindow = [this] { log_.showDebugWindow(); },
-            .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); }};
+            .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); },
+            .purpose = commandLine_.screenshot.empty() ? LaunchPurpose::use : LaunchPurpose::picture};
 }
 
 void Program::serve(DesktopApplication& desktop) {
