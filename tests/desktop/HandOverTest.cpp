@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QRegularExpression>
 
 #include <algorithm>
 
