@@ -141,33 +141,35 @@ void AppDelegate::applicationWillTerminate() {
         log_.finishSession();
 }
 
-void AppDelegate::applicationOpen(const QStringList& uris) {
+void AppDelegate::applicationOpen(const QStringList& uris, AfterLoad after, const QString& activationToken) {
     log_.userAction(
         [&] { return "Opened Tambrel from Finder with " + std::to_string(uris.size()) + " URL(s)"; },
         "AppDelegate.application(_:open:)");
     std::vector<std::filesystem::path> urls;
     std::ranges::transform(uris, std::back_inserter(urls), locationOf);
-    openMIDIURLs(urls);
+    openMIDIURLs(urls, after, activationToken);
 }
 
 bool AppDelegate::applicationOpenFile(const std::filesystem::path& path) {
     log_.userAction([&] { return "Opened Tambrel with file " + UTF8::repaired(path.native()); },
                     "AppDelegate.application(_:openFile:)");
-    openMIDIURLs({path});
+    openMIDIURLs({path}, AfterLoad::wait);
     return true;
 }
 
-void AppDelegate::applicationOpenFiles(const std::vector<std::filesystem::path>& paths) {
+void AppDelegate::applicationOpenFiles(const std::vector<std::filesystem::path>& paths, AfterLoad after) {
     log_.userAction([&] { return "Opened Tambrel with " + std::to_string(paths.size()) + " file(s)"; },
                     "AppDelegate.application(_:openFiles:)");
-    openMIDIURLs(paths);
+    openMIDIURLs(paths, after);
 }
 
 bool AppDelegate::isSupportedMIDIURL(const std::filesystem::path& url) {
     return TambrelMIDIFileSupport::hasExtension(url.native(), TambrelMIDIFileSupport::loadableExtensions());
 }
 
-void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls) {
+void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
+                               const QString& activationToken) {
+    raiseWindow(activationToken); // Whatever comes of it, the user who opens something looks here.
     log_.function(opening, [&] { return "Evaluating " + std::to_string(urls.size()) + " incoming URL(s)"; });
     std::vector<std::filesystem::path> supported;
     std::ranges::copy_if(urls, std::back_inserter(supported), isSupportedMIDIURL);
@@ -177,21 +179,22 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls) {
         return;
     }
     if (!mainViewController_) {
+        if (pendingMIDIURLs_.empty())
+            afterPendingLoad_ = after;
         std::ranges::move(supported, std::back_inserter(pendingMIDIURLs_));
         log_.procedure(opening, "Main window not ready; queued MIDI URLs");
         return;
     }
-    raiseWindow();
     const std::filesystem::path& first = supported.front();
     log_.procedure(opening, [&] { return "Loading " + UTF8::repaired(first.filename().native()); });
-    mainViewController_->load(first);
+    mainViewController_->load(first, after);
 }
 
 void AppDelegate::openPendingMIDIURLs() {
     if (pendingMIDIURLs_.empty())
         return;
     log_.function("AppDelegate.openPendingMIDIURLs", "Opening queued MIDI URL(s)");
-    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}));
+    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}), afterPendingLoad_);
 }
 
 void AppDelegate::performAction(const QString& name) {

@@ -54,10 +54,13 @@ public:
     /// When the event loop has ended.
     void applicationWillTerminate();
 
-    // The desktop hands over addresses, one file, or several.
-    void applicationOpen(const QStringList& uris);
+    // The desktop hands over addresses, one file, or several. `after` is of the one that is opened; for
+    // `activationToken` see raiseWindow.
+    void applicationOpen(const QStringList& uris, AfterLoad after = AfterLoad::wait,
+                         const QString& activationToken = {});
     bool applicationOpenFile(const std::filesystem::path& path); ///< True whatever happens.
-    void applicationOpenFiles(const std::vector<std::filesystem::path>& paths);
+    void applicationOpenFiles(const std::vector<std::filesystem::path>& paths,
+                              AfterLoad after = AfterLoad::wait);
 
     /// Carries out "play-pause", "stop" or "open"; no other name does anything.
     void performAction(const QString& name);
@@ -85,7 +88,8 @@ private:
     void keepTitleBarOnScreen();
     void finishLaunching();
     void windowDidMove() const;
-    void openMIDIURLs(const std::vector<std::filesystem::path>& urls);
+    void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
+                      const QString& activationToken = {});
     void openPendingMIDIURLs();
 
     AppDelegateServices services_;
@@ -93,6 +97,7 @@ private:
     std::unique_ptr<MainWindow> window_;
     MainViewController* mainViewController_ = nullptr; ///< The window's, once launching is over.
     std::vector<std::filesystem::path> pendingMIDIURLs_;
+    AfterLoad afterPendingLoad_ = AfterLoad::wait; ///< Of the first of them, the only one that is opened.
     QStringList pendingActions_;
     TambrelWindowPlacementStore windowPlacementStore_;
     std::unique_ptr<FirstPaint> firstPaint_;

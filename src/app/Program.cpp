@@ -27,6 +27,10 @@ void complain(const std::string& message) {
     std::cerr << "tambrel: " << message << "\n";
 }
 
+AfterLoad afterLoad(bool plays) {
+    return plays ? AfterLoad::play : AfterLoad::wait;
+}
+
 GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
     GeneralMIDIOptions options{.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers};
     if (!commandLine.screenshot.empty())
@@ -46,8 +50,7 @@ Program::Program(CommandLine commandLine, DesktopApplication& desktop)
     : commandLine_(std::move(commandLine)),
       log_(configuredLog(settings_)),
       engine_(engineOptions(commandLine_)),
-      delegate_(services(), log_),
-      playsWhenLoaded_(commandLine_.play) {
+      delegate_(services(), log_) {
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
@@ -75,9 +78,8 @@ AppDelegateServices Program::services() {
 void Program::serve(DesktopApplication& desktop) {
     desktop.onActivate = [this](const LaunchContext& context) { comeUp(context); };
     desktop.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
-        playsWhenLoaded_ = playsWhenLoaded_ || context.play;
-        comeUp(context);
-        delegate_.applicationOpen(uris);
+        delegate_.applicationOpen(uris, afterLoad(context.play), context.activationToken);
+        endStartupNotification(*delegate_.window(), context.startupId);
     };
     desktop.onAction = [this](const QString& action, const LaunchContext& context) {
         if (action == "open")
@@ -96,7 +98,8 @@ void Program::comeUp(const LaunchContext& context) {
 int Program::run() {
     const TerminationSignals signalsEndNormally;
     if (!commandLine_.files.empty())
-        delegate_.applicationOpenFiles(commandLine_.files);
+        delegate_.applicationOpenFiles(commandLine_.files,
+                                       afterLoad(commandLine_.play && commandLine_.screenshot.empty()));
     delegate_.applicationDidFinishLaunching();
     const int status = QApplication::exec();
     delegate_.applicationWillTerminate();
@@ -121,11 +124,8 @@ void Program::didFinishLaunching(MainViewController& view) {
 void Program::loadFinished(const std::string& failure) {
     if (!commandLine_.screenshot.empty())
         return takeScreenshot(failure);
-    const bool plays = std::exchange(playsWhenLoaded_, false);
     if (!failure.empty())
         complain(failure);
-    else if (plays && view_->player().mode() == PlaybackMode::idle)
-        view_->playPause();
 }
 
 // Called when the file is there, or when its error is shown instead: both make a picture.

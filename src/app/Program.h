@@ -43,7 +43,6 @@ private:
     GeneralMIDIEngine engine_;
     AppDelegate delegate_;               // Destroyed before the engine, which its players are on.
     MainViewController* view_ = nullptr; // The window's, once launching is over.
-    bool playsWhenLoaded_;
     std::optional<DesktopMediaControls> mediaControls_;
 };
 

@@ -119,16 +119,20 @@ TEST_F(HandOverTest, DisturbsNothingThatPlaysUnlessThereIsAFileToOpen) {
     EXPECT_EQ(act("play-pause"), 0);
     EXPECT_TRUE(session.logs("Playback state changed to playing"));
     EXPECT_EQ(session.run({}), 0);
-    EXPECT_EQ(session.run({"notes.txt"}), 0);
+    EXPECT_EQ(session.run({"--play", "notes.txt"}), 0);
     EXPECT_EQ(act("dance"), 0);
     EXPECT_EQ(session.count("Playback state changed to idle"), 1) << "that of the song's loading";
 
+    session.writeSong("silent.mid");
+    EXPECT_EQ(session.run({"silent.mid"}), 0);
+    EXPECT_TRUE(session.logs("Loaded silent.mid; "));
     session.writeSong("next.mid");
     EXPECT_EQ(session.run({"--play", "next.mid"}), 0);
     EXPECT_TRUE(session.logs("Loaded next.mid; "));
     EXPECT_TRUE(session.logs("Playback state changed to playing", 2));
     EXPECT_EQ(act("stop"), 0);
     EXPECT_TRUE(session.logs("User Action: Clicked Stop button or menu item"));
+    EXPECT_EQ(session.count("Playback state changed to playing"), 2) << "not silent.mid";
     EXPECT_EQ(session.count(launched), 1);
 }
 
