@@ -20,7 +20,8 @@ namespace {
 std::filesystem::path pathOf(const std::string& argument) {
     if (!argument.starts_with("file:"))
         return argument;
-    return localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+    const auto path = localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+    return path.empty() ? std::filesystem::path(argument) : path;
 }
 
 /// How many arguments an option of the toolkit takes up from here on; 0 when it is none. One or two dashes

@@ -157,9 +157,13 @@ TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
           evaluating(1), loading}},
         {"addresses, one of the web among them",
          [&] {
-             delegate.applicationOpen({"https://a.example/b.mid", "file://" + QString(one.c_str())});
+             delegate.applicationOpen(
+                 {"https://a.example/b.mid", "file:b.mid", "file://localhost" + QString(one.c_str())});
          },
-         {fromFinder + "2 URL(s) | AppDelegate.application(_:open:)", evaluating(2), loading}},
+         {fromFinder + "3 URL(s) | AppDelegate.application(_:open:)", evaluating(3), loading}},
+        {"an address of another host",
+         [&] { delegate.applicationOpen({"file://host" + QString(one.c_str())}); },
+         {fromFinder + "1 URL(s) | AppDelegate.application(_:open:)", evaluating(1), unsupported}},
         {"a text",
          [&] { EXPECT_TRUE(delegate.applicationOpenFile("/a.txt")); },
          {"User Action: Opened Tambrel with file /a.txt | AppDelegate.application(_:openFile:)",

@@ -161,8 +161,28 @@ TEST_F(DesktopMediaControlsTest, PlaysOnlyWhatItWasAskedToOpen) {
     driven.controller->load(files.write("b.mid", smallSong()));
     ASSERT_TRUE(QTest::qWaitFor([&] { return driven.label("fileLabel") == "b.mid"; }, 30'000));
     EXPECT_EQ(mode(), PlaybackMode::idle);
-    EXPECT_THAT(bus.run(call("Player.OpenUri", {"'file:///a.wav'"})).errors, HasSubstr("NotSupported"));
     EXPECT_EQ(title(), "b");
+}
+
+TEST_F(DesktopMediaControlsTest, OpensOnlySongsOfThisComputer) {
+    const QByteArray path = song.parent_path().c_str();
+    EXPECT_EQ(loadAddress("file://localhost" + path + "/a%20song.mid"), "");
+    const struct {
+        const char* name;
+        QByteArray address;
+    } rows[] = {
+        {"a file of another kind", "file:///a.wav"},
+        {"an address of another host", "file://host" + path + "/a%20song.mid"},
+        {"no absolute address", "file:a.mid"},
+        {"another scheme", "https://host/a.mid"},
+        {"no address", "a.mid"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_THAT(bus.run(call("Player.OpenUri", {"'" + row.address + "'"})).errors,
+                    HasSubstr("NotSupported"));
+    }
+    EXPECT_EQ(title(), "a song");
 }
 
 TEST_F(DesktopMediaControlsTest, RaisesAndClosesTheWindow) {
