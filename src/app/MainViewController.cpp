@@ -195,6 +195,11 @@ void MainViewController::stop() {
 void MainViewController::rtz() {
     transportCoordinator_->rtz();
 }
+void MainViewController::fallSilent() {
+    afterLoad_ = AfterLoad::wait;
+    if (player_.mode() == PlaybackMode::playing)
+        player_.stop();
+}
 void MainViewController::toggleLoudness() {
     transportCoordinator_->toggleLoudness();
 }

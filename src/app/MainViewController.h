@@ -63,6 +63,8 @@ public:
     void playPause();
     void stop();
     void rtz();
+    /// Ends what plays, and what is to play when it is loaded, for the program ends.
+    void fallSilent();
     void toggleLoudness();
     /// Moves the playhead, in seconds.
     void seek(double position) { player_.seek(position); }

@@ -48,13 +48,14 @@ TambrelBetaLog& configuredLog(QSettings& settings) {
 
 Program::Program(CommandLine commandLine, DesktopApplication& desktop)
     : commandLine_(std::move(commandLine)),
+      desktop_(desktop),
       log_(configuredLog(settings_)),
       engine_(engineOptions(commandLine_)),
       delegate_(services(), log_) {
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
-    serve(desktop);
+    serve();
 }
 
 Program::~Program() = default;
@@ -75,13 +76,13 @@ AppDelegateServices Program::services() {
             .purpose = commandLine_.screenshot.empty() ? LaunchPurpose::use : LaunchPurpose::picture};
 }
 
-void Program::serve(DesktopApplication& desktop) {
-    desktop.onActivate = [this](const LaunchContext& context) { comeUp(context); };
-    desktop.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
+void Program::serve() {
+    desktop_.onActivate = [this](const LaunchContext& context) { comeUp(context); };
+    desktop_.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
         delegate_.applicationOpen(uris, afterLoad(context.play), context.activationToken);
         endStartupNotification(*delegate_.window(), context.startupId);
     };
-    desktop.onAction = [this](const QString& action, const LaunchContext& context) {
+    desktop_.onAction = [this](const QString& action, const LaunchContext& context) {
         if (action == "open")
             comeUp(context);
         else
@@ -101,13 +102,23 @@ int Program::run() {
         delegate_.applicationOpenFiles(commandLine_.files,
                                        afterLoad(commandLine_.play && commandLine_.screenshot.empty()));
     delegate_.applicationDidFinishLaunching();
+    delegate_.window()->onClose = [this] { desktop_.release(); };
     const int status = QApplication::exec();
+    fallSilent();
     delegate_.applicationWillTerminate();
     delegate_.window()->hide(); // Whatever is still to be finished, the user need not watch it.
     log_.close();
     if (engine_.isLoadingSoundBank())
         std::_Exit(status); // A large bank takes seconds, and nobody waits for it any more.
     return status;
+}
+
+// What is still to be done may take a while, and nothing is to be heard or seen of the program meanwhile.
+void Program::fallSilent() {
+    desktop_.release();
+    mediaControls_.reset();
+    if (view_)
+        view_->fallSilent();
 }
 
 void Program::didFinishLaunching(MainViewController& view) {

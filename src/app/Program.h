@@ -29,8 +29,9 @@ public:
 
 private:
     [[nodiscard]] AppDelegateServices services();
-    void serve(DesktopApplication& desktop);
+    void serve();
     void comeUp(const LaunchContext& context);
+    void fallSilent();
     void didFinishLaunching(MainViewController& view);
     void loadFinished(const std::string& failure);
     void takeScreenshot(const std::string& failure);
@@ -38,6 +39,7 @@ private:
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;
+    DesktopApplication& desktop_;
     QSettings settings_;
     TambrelBetaLog& log_;
     GeneralMIDIEngine engine_;

@@ -206,6 +206,28 @@ TEST_F(FirstStartTest, KeepsWhatTheBusBringsBeforeThereIsAWindow) {
     EXPECT_TRUE(session.logs(ended));
 }
 
+TEST_F(FirstStartTest, LosesNothingThatComesWhenTheWindowHasBeenClosed) {
+    session.startBus();
+    session.writeSong("a.mid");
+    auto program = session.start({"--play", "a.mid"});
+    ASSERT_TRUE(session.logs("Playback state changed to playing"));
+    auto bus = QDBusConnection::connectToBus(session.busAddress(), "asking");
+    bus.send(QDBusMessage::createMethodCall("org.mpris.MediaPlayer2.tambrel", "/org/mpris/MediaPlayer2",
+                                            "org.mpris.MediaPlayer2", "Quit"));
+    const QString uri = "file://" + QString::fromStdString((session.songs() / "a.mid").string());
+    auto open = QDBusMessage::createMethodCall(DesktopSession::identifier, DesktopSession::objectPath,
+                                               "org.freedesktop.Application", "Open");
+    open << QStringList(uri) << QVariantMap();
+    EXPECT_EQ(bus.call(open, QDBus::Block, 30'000).type(), QDBusMessage::ErrorMessage);
+    auto second = session.start({"a.mid"});
+    EXPECT_TRUE(session.logs("Loaded a.mid; ", 2));
+    EXPECT_EQ(session.count(launched), 2);
+    EXPECT_EQ(DesktopSession::statusOf(*program), 0);
+    EXPECT_THAT(session.log(), Contains(StartsWith("Stopping playback and returning to zero")));
+    EXPECT_EQ(DesktopSession::end(*second), 0);
+    QDBusConnection::disconnectFromBus("asking");
+}
+
 TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereThereIsNobodyToHandOverTo) {
     session.writeSong("a.mid");
     const struct {
