@@ -96,6 +96,15 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     return result;
 }
 
+bool hasDisplay(int argc, char** argv) {
+    constexpr std::array<const char*, 4> variables{"DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET",
+                                                   "QT_QPA_PLATFORM"};
+    constexpr std::array<std::string_view, 4> options{"-display", "--display", "-platform", "--platform"};
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    return !std::ranges::all_of(variables, qEnvironmentVariableIsEmpty) ||
+           std::ranges::find_first_of(arguments, options) != arguments.end();
+}
+
 void prepareForScreenshot(const CommandLine& commandLine) {
     if (commandLine.screenshot.empty())
         return;

@@ -256,6 +256,35 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereThereIsNobodyToHandOverTo) {
     QDBusConnection::disconnectFromBus("mute");
 }
 
+TEST_F(FirstStartTest, SaysSoWhereThereIsNoDisplay) {
+    session.startBus();
+    session.writeSong("a.mid");
+    auto first = session.start({});
+    EXPECT_TRUE(session.logs(begun));
+    session.set("QT_QPA_PLATFORM", "");
+    const struct {
+        const char* name;
+        QStringList arguments;
+        int status;
+        const char* errors;
+    } rows[] = {
+        {"a window of its own", {"--new-instance", "a.mid"}, 1, "tambrel: There is no display.\n"},
+        {"a window that is there", {"a.mid"}, 0, ""},
+        {"a picture", {"--screenshot", "a.png", "a.mid"}, 0, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto program = session.start(row.arguments);
+        EXPECT_EQ(DesktopSession::statusOf(*program), row.status);
+        EXPECT_EQ(DesktopSession::errorsOf(*program), row.errors);
+    }
+    EXPECT_TRUE(session.logs("Loaded a.mid; "));
+    auto needsNone = session.start({"--new-instance", "-platform", "offscreen"});
+    EXPECT_TRUE(session.logs(begun, 2));
+    EXPECT_EQ(DesktopSession::end(*needsNone), 0);
+    EXPECT_EQ(DesktopSession::end(*first), 0);
+}
+
 TEST_F(FirstStartTest, ReopensWhereItWas) {
     QFile screens(QString::fromStdString((session.songs() / "two.json").string()));
     ASSERT_TRUE(screens.open(QIODevice::WriteOnly));
