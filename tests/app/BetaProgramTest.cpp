@@ -1,4 +1,5 @@
 #include "ApplicationInfo.h"
+#include "PrivateHome.h"
 
 #include <gmock/gmock.h>
 
@@ -35,12 +36,10 @@ protected:
                           "\"$HOME/mail\"\n");
         mailProgram.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         environment.insert("PATH", home.filePath("bin") + ':' + environment.value("PATH"));
-        environment.insert("HOME", home.path());
-        environment.insert("XDG_RUNTIME_DIR", home.path());
+        setHome(environment, home.path());
         environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
         environment.insert("TAMBREL_TEST_QUESTIONS", home.filePath("questions"));
-        for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XCTestConfigurationFilePath"})
-            environment.remove(name);
+        environment.remove("XCTestConfigurationFilePath");
     }
 
     /// Starts the player on the demo song, with the answer that its questions will get.

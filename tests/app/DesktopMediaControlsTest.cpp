@@ -1,6 +1,7 @@
 #include "DesktopMediaControls.h"
 #include "DrivenWindow.h"
 #include "LocalPath.h"
+#include "PrivateHome.h"
 #include "PrivateSessionBus.h"
 #include "StandInPortal.h"
 
@@ -221,8 +222,7 @@ TEST(TambrelOnTheBusTest, IsPlayedByMediaKeys) {
     const PrivateSessionBus bus;
     QProcess tambrel;
     auto environment = bus.environment();
-    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        environment.insert(name, home.path());
+    setHome(environment, home.path());
     environment.insert("QT_QPA_PLATFORM", "offscreen");
     tambrel.setProcessEnvironment(environment);
     tambrel.start(TAMBREL_PROGRAM, {"--audio-driver", "silent", "--soundfont",
