@@ -34,11 +34,6 @@ std::vector<QRectF> visibleFrames() {
     return frames;
 }
 
-// A Wayland compositor neither tells where a window is nor lets it choose.
-bool windowsCanBePlaced() {
-    return !QApplication::platformName().startsWith("wayland");
-}
-
 std::filesystem::path locationOf(const QString& uri) {
     return localPath(QUrl::fromEncoded(uri.toUtf8()));
 }
@@ -59,7 +54,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     QMenuBar* menuBar = installMenu();
     window_ = std::make_unique<MainWindow>(new MainViewController(services_.view, log_));
     window_->setMenuBar(menuBar);
-    if (windowsCanBePlaced())
+    if (keepsPlace())
         placeWindow();
     firstPaint_ = std::make_unique<FirstPaint>(*window_, [this] { finishLaunching(); });
     window_->show();
@@ -96,6 +91,11 @@ QMenuBar* AppDelegate::installMenu() {
     return bar;
 }
 
+// A Wayland compositor neither tells where a window is nor lets it choose.
+bool AppDelegate::keepsPlace() const {
+    return services_.purpose == LaunchPurpose::use && !QApplication::platformName().startsWith("wayland");
+}
+
 // By its content, menu bar included: what the window manager puts around it is unknown before it shows. The
 // place of a screen that is gone would leave the window where nobody sees it.
 void AppDelegate::placeWindow() {
@@ -117,10 +117,11 @@ void AppDelegate::keepTitleBarOnScreen() {
 }
 
 void AppDelegate::finishLaunching() {
-    if (windowsCanBePlaced())
+    if (keepsPlace())
         keepTitleBarOnScreen();
     installRuntimeAppIcon();
-    log_.startSession(); // May ask the user; what arrives meanwhile is kept.
+    if (services_.purpose == LaunchPurpose::use)
+        log_.startSession(); // May ask the user; what arrives meanwhile is kept.
     mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
@@ -130,43 +131,46 @@ void AppDelegate::finishLaunching() {
 }
 
 void AppDelegate::windowDidMove() const {
-    if (window_ && windowsCanBePlaced() && !window_->isMinimized())
+    if (window_ && keepsPlace() && !window_->isMinimized())
         windowPlacementStore_.save(window_->geometry());
 }
 
 void AppDelegate::applicationWillTerminate() {
     windowDidMove();
     services_.settings.sync();
-    log_.finishSession();
+    if (services_.purpose == LaunchPurpose::use)
+        log_.finishSession();
 }
 
-void AppDelegate::applicationOpen(const QStringList& uris) {
+void AppDelegate::applicationOpen(const QStringList& uris, AfterLoad after, const QString& activationToken) {
     log_.userAction(
         [&] { return "Opened Tambrel from Finder with " + std::to_string(uris.size()) + " URL(s)"; },
         "AppDelegate.application(_:open:)");
     std::vector<std::filesystem::path> urls;
     std::ranges::transform(uris, std::back_inserter(urls), locationOf);
-    openMIDIURLs(urls);
+    openMIDIURLs(urls, after, activationToken);
 }
 
 bool AppDelegate::applicationOpenFile(const std::filesystem::path& path) {
     log_.userAction([&] { return "Opened Tambrel with file " + UTF8::repaired(path.native()); },
                     "AppDelegate.application(_:openFile:)");
-    openMIDIURLs({path});
+    openMIDIURLs({path}, AfterLoad::wait);
     return true;
 }
 
-void AppDelegate::applicationOpenFiles(const std::vector<std::filesystem::path>& paths) {
+void AppDelegate::applicationOpenFiles(const std::vector<std::filesystem::path>& paths, AfterLoad after) {
     log_.userAction([&] { return "Opened Tambrel with " + std::to_string(paths.size()) + " file(s)"; },
                     "AppDelegate.application(_:openFiles:)");
-    openMIDIURLs(paths);
+    openMIDIURLs(paths, after);
 }
 
 bool AppDelegate::isSupportedMIDIURL(const std::filesystem::path& url) {
     return TambrelMIDIFileSupport::hasExtension(url.native(), TambrelMIDIFileSupport::loadableExtensions());
 }
 
-void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls) {
+void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
+                               const QString& activationToken) {
+    raiseWindow(activationToken); // Whatever comes of it, the user who opens something looks here.
     log_.function(opening, [&] { return "Evaluating " + std::to_string(urls.size()) + " incoming URL(s)"; });
     std::vector<std::filesystem::path> supported;
     std::ranges::copy_if(urls, std::back_inserter(supported), isSupportedMIDIURL);
@@ -176,21 +180,22 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls) {
         return;
     }
     if (!mainViewController_) {
+        if (pendingMIDIURLs_.empty())
+            afterPendingLoad_ = after;
         std::ranges::move(supported, std::back_inserter(pendingMIDIURLs_));
         log_.procedure(opening, "Main window not ready; queued MIDI URLs");
         return;
     }
-    raiseWindow();
     const std::filesystem::path& first = supported.front();
     log_.procedure(opening, [&] { return "Loading " + UTF8::repaired(first.filename().native()); });
-    mainViewController_->load(first);
+    mainViewController_->load(first, after);
 }
 
 void AppDelegate::openPendingMIDIURLs() {
     if (pendingMIDIURLs_.empty())
         return;
     log_.function("AppDelegate.openPendingMIDIURLs", "Opening queued MIDI URL(s)");
-    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}));
+    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}), afterPendingLoad_);
 }
 
 void AppDelegate::performAction(const QString& name) {

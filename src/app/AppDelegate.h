@@ -22,6 +22,10 @@ namespace tambrel {
 class FirstPaint;
 class MainWindow;
 
+/// What the program has been started for. A picture is nobody's session: the user is asked nothing, and
+/// neither the window's place nor the session's beginning and end are noted.
+enum class LaunchPurpose { use, picture };
+
 /// What the delegate needs from the world around it; all called on the main thread.
 struct AppDelegateServices {
     MainViewServices view;
@@ -33,6 +37,7 @@ struct AppDelegateServices {
     /// Called once, when launching is over and just before the files are opened that have been handed over by
     /// then: the place for everything that may come after the window has been painted. May be empty.
     std::function<void(MainViewController&)> didFinishLaunching;
+    LaunchPurpose purpose = LaunchPurpose::use;
 };
 
 /// Starts and ends the program's one window, and opens what the desktop hands over. Main thread only.
@@ -49,10 +54,13 @@ public:
     /// When the event loop has ended.
     void applicationWillTerminate();
 
-    // The desktop hands over addresses, one file, or several.
-    void applicationOpen(const QStringList& uris);
+    // The desktop hands over addresses, one file, or several. `after` is of the one that is opened; for
+    // `activationToken` see raiseWindow.
+    void applicationOpen(const QStringList& uris, AfterLoad after = AfterLoad::wait,
+                         const QString& activationToken = {});
     bool applicationOpenFile(const std::filesystem::path& path); ///< True whatever happens.
-    void applicationOpenFiles(const std::vector<std::filesystem::path>& paths);
+    void applicationOpenFiles(const std::vector<std::filesystem::path>& paths,
+                              AfterLoad after = AfterLoad::wait);
 
     /// Carries out "play-pause", "stop" or "open"; no other name does anything.
     void performAction(const QString& name);
@@ -75,11 +83,13 @@ public:
 private:
     void installRuntimeAppIcon();
     [[nodiscard]] QMenuBar* installMenu();
+    [[nodiscard]] bool keepsPlace() const;
     void placeWindow();
     void keepTitleBarOnScreen();
     void finishLaunching();
     void windowDidMove() const;
-    void openMIDIURLs(const std::vector<std::filesystem::path>& urls);
+    void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
+                      const QString& activationToken = {});
     void openPendingMIDIURLs();
 
     AppDelegateServices services_;
@@ -87,6 +97,7 @@ private:
     std::unique_ptr<MainWindow> window_;
     MainViewController* mainViewController_ = nullptr; ///< The window's, once launching is over.
     std::vector<std::filesystem::path> pendingMIDIURLs_;
+    AfterLoad afterPendingLoad_ = AfterLoad::wait; ///< Of the first of them, the only one that is opened.
     QStringList pendingActions_;
     TambrelWindowPlacementStore windowPlacementStore_;
     std::unique_ptr<FirstPaint> firstPaint_;

@@ -20,7 +20,8 @@ namespace {
 std::filesystem::path pathOf(const std::string& argument) {
     if (!argument.starts_with("file:"))
         return argument;
-    return localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+    const auto path = localPath(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
+    return path.empty() ? std::filesystem::path(argument) : path;
 }
 
 /// How many arguments an option of the toolkit takes up from here on; 0 when it is none. One or two dashes
@@ -93,6 +94,15 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         result.audioDrivers.push_back(driver);
     std::ranges::transform(files, std::back_inserter(result.files), pathOf);
     return result;
+}
+
+bool hasDisplay(int argc, char** argv) {
+    constexpr std::array<const char*, 4> variables{"DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET",
+                                                   "QT_QPA_PLATFORM"};
+    constexpr std::array<std::string_view, 4> options{"-display", "--display", "-platform", "--platform"};
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    return !std::ranges::all_of(variables, qEnvironmentVariableIsEmpty) ||
+           std::ranges::find_first_of(arguments, options) != arguments.end();
 }
 
 void prepareForScreenshot(const CommandLine& commandLine) {

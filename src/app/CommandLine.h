@@ -28,4 +28,8 @@ struct CommandLine {
 /// Has to run before the toolkit starts: a picture needs no display, and is painted at the scale of --scale.
 void prepareForScreenshot(const CommandLine& commandLine);
 
+/// Whether the environment or the toolkit's own options name a display, or a platform that may need none. The
+/// toolkit would end the program by a crash otherwise.
+[[nodiscard]] bool hasDisplay(int argc, char** argv);
+
 } // namespace tambrel

@@ -1,9 +1,9 @@
 #include "DesktopMediaControls.h"
 
+#include "AppDelegate.h"
 #include "ApplicationInfo.h"
 #include "LocalPath.h"
 #include "MainViewController.h"
-#include "TambrelMIDIFileSupport.h"
 
 #include <QGuiApplication>
 
@@ -95,9 +95,8 @@ MediaPlayerControls DesktopMediaControls::controls() {
 }
 
 bool DesktopMediaControls::open(const QUrl& url) {
-    using namespace TambrelMIDIFileSupport;
     const std::filesystem::path file = localPath(url);
-    if (!hasExtension(file.string(), loadableExtensions()))
+    if (!AppDelegate::isSupportedMIDIURL(file))
         return false;
     controller_.load(file, AfterLoad::play);
     return true;

@@ -8,10 +8,11 @@
 
 namespace tambrel {
 
-/// The file that a file: address names, byte by byte: file names need be no UTF-8. Empty for any other
-/// address.
+/// The file of this computer that a file: address names, byte by byte: file names need be no UTF-8. Empty for
+/// any other address, one that names another host or no absolute path among them.
 [[nodiscard]] inline std::filesystem::path localPath(const QUrl& url) {
-    if (!url.isLocalFile())
+    const bool isHere = url.host().isEmpty() || url.host() == "localhost";
+    if (!url.isLocalFile() || !isHere || !url.path().startsWith('/'))
         return {};
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }

@@ -184,13 +184,21 @@ void MainViewController::openFile() {
 }
 
 void MainViewController::playPause() {
+    if (player_.mode() == PlaybackMode::playing)
+        afterLoad_ = AfterLoad::wait;
     transportCoordinator_->playPause();
 }
 void MainViewController::stop() {
+    afterLoad_ = AfterLoad::wait;
     transportCoordinator_->stop();
 }
 void MainViewController::rtz() {
     transportCoordinator_->rtz();
+}
+void MainViewController::fallSilent() {
+    afterLoad_ = AfterLoad::wait;
+    if (player_.mode() == PlaybackMode::playing)
+        player_.stop();
 }
 void MainViewController::toggleLoudness() {
     transportCoordinator_->toggleLoudness();
@@ -199,22 +207,22 @@ void MainViewController::toggleLoudness() {
 void MainViewController::load(const std::filesystem::path& url, AfterLoad after) {
     log_.function(loading, [&url] { return "Loading MIDI file " + displayName(url); });
     const std::int64_t generation = loadCoordinator_.begin();
+    afterLoad_ = after;
     showStatus("Loading");
     activityView_->setAnimating(true);
     const std::stop_source task;
     loadCoordinator_.setTask(task);
-    loader_.load(url, task.get_token(), [this, generation, after](LoadOutcome outcome) {
-        takeOutcome(generation, std::move(outcome), after);
-    });
+    loader_.load(url, task.get_token(),
+                 [this, generation](LoadOutcome outcome) { takeOutcome(generation, std::move(outcome)); });
 }
 
-void MainViewController::takeOutcome(std::int64_t generation, LoadOutcome outcome, AfterLoad after) {
+void MainViewController::takeOutcome(std::int64_t generation, LoadOutcome outcome) {
     if (generation == loadCoordinator_.generation()) {
         try {
             if (outcome.error)
                 std::rethrow_exception(outcome.error);
             applyLoadedFile(outcome.song);
-            if (after == AfterLoad::play && player_.mode() != PlaybackMode::playing)
+            if (afterLoad_ == AfterLoad::play && player_.mode() != PlaybackMode::playing)
                 playPause();
         } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
         } catch (const std::exception& error) {

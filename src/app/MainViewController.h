@@ -54,7 +54,8 @@ public:
     /// command it.
     std::function<void(PlaybackChange)> onPlaybackChange;
 
-    /// Begins to load a file; what was being loaded is dropped.
+    /// Begins to load a file; what was being loaded is dropped. A song that is to play does not when the
+    /// user stops or pauses while it is loading.
     void load(const std::filesystem::path& url, AfterLoad after = AfterLoad::wait);
     /// Asks for a file and loads it.
     void openFile();
@@ -62,6 +63,8 @@ public:
     void playPause();
     void stop();
     void rtz();
+    /// Ends what plays, and what is to play when it is loaded, for the program ends.
+    void fallSilent();
     void toggleLoudness();
     /// Moves the playhead, in seconds.
     void seek(double position) { player_.seek(position); }
@@ -79,7 +82,7 @@ private:
     void buildLabels();
     void buildButtons();
     void wireViews();
-    void takeOutcome(std::int64_t generation, LoadOutcome outcome, AfterLoad after);
+    void takeOutcome(std::int64_t generation, LoadOutcome outcome);
     void applyLoadedFile(const std::shared_ptr<const LoadedSong>& song);
     void takePlaybackData(const LoadedSong& song);
     void showLoadedFile(const TambrelLoadedFile& file);
@@ -97,6 +100,7 @@ private:
     TambrelLoadCoordinator loadCoordinator_;
     std::shared_ptr<const LoadedSong> song_; // What the player holds.
     SongLoader loader_;
+    AfterLoad afterLoad_ = AfterLoad::wait; ///< Of the newest load.
 
     // Children, owned by this widget.
     DropTargetPanel* dropPanel_;

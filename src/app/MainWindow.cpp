@@ -19,6 +19,8 @@ void MainWindow::moveEvent(QMoveEvent* event) {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     QMainWindow::closeEvent(event);
+    if (onClose)
+        onClose();
     QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
 }
 

@@ -15,7 +15,8 @@ public:
     /// Takes the view controller over.
     explicit MainWindow(MainViewController* controller);
 
-    std::function<void()> onMove; ///< Called when the window has moved. May be empty.
+    std::function<void()> onMove;  ///< Called when the window has moved. May be empty.
+    std::function<void()> onClose; ///< Called when the window closes, before the program ends. May be empty.
 
 protected:
     void moveEvent(QMoveEvent* event) override;

@@ -13,8 +13,11 @@
 #include <QApplication>
 #include <QPixmap>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace tambrel {
@@ -22,6 +25,10 @@ namespace {
 
 void complain(const std::string& message) {
     std::cerr << "tambrel: " << message << "\n";
+}
+
+AfterLoad afterLoad(bool plays) {
+    return plays ? AfterLoad::play : AfterLoad::wait;
 }
 
 GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
@@ -41,14 +48,14 @@ TambrelBetaLog& configuredLog(QSettings& settings) {
 
 Program::Program(CommandLine commandLine, DesktopApplication& desktop)
     : commandLine_(std::move(commandLine)),
+      desktop_(desktop),
       log_(configuredLog(settings_)),
       engine_(engineOptions(commandLine_)),
-      delegate_(services(), log_),
-      playsWhenLoaded_(commandLine_.play) {
+      delegate_(services(), log_) {
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
-    serve(desktop);
+    serve();
 }
 
 Program::~Program() = default;
@@ -65,17 +72,17 @@ AppDelegateServices Program::services() {
             .settings = settings_,
             .about = [this] { return aboutFacts(); },
             .showDebuggingWindow = [this] { log_.showDebugWindow(); },
-            .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); }};
+            .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); },
+            .purpose = commandLine_.screenshot.empty() ? LaunchPurpose::use : LaunchPurpose::picture};
 }
 
-void Program::serve(DesktopApplication& desktop) {
-    desktop.onActivate = [this](const LaunchContext& context) { comeUp(context); };
-    desktop.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
-        playsWhenLoaded_ = playsWhenLoaded_ || context.play;
-        comeUp(context);
-        delegate_.applicationOpen(uris);
+void Program::serve() {
+    desktop_.onActivate = [this](const LaunchContext& context) { comeUp(context); };
+    desktop_.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
+        delegate_.applicationOpen(uris, afterLoad(context.play), context.activationToken);
+        endStartupNotification(*delegate_.window(), context.startupId);
     };
-    desktop.onAction = [this](const QString& action, const LaunchContext& context) {
+    desktop_.onAction = [this](const QString& action, const LaunchContext& context) {
         if (action == "open")
             comeUp(context);
         else
@@ -92,15 +99,26 @@ void Program::comeUp(const LaunchContext& context) {
 int Program::run() {
     const TerminationSignals signalsEndNormally;
     if (!commandLine_.files.empty())
-        delegate_.applicationOpenFiles(commandLine_.files);
+        delegate_.applicationOpenFiles(commandLine_.files,
+                                       afterLoad(commandLine_.play && commandLine_.screenshot.empty()));
     delegate_.applicationDidFinishLaunching();
+    delegate_.window()->onClose = [this] { desktop_.release(); };
     const int status = QApplication::exec();
+    fallSilent();
     delegate_.applicationWillTerminate();
     delegate_.window()->hide(); // Whatever is still to be finished, the user need not watch it.
     log_.close();
     if (engine_.isLoadingSoundBank())
         std::_Exit(status); // A large bank takes seconds, and nobody waits for it any more.
     return status;
+}
+
+// What is still to be done may take a while, and nothing is to be heard or seen of the program meanwhile.
+void Program::fallSilent() {
+    desktop_.release();
+    mediaControls_.reset();
+    if (view_)
+        view_->fallSilent();
 }
 
 void Program::didFinishLaunching(MainViewController& view) {
@@ -117,11 +135,8 @@ void Program::didFinishLaunching(MainViewController& view) {
 void Program::loadFinished(const std::string& failure) {
     if (!commandLine_.screenshot.empty())
         return takeScreenshot(failure);
-    const bool plays = std::exchange(playsWhenLoaded_, false);
     if (!failure.empty())
         complain(failure);
-    else if (plays && view_->player().mode() == PlaybackMode::idle)
-        view_->playPause();
 }
 
 // Called when the file is there, or when its error is shown instead: both make a picture.

@@ -29,8 +29,9 @@ public:
 
 private:
     [[nodiscard]] AppDelegateServices services();
-    void serve(DesktopApplication& desktop);
+    void serve();
     void comeUp(const LaunchContext& context);
+    void fallSilent();
     void didFinishLaunching(MainViewController& view);
     void loadFinished(const std::string& failure);
     void takeScreenshot(const std::string& failure);
@@ -38,12 +39,12 @@ private:
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;
+    DesktopApplication& desktop_;
     QSettings settings_;
     TambrelBetaLog& log_;
     GeneralMIDIEngine engine_;
     AppDelegate delegate_;               // Destroyed before the engine, which its players are on.
     MainViewController* view_ = nullptr; // The window's, once launching is over.
-    bool playsWhenLoaded_;
     std::optional<DesktopMediaControls> mediaControls_;
 };
 

@@ -9,6 +9,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <thread>
 
 int main(int argc, char** argv) {
@@ -25,6 +26,10 @@ int main(int argc, char** argv) {
     DesktopApplication desktop(identifier);
     if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
         return EXIT_SUCCESS;
+    if (!hasDisplay(argc, argv)) {
+        std::cerr << "tambrel: There is no display.\n";
+        return EXIT_FAILURE;
+    }
     QApplication::setOrganizationName("Kestrune Software");
     QApplication::setApplicationName("Tambrel");
     QApplication::setDesktopFileName(identifier);

@@ -17,6 +17,11 @@ constexpr const char* playKey = "play";
 constexpr int busTimeout = 5'000;   // Milliseconds.
 constexpr int otherTimeout = 8'000; // Milliseconds.
 
+QDBusMessage busCall(const char* method) {
+    return QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                          "org.freedesktop.DBus", method);
+}
+
 QVariantMap platformData(const LaunchContext& context) {
     QVariantMap data;
     if (!context.activationToken.isEmpty())
@@ -53,11 +58,10 @@ DesktopApplication::Standing DesktopApplication::claim() {
     constexpr uint doNotQueue = 4;
     constexpr uint isOwner = 1;
     constexpr uint isOwnedByAnother = 3;
-    auto request = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                  "org.freedesktop.DBus", "RequestName");
-    request << identifier_ << doNotQueue;
+    const auto request = busCall("RequestName") << identifier_ << doNotQueue;
     const QDBusReply<uint> reply = bus_.call(request, QDBus::Block, busTimeout);
-    if (reply.isValid() && reply.value() == isOwner)
+    isFirst_ = reply.isValid() && reply.value() == isOwner;
+    if (isFirst_)
         return Standing::first;
     bus_.unregisterObject(path_);
     return reply.isValid() && reply.value() == isOwnedByAnother ? Standing::second : Standing::alone;
@@ -73,19 +77,31 @@ bool DesktopApplication::handOver(const QStringList& uris, const LaunchContext& 
     return bus_.call(call, QDBus::Block, otherTimeout).type() == QDBusMessage::ReplyMessage;
 }
 
+void DesktopApplication::release() {
+    if (std::exchange(isFirst_, false))
+        bus_.send(busCall("ReleaseName") << identifier_);
+}
+
+// The name is free by the time the caller hears of it: the bus has been told before.
+bool DesktopApplication::refuses() const {
+    if (!isFirst_)
+        sendErrorReply(QDBusError::Failed, "Tambrel is about to end.");
+    return !isFirst_;
+}
+
 void DesktopApplication::Activate(const QVariantMap& platformData) const {
-    if (onActivate)
+    if (!refuses() && onActivate)
         onActivate(launchContext(platformData));
 }
 
 void DesktopApplication::Open(const QStringList& uris, const QVariantMap& platformData) const {
-    if (onOpen)
+    if (!refuses() && onOpen)
         onOpen(uris, launchContext(platformData));
 }
 
 void DesktopApplication::ActivateAction(const QString& name, const QVariantList&,
                                         const QVariantMap& platformData) const {
-    if (onAction)
+    if (!refuses() && onAction)
         onAction(name, launchContext(platformData));
 }
 

@@ -2,6 +2,7 @@
 
 #include "SessionBus.h"
 
+#include <QDBusContext>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -27,7 +28,7 @@ struct LaunchContext {
 ///
 /// May be made before the application object. Calls that arrive wait for the event loop, and are made on the
 /// main thread. Where the bus is missing or goes away the program is on its own, and nothing fails.
-class DesktopApplication : public QObject {
+class DesktopApplication : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
@@ -46,6 +47,10 @@ public:
     /// it has ended meanwhile or does not answer.
     [[nodiscard]] bool handOver(const QStringList& uris, const LaunchContext& context) const;
 
+    /// Gives the name up, for the program is about to end: from now on every call fails, so that whoever
+    /// calls can turn to the next program, or be it. Does nothing without the name.
+    void release();
+
     // What to do when called.
     std::function<void(const LaunchContext&)> onActivate;
     std::function<void(const QStringList& uris, const LaunchContext&)> onOpen;
@@ -58,9 +63,12 @@ public:
                                                  const QVariantMap& platformData) const;
 
 private:
+    [[nodiscard]] bool refuses() const;
+
     QString identifier_;
     QString path_;
     QDBusConnection bus_;
+    bool isFirst_ = false;
 };
 
 } // namespace tambrel

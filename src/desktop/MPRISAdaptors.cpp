@@ -10,11 +10,6 @@ QDBusObjectPath trackPath(const MediaPlayerSong& song) {
     return QDBusObjectPath(QString("/software/kestrune/tambrel/song/%1").arg(song.number));
 }
 
-bool isLocalFile(const QUrl& url) {
-    return url.scheme() == "file" && (url.host().isEmpty() || url.host() == "localhost") &&
-           url.path().startsWith('/');
-}
-
 } // namespace
 
 MPRISRoot::MPRISRoot(QObject& parent, const MediaPlayerControls& controls, QString desktopEntry)
@@ -77,8 +72,7 @@ void MPRISPlayer::SetPosition(const QDBusObjectPath& TrackId, qlonglong Position
 }
 
 void MPRISPlayer::OpenUri(const QString& Uri, const QDBusMessage& call) const {
-    const QUrl url(Uri);
-    if (!isLocalFile(url) || !controls_.open(url))
+    if (!controls_.open(QUrl(Uri)))
         refuse(call, "Tambrel opens MIDI files of this computer only.");
 }
 

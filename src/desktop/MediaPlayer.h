@@ -35,7 +35,8 @@ struct MediaPlayerControls {
     std::function<void(std::chrono::microseconds)> seek;
     /// Where the playhead is, between 0 and the length.
     std::function<std::chrono::microseconds()> position;
-    /// Opens and plays the file of a file: address; false when it is of no kind that can be opened.
+    /// Opens and plays the file of a file: address; false for any other address, and when the file is of no
+    /// kind that can be opened.
     std::function<bool(const QUrl&)> open;
     /// Brings the window to the front.
     std::function<void()> raise;

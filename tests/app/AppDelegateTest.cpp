@@ -27,6 +27,22 @@ constexpr const char* launched = "Application launch procedure started | "
 std::string evaluating(int count) {
     return "Evaluating " + std::to_string(count) + " incoming URL(s) | AppDelegate.openMIDIURLs";
 }
+/// Counts the events of one type that a widget gets.
+class EventCounter : public QObject {
+public:
+    EventCounter(QObject& watched, QEvent::Type type, int& count) : type_(type), count_(count) {
+        watched.installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        count_ += event->type() == type_;
+        return false;
+    }
+
+private:
+    QEvent::Type type_;
+    int& count_;
+};
+
 const std::string queued = "Main window not ready; queued MIDI URLs | AppDelegate.openMIDIURLs";
 const std::string unsupported = "No supported MIDI URLs found | AppDelegate.openMIDIURLs";
 const std::string openingQueued = "Opening queued MIDI URL(s) | AppDelegate.openPendingMIDIURLs";
@@ -141,9 +157,13 @@ TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
           evaluating(1), loading}},
         {"addresses, one of the web among them",
          [&] {
-             delegate.applicationOpen({"https://a.example/b.mid", "file://" + QString(one.c_str())});
+             delegate.applicationOpen(
+                 {"https://a.example/b.mid", "file:b.mid", "file://localhost" + QString(one.c_str())});
          },
-         {fromFinder + "2 URL(s) | AppDelegate.application(_:open:)", evaluating(2), loading}},
+         {fromFinder + "3 URL(s) | AppDelegate.application(_:open:)", evaluating(3), loading}},
+        {"an address of another host",
+         [&] { delegate.applicationOpen({"file://host" + QString(one.c_str())}); },
+         {fromFinder + "1 URL(s) | AppDelegate.application(_:open:)", evaluating(1), unsupported}},
         {"a text",
          [&] { EXPECT_TRUE(delegate.applicationOpenFile("/a.txt")); },
          {"User Action: Opened Tambrel with file /a.txt | AppDelegate.application(_:openFile:)",
@@ -161,6 +181,56 @@ TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
         EXPECT_EQ(lines(), row.lines);
         EXPECT_EQ(beeps, opens ? 0 : 1);
     }
+}
+
+TEST_F(AppDelegateTest, PlaysOnlyWhatItWasAskedToPlay) {
+    const auto song = files.write("a.mid", smallSong());
+    const QString address = "file://" + QString(song.c_str());
+    delegate.applicationOpenFiles({song}, AfterLoad::play);
+    delegate.applicationOpenFiles({song}); // Of those that wait, the first is opened.
+    launch();
+    const struct {
+        const char* name;
+        std::function<void()> open;
+        PlaybackMode mode;
+    } rows[] = {
+        {"before there was a window", [] {}, PlaybackMode::playing},
+        {"opened only", [&] { delegate.applicationOpen({address}); }, PlaybackMode::idle},
+        {"to be played", [&] { delegate.applicationOpen({address}, AfterLoad::play); },
+         PlaybackMode::playing},
+        {"opened only, after a text that was to be played",
+         [&] {
+             delegate.applicationOpen({"file:///a.txt"}, AfterLoad::play);
+             delegate.applicationOpen({address});
+         },
+         PlaybackMode::idle},
+        {"opened only, after one that was to be played and was cleared while loading",
+         [&] {
+             delegate.applicationOpen({address}, AfterLoad::play);
+             view->clearLoadedMIDI();
+             delegate.applicationOpen({address});
+         },
+         PlaybackMode::idle},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.open();
+        ASSERT_TRUE(waitForLoad());
+        EXPECT_EQ(mode(), row.mode);
+    }
+}
+
+TEST_F(AppDelegateTest, ComesToTheFrontOnceForWhatIsOpened) {
+    launch();
+    delegate.window()->showMinimized();
+    int raised = 0;
+    const EventCounter counter(*delegate.window(), QEvent::ZOrderChange, raised);
+    delegate.applicationOpen({"file://" + QString(files.write("a.mid", smallSong()).c_str())},
+                             AfterLoad::wait, "a token");
+    EXPECT_FALSE(delegate.window()->isMinimized());
+    EXPECT_EQ(raised, 1);
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "a token");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
 TEST_F(AppDelegateTest, CarriesOutTheActionsOfALauncher) {

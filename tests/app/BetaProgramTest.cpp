@@ -1,4 +1,5 @@
 #include "ApplicationInfo.h"
+#include "PrivateHome.h"
 
 #include <gmock/gmock.h>
 
@@ -7,6 +8,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -34,12 +36,10 @@ protected:
                           "\"$HOME/mail\"\n");
         mailProgram.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         environment.insert("PATH", home.filePath("bin") + ':' + environment.value("PATH"));
-        environment.insert("HOME", home.path());
-        environment.insert("XDG_RUNTIME_DIR", home.path());
+        setHome(environment, home.path());
         environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
         environment.insert("TAMBREL_TEST_QUESTIONS", home.filePath("questions"));
-        for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XCTestConfigurationFilePath"})
-            environment.remove(name);
+        environment.remove("XCTestConfigurationFilePath");
     }
 
     /// Starts the player on the demo song, with the answer that its questions will get.
@@ -180,6 +180,26 @@ TEST_F(BetaProgramTest, AsksNothingAfterANormalEnd) {
     end(SIGTERM);
     EXPECT_EQ(content("questions"), "Allow Tambrel to create a beta log file?\n");
     EXPECT_EQ(content("mail"), "");
+}
+
+TEST_F(BetaProgramTest, AsksAndKeepsNothingForAPicture) {
+    const QString settings = ".config/Kestrune Software/Tambrel.conf";
+    const std::string place = "[General]\nTambrelMainWindowFrame=\"{{30, 20}, {480, 500}}\"\n";
+    for (const auto& before : {std::string(), place}) {
+        SCOPED_TRACE(before.empty() ? "the first start" : "a place that is kept");
+        if (!before.empty()) {
+            EXPECT_TRUE(QFileInfo(home.filePath(settings)).dir().mkpath("."));
+            QFile file(home.filePath(settings));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(before.c_str());
+        }
+        play(TAMBREL_BETA_PROGRAM, {"--screenshot", home.filePath("picture.png")});
+        waitForEnd();
+        EXPECT_TRUE(QFile::remove(home.filePath("picture.png")));
+        EXPECT_EQ(content(settings), before);
+        EXPECT_EQ(content("questions"), "");
+        EXPECT_FALSE(hasMarker());
+    }
 }
 
 TEST_F(BetaProgramTest, LeavesNothingButSettingsWithoutDiagnostics) {

@@ -45,7 +45,7 @@ TEST(CommandLine, ReadsWhatToOpenAndHow) {
 
     const auto all = read({"--play", "--new-instance", "--soundfont", "my bank.sf2", "--audio-driver=silent",
                            "--screenshot", "a.png", "--scale", "1.5", "--at", "2.5", "a.mid",
-                           "file:///m/my%20song.mid", "file:///m/%FF.mid"},
+                           "file:///m/my%20song.mid", "file:///m/%FF.mid", "file:b.mid", "file://host/c.mid"},
                           status);
     ASSERT_TRUE(all);
     EXPECT_TRUE(all->play);
@@ -54,7 +54,8 @@ TEST(CommandLine, ReadsWhatToOpenAndHow) {
     EXPECT_THAT(all->audioDrivers, ElementsAre("silent"));
     EXPECT_EQ(all->screenshot, "a.png");
     EXPECT_EQ(all->at, 2.5);
-    EXPECT_THAT(all->files, ElementsAre("a.mid", "/m/my song.mid", "/m/\xFF.mid"));
+    EXPECT_THAT(all->files,
+                ElementsAre("a.mid", "/m/my song.mid", "/m/\xFF.mid", "file:b.mid", "file://host/c.mid"));
     EXPECT_EQ(status, -1) << "the program goes on";
 }
 

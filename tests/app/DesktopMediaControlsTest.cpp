@@ -1,6 +1,7 @@
 #include "DesktopMediaControls.h"
 #include "DrivenWindow.h"
 #include "LocalPath.h"
+#include "PrivateHome.h"
 #include "PrivateSessionBus.h"
 #include "StandInPortal.h"
 
@@ -161,8 +162,28 @@ TEST_F(DesktopMediaControlsTest, PlaysOnlyWhatItWasAskedToOpen) {
     driven.controller->load(files.write("b.mid", smallSong()));
     ASSERT_TRUE(QTest::qWaitFor([&] { return driven.label("fileLabel") == "b.mid"; }, 30'000));
     EXPECT_EQ(mode(), PlaybackMode::idle);
-    EXPECT_THAT(bus.run(call("Player.OpenUri", {"'file:///a.wav'"})).errors, HasSubstr("NotSupported"));
     EXPECT_EQ(title(), "b");
+}
+
+TEST_F(DesktopMediaControlsTest, OpensOnlySongsOfThisComputer) {
+    const QByteArray path = song.parent_path().c_str();
+    EXPECT_EQ(loadAddress("file://localhost" + path + "/a%20song.mid"), "");
+    const struct {
+        const char* name;
+        QByteArray address;
+    } rows[] = {
+        {"a file of another kind", "file:///a.wav"},
+        {"an address of another host", "file://host" + path + "/a%20song.mid"},
+        {"no absolute address", "file:a.mid"},
+        {"another scheme", "https://host/a.mid"},
+        {"no address", "a.mid"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_THAT(bus.run(call("Player.OpenUri", {"'" + row.address + "'"})).errors,
+                    HasSubstr("NotSupported"));
+    }
+    EXPECT_EQ(title(), "a song");
 }
 
 TEST_F(DesktopMediaControlsTest, RaisesAndClosesTheWindow) {
@@ -201,8 +222,7 @@ TEST(TambrelOnTheBusTest, IsPlayedByMediaKeys) {
     const PrivateSessionBus bus;
     QProcess tambrel;
     auto environment = bus.environment();
-    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        environment.insert(name, home.path());
+    setHome(environment, home.path());
     environment.insert("QT_QPA_PLATFORM", "offscreen");
     tambrel.setProcessEnvironment(environment);
     tambrel.start(TAMBREL_PROGRAM, {"--audio-driver", "silent", "--soundfont",

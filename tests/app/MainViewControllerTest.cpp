@@ -238,6 +238,34 @@ TEST_F(MainViewControllerTest, PlaysOnUntilTheNextSongIsThere) {
     EXPECT_EQ(script.alive, 1);
 }
 
+TEST_F(MainViewControllerTest, PlaysASongThatWasOpenedToPlayUnlessTheUserEndsThat) {
+    const struct {
+        const char* name;
+        bool playsBefore;
+        std::vector<const char*> clicks;
+        PlaybackMode mode;
+    } rows[] = {
+        {"nothing else", false, {}, PlaybackMode::playing},
+        {"stopped", false, {"stopButton"}, PlaybackMode::idle},
+        {"stopped while another plays", true, {"stopButton"}, PlaybackMode::idle},
+        {"paused while another plays", true, {"playPauseButton"}, PlaybackMode::idle},
+        {"sent to the beginning while another plays", true, {"rtzButton"}, PlaybackMode::playing},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        driven->click("clearButton");
+        ASSERT_TRUE(driven->load(b));
+        if (row.playsBefore)
+            driven->click("playPauseButton");
+        const auto loads = driven->finished.size();
+        driven->controller->load(a, AfterLoad::play);
+        for (const char* button : row.clicks)
+            driven->click(button);
+        ASSERT_TRUE(driven->waitForLoads(loads + 1));
+        EXPECT_EQ(driven->controller->player().mode(), row.mode);
+    }
+}
+
 TEST_F(MainViewControllerTest, SaysWhyASongCannotBePlayedAfterAll) {
     ASSERT_TRUE(driven->load(b));
     driven->controller->load(a); // Dropped, whatever comes of it.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BusDaemon.h"
+#include "PrivateHome.h"
 #include "SMFBuilder.h"
 
 #include <gmock/gmock.h>
@@ -12,11 +14,13 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -41,49 +45,22 @@ public:
         environment_.insert("QT_QPA_PLATFORM", "offscreen");
         environment_.insert("TAMBREL_AUDIO_DRIVER", "silent");
         environment_.insert("TAMBREL_SOUNDFONT", "/usr/share/sounds/sf2/TimGM6mb.sf2");
-        for (const auto& [variable, folder] : {std::pair{"HOME", "home"},
-                                               {"XDG_CONFIG_HOME", "config"},
-                                               {"XDG_DATA_HOME", "data"},
-                                               {"XDG_CACHE_HOME", "cache"},
-                                               {"XDG_RUNTIME_DIR", "run"},
-                                               {nullptr, "services"},
-                                               {nullptr, "songs"}}) {
+        setHome(environment_, folder_.path());
+        for (const char* folder : {".config", "services", "songs"})
             QDir(folder_.path()).mkdir(folder);
-            if (variable)
-                environment_.insert(variable, folder_.filePath(folder));
-        }
-        QFile::setPermissions(folder_.filePath("run"),
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         setDefaults("");
     }
     DesktopSession(const DesktopSession&) = delete;
     DesktopSession& operator=(const DesktopSession&) = delete;
     ~DesktopSession() {
-        endBus();
         std::filesystem::remove_all(songs()); // Names that are no UTF-8 included.
     }
 
     void startBus() {
-        QFile configuration(folder_.filePath("bus.conf"));
-        ASSERT_TRUE(configuration.open(QIODevice::WriteOnly));
-        configuration.write(("<busconfig><type>session</type><listen>unix:dir=" + folder_.filePath("run") +
-                             "</listen><servicedir>" + folder_.filePath("services") +
-                             "</servicedir><policy context='default'><allow send_destination='*'/>"
-                             "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>")
-                                .toUtf8());
-        configuration.close();
-        bus_.setProcessEnvironment(environment_);
-        bus_.start("dbus-daemon",
-                   {"--config-file=" + configuration.fileName(), "--nofork", "--print-address=1"});
-        ASSERT_TRUE(bus_.waitForReadyRead(30'000)) << bus_.readAllStandardError().toStdString();
-        environment_.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromUtf8(bus_.readLine().trimmed()));
+        bus_.emplace(environment_, folder_.filePath("services"));
+        environment_.insert("DBUS_SESSION_BUS_ADDRESS", bus_->address());
     }
-    void endBus() {
-        if (bus_.state() == QProcess::NotRunning)
-            return;
-        bus_.terminate();
-        EXPECT_TRUE(bus_.waitForFinished(30'000));
-    }
+    void endBus() { bus_->end(); }
     /// Lets the bus start the program when something is asked of it.
     void makeActivatable() const {
         QFile service(folder_.filePath("services/" + QString(identifier) + ".service"));
@@ -96,14 +73,14 @@ public:
 
     /// The program's settings, with these lines besides the consent to the log.
     void setDefaults(const QString& lines) const {
-        QDir(folder_.path()).mkdir("config/Kestrune Software");
+        QDir(folder_.path()).mkdir(".config/Kestrune Software");
         QFile file(defaultsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnabled=true\n");
         file.write(lines.toUtf8());
     }
     [[nodiscard]] QString defaultsFile() const {
-        return folder_.filePath("config/Kestrune Software/Tambrel.conf");
+        return folder_.filePath(".config/Kestrune Software/Tambrel.conf");
     }
 
     /// The folder in which programs are started.
@@ -131,7 +108,7 @@ public:
         return statusOf(*start(arguments, command));
     }
     static int statusOf(QProcess& program) {
-        EXPECT_TRUE(program.waitForFinished(60'000));
+        EXPECT_TRUE(program.state() == QProcess::NotRunning || program.waitForFinished(60'000));
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
         return program.exitCode();
     }
@@ -150,7 +127,8 @@ public:
     /// All that the programs have logged, without the time stamps.
     [[nodiscard]] std::vector<std::string> log() const {
         std::ifstream file(
-            folder_.filePath("data/Kestrune Software/Tambrel/Beta Logs/Tambrel-beta-log.txt").toStdString());
+            folder_.filePath(".local/share/Kestrune Software/Tambrel/Beta Logs/Tambrel-beta-log.txt")
+                .toStdString());
         std::vector<std::string> lines;
         for (std::string line; std::getline(file, line);)
             if (const auto start = line.find("] "); start != std::string::npos)
@@ -168,14 +146,14 @@ public:
     }
     /// True from a normal start of a session to its normal end.
     [[nodiscard]] bool hasMarker() const {
-        return QFile::exists(
-            folder_.filePath("data/Kestrune Software/Tambrel/Beta Logs/Tambrel-session-active.marker"));
+        return QFile::exists(folder_.filePath(
+            ".local/share/Kestrune Software/Tambrel/Beta Logs/Tambrel-session-active.marker"));
     }
 
 private:
     QTemporaryDir folder_;
     QProcessEnvironment environment_;
-    QProcess bus_;
+    std::optional<BusDaemon> bus_;
 };
 
 class DesktopSessionTest : public ::testing::Test {

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -118,16 +119,20 @@ TEST_F(HandOverTest, DisturbsNothingThatPlaysUnlessThereIsAFileToOpen) {
     EXPECT_EQ(act("play-pause"), 0);
     EXPECT_TRUE(session.logs("Playback state changed to playing"));
     EXPECT_EQ(session.run({}), 0);
-    EXPECT_EQ(session.run({"notes.txt"}), 0);
+    EXPECT_EQ(session.run({"--play", "notes.txt"}), 0);
     EXPECT_EQ(act("dance"), 0);
     EXPECT_EQ(session.count("Playback state changed to idle"), 1) << "that of the song's loading";
 
+    session.writeSong("silent.mid");
+    EXPECT_EQ(session.run({"silent.mid"}), 0);
+    EXPECT_TRUE(session.logs("Loaded silent.mid; "));
     session.writeSong("next.mid");
     EXPECT_EQ(session.run({"--play", "next.mid"}), 0);
     EXPECT_TRUE(session.logs("Loaded next.mid; "));
     EXPECT_TRUE(session.logs("Playback state changed to playing", 2));
     EXPECT_EQ(act("stop"), 0);
     EXPECT_TRUE(session.logs("User Action: Clicked Stop button or menu item"));
+    EXPECT_EQ(session.count("Playback state changed to playing"), 2) << "not silent.mid";
     EXPECT_EQ(session.count(launched), 1);
 }
 
@@ -201,6 +206,28 @@ TEST_F(FirstStartTest, KeepsWhatTheBusBringsBeforeThereIsAWindow) {
     EXPECT_TRUE(session.logs(ended));
 }
 
+TEST_F(FirstStartTest, LosesNothingThatComesWhenTheWindowHasBeenClosed) {
+    session.startBus();
+    session.writeSong("a.mid");
+    auto program = session.start({"--play", "a.mid"});
+    ASSERT_TRUE(session.logs("Playback state changed to playing"));
+    auto bus = QDBusConnection::connectToBus(session.busAddress(), "asking");
+    bus.send(QDBusMessage::createMethodCall("org.mpris.MediaPlayer2.tambrel", "/org/mpris/MediaPlayer2",
+                                            "org.mpris.MediaPlayer2", "Quit"));
+    const QString uri = "file://" + QString::fromStdString((session.songs() / "a.mid").string());
+    auto open = QDBusMessage::createMethodCall(DesktopSession::identifier, DesktopSession::objectPath,
+                                               "org.freedesktop.Application", "Open");
+    open << QStringList(uri) << QVariantMap();
+    EXPECT_EQ(bus.call(open, QDBus::Block, 30'000).type(), QDBusMessage::ErrorMessage);
+    auto second = session.start({"a.mid"});
+    EXPECT_TRUE(session.logs("Loaded a.mid; ", 2));
+    EXPECT_EQ(session.count(launched), 2);
+    EXPECT_EQ(DesktopSession::statusOf(*program), 0);
+    EXPECT_THAT(session.log(), Contains(StartsWith("Stopping playback and returning to zero")));
+    EXPECT_EQ(DesktopSession::end(*second), 0);
+    QDBusConnection::disconnectFromBus("asking");
+}
+
 TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereThereIsNobodyToHandOverTo) {
     session.writeSong("a.mid");
     const struct {
@@ -227,6 +254,35 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereThereIsNobodyToHandOverTo) {
         EXPECT_EQ(DesktopSession::errorsOf(*program), "");
     }
     QDBusConnection::disconnectFromBus("mute");
+}
+
+TEST_F(FirstStartTest, SaysSoWhereThereIsNoDisplay) {
+    session.startBus();
+    session.writeSong("a.mid");
+    auto first = session.start({});
+    EXPECT_TRUE(session.logs(begun));
+    session.set("QT_QPA_PLATFORM", "");
+    const struct {
+        const char* name;
+        QStringList arguments;
+        int status;
+        const char* errors;
+    } rows[] = {
+        {"a window of its own", {"--new-instance", "a.mid"}, 1, "tambrel: There is no display.\n"},
+        {"a window that is there", {"a.mid"}, 0, ""},
+        {"a picture", {"--screenshot", "a.png", "a.mid"}, 0, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto program = session.start(row.arguments);
+        EXPECT_EQ(DesktopSession::statusOf(*program), row.status);
+        EXPECT_EQ(DesktopSession::errorsOf(*program), row.errors);
+    }
+    EXPECT_TRUE(session.logs("Loaded a.mid; "));
+    auto needsNone = session.start({"--new-instance", "-platform", "offscreen"});
+    EXPECT_TRUE(session.logs(begun, 2));
+    EXPECT_EQ(DesktopSession::end(*needsNone), 0);
+    EXPECT_EQ(DesktopSession::end(*first), 0);
 }
 
 TEST_F(FirstStartTest, ReopensWhereItWas) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "BusDaemon.h"
+
 #include <gtest/gtest.h>
 
 #include <QDBusConnection>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <string>
@@ -21,20 +22,7 @@ public:
         std::string errors;
     };
 
-    PrivateSessionBus() {
-        QFile configuration(folder_.filePath("bus.conf"));
-        EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
-        configuration.write(
-            ("<busconfig><type>session</type><listen>unix:dir=" + folder_.path() +
-             "</listen><policy context='default'><allow send_destination='*'/><allow receive_sender='*'/>"
-             "<allow own='*'/></policy></busconfig>")
-                .toUtf8());
-        configuration.close();
-        daemon_.start("dbus-daemon",
-                      {"--nofork", "--print-address", "--config-file=" + configuration.fileName()});
-        EXPECT_TRUE(QTest::qWaitFor([&] { return daemon_.canReadLine(); }, 30'000));
-        address_ = QString::fromLatin1(daemon_.readLine()).trimmed();
-    }
+    PrivateSessionBus() = default;
     ~PrivateSessionBus() {
         end();
         for (const QString& name : connections_)
@@ -44,20 +32,17 @@ public:
     PrivateSessionBus& operator=(const PrivateSessionBus&) = delete;
 
     /// Makes the bus go away.
-    void end() {
-        daemon_.kill();
-        daemon_.waitForFinished();
-    }
+    void end() { daemon_.end(); }
 
     /// Another connection of this process.
     [[nodiscard]] QDBusConnection connect() {
-        connections_.append(QString("%1 %2").arg(address_).arg(connections_.size()));
-        return QDBusConnection::connectToBus(address_, connections_.last());
+        connections_.append(QString("%1 %2").arg(daemon_.address()).arg(connections_.size()));
+        return QDBusConnection::connectToBus(daemon_.address(), connections_.last());
     }
 
     [[nodiscard]] QProcessEnvironment environment() const {
         auto variables = QProcessEnvironment::systemEnvironment();
-        variables.insert("DBUS_SESSION_BUS_ADDRESS", address_);
+        variables.insert("DBUS_SESSION_BUS_ADDRESS", daemon_.address());
         return variables;
     }
 
@@ -73,9 +58,7 @@ public:
     }
 
 private:
-    QTemporaryDir folder_;
-    QProcess daemon_;
-    QString address_;
+    BusDaemon daemon_{QProcessEnvironment::systemEnvironment()};
     QStringList connections_;
 };
 
