@@ -47,7 +47,7 @@ std::filesystem::path locationOf(const QString& uri) {
 AppDelegate::AppDelegate(AppDelegateServices services, TambrelBetaLog& log)
     : services_(std::move(services)), log_(log), windowPlacementStore_(services_.settings) {
     qApp->installEventFilter(this);
-    connect(qApp, &QApplication::commitDataRequest, this, [this] { windowDidMove(); });
+    connect(qApp, &QApplication::commitDataRequest, this, [this] { sessionWillEnd(); });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -119,7 +119,8 @@ void AppDelegate::finishLaunching() {
     if (windowsCanBePlaced())
         keepTitleBarOnScreen();
     installRuntimeAppIcon();
-    log_.startSession(); // May ask the user; what arrives meanwhile is kept.
+    if (log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask the user; what arrives is kept.
+        return;
     mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
@@ -137,6 +138,12 @@ void AppDelegate::applicationWillTerminate() {
     windowDidMove();
     services_.settings.sync();
     log_.finishSession();
+}
+
+// The end may not be waited for. If the user stops it after all, the log begins another session.
+void AppDelegate::sessionWillEnd() {
+    applicationWillTerminate();
+    log_.waitUntilWritten();
 }
 
 void AppDelegate::applicationOpen(const QStringList& uris) {

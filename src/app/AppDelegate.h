@@ -79,6 +79,7 @@ private:
     void keepTitleBarOnScreen();
     void finishLaunching();
     void windowDidMove() const;
+    void sessionWillEnd();
     void openMIDIURLs(const std::vector<std::filesystem::path>& urls);
     void openPendingMIDIURLs();
 

@@ -62,6 +62,7 @@ void TambrelBetaLog::composeEmail(std::string body, std::optional<QUrl> attachme
     const auto draft = draftOf(std::move(body), std::move(attachment));
     // Without this log, which may have been closed by then.
     services_->composeEmail(draft, [draft, open = services_->openLink] { openMailtoEmail(draft, open); });
+    settlePreviousSession();
 }
 
 void TambrelBetaLog::emailDebugWindowText(std::string text) {
