@@ -43,7 +43,7 @@ std::filesystem::path locationOf(const QString& uri) {
 AppDelegate::AppDelegate(AppDelegateServices services, TambrelBetaLog& log)
     : services_(std::move(services)), log_(log), windowPlacementStore_(services_.settings) {
     qApp->installEventFilter(this);
-    connect(qApp, &QApplication::commitDataRequest, this, [this] { windowDidMove(); });
+    connect(qApp, &QApplication::commitDataRequest, this, [this] { sessionWillEnd(); });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -120,8 +120,9 @@ void AppDelegate::finishLaunching() {
     if (keepsPlace())
         keepTitleBarOnScreen();
     installRuntimeAppIcon();
-    if (services_.purpose == LaunchPurpose::use)
-        log_.startSession(); // May ask the user; what arrives meanwhile is kept.
+    const bool logs = services_.purpose == LaunchPurpose::use;
+    if (logs && log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask; what arrives is kept.
+        return;
     mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
@@ -140,6 +141,12 @@ void AppDelegate::applicationWillTerminate() {
     services_.settings.sync();
     if (services_.purpose == LaunchPurpose::use)
         log_.finishSession();
+}
+
+// The end may not be waited for. If the user stops it after all, the log begins another session.
+void AppDelegate::sessionWillEnd() {
+    applicationWillTerminate();
+    log_.waitUntilWritten();
 }
 
 void AppDelegate::applicationOpen(const QStringList& uris, AfterLoad after, const QString& activationToken) {

@@ -88,6 +88,7 @@ private:
     void keepTitleBarOnScreen();
     void finishLaunching();
     void windowDidMove() const;
+    void sessionWillEnd();
     void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
                       const QString& activationToken = {});
     void openPendingMIDIURLs();

@@ -4,21 +4,41 @@
 #include "TambrelMIDIFileSupport.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
 namespace tambrel {
+namespace {
 
-bool askModally(const ModalQuestion& question) {
+/// Notes whether the application is told to end. That closes a dialog as if the user had refused.
+class QuitWatch : public QObject {
+public:
+    QuitWatch() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        isQuitting = isQuitting || event->type() == QEvent::Quit;
+        return false;
+    }
+
+    bool isQuitting = false;
+};
+
+} // namespace
+
+std::optional<bool> askModally(const ModalQuestion& question) {
     QMessageBox box(QApplication::activeWindow());
     box.setText(QString::fromStdString(question.message));
     box.setInformativeText(QString::fromStdString(question.informative));
     QPushButton* first = box.addButton(QString::fromStdString(question.firstButton), QMessageBox::AcceptRole);
     box.addButton(QString::fromStdString(question.secondButton), QMessageBox::RejectRole);
     box.setDefaultButton(first);
+    const QuitWatch watch;
     box.exec();
+    if (watch.isQuitting || box.clickedButton() == nullptr)
+        return std::nullopt;
     return box.clickedButton() == static_cast<QAbstractButton*>(first);
 }
 

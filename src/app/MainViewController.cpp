@@ -292,7 +292,7 @@ void MainViewController::handleLoadFailure(const std::exception& error) {
     log_.function(loading, [&error] { return std::string("Error: ") + error.what(); });
     const auto* known = dynamic_cast<const TambrelLoadError*>(&error);
     if (known != nullptr)
-        log_.procedure(loading, known->diagnosticDescription());
+        log_.procedure(loading, [known] { return known->diagnosticDescription(); });
     player_.unload();
     playbackState_.reset();
     transportCoordinator_->updateLoudnessButton();

@@ -1,5 +1,7 @@
 #include "EmailComposer.h"
 
+#include "MailtoLink.h"
+
 #include <QProcess>
 
 #include <utility>
@@ -7,12 +9,13 @@
 namespace tambrel {
 namespace {
 
+// One address, and not --subject and --body: the program prints their texts with the shell's echo, which
+// takes backslashes for escapes.
 QStringList xdgEmailArguments(const EmailDraft& draft) {
-    QStringList arguments{"--utf8", "--subject", QString::fromStdString(draft.subject), "--body",
-                          QString::fromStdString(draft.body)};
+    QStringList arguments{"--utf8"};
     if (draft.attachment)
         arguments << "--attach" << draft.attachment->toLocalFile();
-    return arguments << QString::fromStdString(draft.recipient);
+    return arguments << QString::fromLatin1(mailtoLink(draft).toEncoded());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
 #include <QList>
@@ -14,6 +15,8 @@
 
 namespace tambrel {
 namespace {
+
+constexpr const char* portal = "org.freedesktop.portal.Desktop";
 
 using Descriptors = QList<QDBusUnixFileDescriptor>;
 
@@ -38,7 +41,7 @@ Descriptors descriptors(const QUrl& file) {
     return list;
 }
 
-QVariantMap options(const EmailDraft& draft, const QString& token) {
+QVariantMap options(const EmailDraft& draft, const Descriptors& attachment, const QString& token) {
     // "address" and not "addresses", which the portals of older desktops do not know.
     QVariantMap map{{"handle_token", token},
                     {"address", QString::fromStdString(draft.recipient)},
@@ -46,7 +49,7 @@ QVariantMap options(const EmailDraft& draft, const QString& token) {
                     {"body", QString::fromStdString(draft.body)}};
     if (draft.attachment) {
         qDBusRegisterMetaType<Descriptors>();
-        map.insert("attachment_fds", QVariant::fromValue(descriptors(*draft.attachment)));
+        map.insert("attachment_fds", QVariant::fromValue(attachment));
     }
     return map;
 }
@@ -66,19 +69,31 @@ PortalEmail::PortalEmail(QDBusConnection bus, std::function<void(bool isTaken)> 
     : QObject(QCoreApplication::instance()), bus_(std::move(bus)), answer_(std::move(answer)) {}
 
 void PortalEmail::send(const EmailDraft& draft) {
+    const Descriptors attachment = draft.attachment ? descriptors(*draft.attachment) : Descriptors();
+    if (draft.attachment && attachment.isEmpty())
+        return fail();
     const QString token = uniqueToken();
     // From whomever: to ask who owns the portal's name would block.
     bus_.connect({}, requestPath(bus_, token), "org.freedesktop.portal.Request", "Response", this,
                  SLOT(respond(uint, QVariantMap)));
-    auto call =
-        QDBusMessage::createMethodCall("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                                       "org.freedesktop.portal.Email", "ComposeEmail");
-    call << QString() << options(draft, token);
+    watchForItsEnd();
+    auto call = QDBusMessage::createMethodCall(portal, "/org/freedesktop/portal/desktop",
+                                               "org.freedesktop.portal.Email", "ComposeEmail");
+    call << QString() << options(draft, attachment, token);
     const auto* reply = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(reply, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
         if (finished->isError())
-            end(false);
+            fail();
     });
+}
+
+// The portal's, or the bus's.
+void PortalEmail::watchForItsEnd() {
+    const auto* watcher =
+        new QDBusServiceWatcher(portal, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, &PortalEmail::fail);
+    bus_.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", this,
+                 SLOT(fail()));
 }
 
 void PortalEmail::respond(uint response, const QVariantMap&) {

@@ -8,6 +8,7 @@
 
 #include <cassert>
 #include <memory>
+#include <semaphore>
 #include <thread>
 #include <utility>
 
@@ -32,6 +33,13 @@ public:
     void run(Job job) {
         assert(QThread::currentThread() == notifier_.thread());
         jobs_.send(work(std::move(job)));
+    }
+
+    /// Waits for every job sent so far; results are delivered later, as always.
+    void wait() {
+        std::binary_semaphore reached(0);
+        run([&reached] { reached.release(); });
+        reached.acquire();
     }
 
     /// Calls `then` with what `job` returned.

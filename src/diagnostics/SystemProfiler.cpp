@@ -18,14 +18,20 @@ struct Printed {
     std::string launchError = {}; // Of a tool that has not.
 };
 
-void waitOrEnd(QProcess& process, const QDeadlineTimer& deadline) {
-    if (process.waitForFinished(static_cast<int>(deadline.remainingTime())))
-        return;
+// The class cannot wait for a process and for a stop at once.
+constexpr qint64 stopIsNoticedWithin = 20; // Milliseconds.
+
+void waitOrEnd(QProcess& process, const QDeadlineTimer& deadline, const std::stop_token& stop) {
+    while (!stop.stop_requested() && !deadline.hasExpired())
+        if (process.waitForFinished(
+                static_cast<int>(std::min(deadline.remainingTime(), stopIsNoticedWithin))) ||
+            process.state() == QProcess::NotRunning)
+            return;
     process.kill();
     process.waitForFinished();
 }
 
-Printed run(const ProfilerTool& tool, const QDeadlineTimer& deadline) {
+Printed run(const ProfilerTool& tool, const QDeadlineTimer& deadline, const std::stop_token& stop) {
     QProcess process;
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert("LC_ALL", "C.UTF-8");
@@ -35,7 +41,7 @@ Printed run(const ProfilerTool& tool, const QDeadlineTimer& deadline) {
     process.start(tool.program, tool.arguments);
     if (!process.waitForStarted(static_cast<int>(deadline.remainingTime())))
         return {.launchError = process.errorString().toStdString()};
-    waitOrEnd(process, deadline);
+    waitOrEnd(process, deadline, stop);
     const QByteArray text = process.readAll();
     return {.text = text.isValidUtf8() ? text.toStdString() : std::string(), .hasStarted = true};
 }
@@ -75,9 +81,9 @@ std::string SystemProfiler::report() const {
     std::string launchError;
     bool hasAnyStarted = false;
     for (const ProfilerTool& tool : tools) {
-        if (deadline.hasExpired())
+        if (deadline.hasExpired() || stop.stop_requested())
             break;
-        const Printed printed = run(tool, deadline);
+        const Printed printed = run(tool, deadline, stop);
         text += withoutLines(printed.text, tool.leftOut);
         hasAnyStarted |= printed.hasStarted;
         if (launchError.empty())

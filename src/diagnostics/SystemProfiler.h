@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,11 @@ struct SystemProfiler {
     /// For all tools together. One that is not done by then is ended; what it printed counts.
     std::chrono::milliseconds limit{5000};
     std::function<ComputerFacts()> computer = ComputerFacts::current;
+    std::stop_token stop = {}; ///< Nobody needs the rest any more.
 
     /// What the tools print, one after another, in UTF-8. When that is nothing, a short text that says why,
-    /// with the facts that are always known. Blocks for the limit at most; any thread.
+    /// with the facts that are always known. Blocks for the limit at most, or
+    /// until it is stopped; any thread.
     [[nodiscard]] std::string report() const;
 };
 

@@ -7,6 +7,14 @@
 #include <cassert>
 
 namespace tambrel {
+namespace {
+
+SystemProfiler stoppable(SystemProfiler profiler, std::stop_token stop) {
+    profiler.stop = std::move(stop);
+    return profiler;
+}
+
+} // namespace
 
 QString betaLogFolder(const QString& applicationData) {
     const QString base = applicationData.isEmpty() ? QDir::tempPath() : applicationData;
@@ -18,7 +26,7 @@ QString standardBetaLogFolder() {
 }
 
 TambrelBetaLog& TambrelBetaLog::shared() {
-    static TambrelBetaLog log;
+    static TambrelBetaLog& log = *new TambrelBetaLog;
     return log;
 }
 
@@ -30,8 +38,8 @@ void TambrelBetaLog::configure(TambrelBetaLogServices services) {
 void TambrelBetaLog::close() {
     store_.reset();
     mediumDateTime_ = nullptr;
-    sink_ = nullptr;
     debugWindow_.reset();
+    isSessionFinished_ = false;
     services_.reset();
 }
 
@@ -40,26 +48,36 @@ void TambrelBetaLog::error(const std::exception& error, std::string_view functio
         log(std::string("Error: ").append(error.what()), function);
 }
 
-void TambrelBetaLog::startSession() {
+TambrelBetaLog::Launch TambrelBetaLog::startSession() {
     if (!diagnosticsEnabled() || isRunningUnderXCTest())
-        return;
-    askForConsentOnce();
-    if (!fileLoggingEnabled()) {
+        return Launch::goesOn;
+    if (askForConsentOnce() == Launch::isOver)
+        return Launch::isOver;
+    if (fileLoggingEnabled())
+        startSessionInStore();
+    else
         debug("betaLOG file logging disabled. Debugging Window logging remains available.");
-        return;
-    }
+    return Launch::goesOn;
+}
+
+void TambrelBetaLog::startSessionInStore() {
     inStore([header = initialLogText(), marker = "Session active since " + timestamp() + '\n',
              line = formattedLine("Application Session Started", "TambrelBetaLog.startSession")](
-                const TambrelBetaLogStore& files) { return files.startSession(header, marker, line); },
+                TambrelBetaLogStore& files) { return files.startSession(header, marker, line); },
             [this](const TambrelBetaLogStore::StartResult& result) { sessionStarted(result); });
 }
 
 void TambrelBetaLog::finishSession() {
-    if (!diagnosticsEnabled())
+    if (!diagnosticsEnabled() || std::exchange(isSessionFinished_, true))
         return;
     log("Application Session Ended Normally", "TambrelBetaLog.finishSession");
-    auto& [files, executor] = storeThread();
-    executor.run([&files = files] { files.finishSession(); });
+    auto& store = storeThread();
+    store.executor.run([&files = store.files] { files.finishSession(); });
+}
+
+void TambrelBetaLog::waitUntilWritten() {
+    if (store_)
+        store_->executor.wait();
 }
 
 void TambrelBetaLog::showDebugWindow() {
@@ -68,7 +86,6 @@ void TambrelBetaLog::showDebugWindow() {
     if (!debugWindow_) {
         debugWindow_ = services_->makeDebugWindow(*this);
         debugWindow_->append("Tambrel Debugging Window opened.\n");
-        sink_ = [this](const std::string& line) { debugWindow_->append(line); };
     }
     debugWindow_->showInFront();
     log("User Opened Debugging Window", "TambrelBetaLog.showDebugWindow");
@@ -117,9 +134,12 @@ std::string TambrelBetaLog::applicationInfoReport() {
            "\nDiagnostics Enabled: " + (diagnosticsEnabled() ? "YES" : "NO") + "\nCollected: " + timestamp();
 }
 
+TambrelBetaLog::StoreThread::StoreThread(const TambrelBetaLogServices& services)
+    : files(services.folder, stoppable(services.profiler, isEnding.get_token())) {}
+
 TambrelBetaLog::StoreThread& TambrelBetaLog::storeThread() {
     if (!store_)
-        store_.reset(new StoreThread{TambrelBetaLogStore(services_->folder, services_->profiler), {}});
+        store_ = std::make_unique<StoreThread>(*services_);
     return *store_;
 }
 
@@ -128,9 +148,15 @@ void TambrelBetaLog::logDetail(std::string_view detail, std::string_view whenEmp
     log(detail.empty() ? whenEmpty : detail, function);
 }
 
+void TambrelBetaLog::logUserAction(std::string_view message, std::string_view function) {
+    if (std::exchange(isSessionFinished_, false) && fileLoggingEnabled())
+        startSessionInStore();
+    log(std::string("User Action: ").append(message), function);
+}
+
 void TambrelBetaLog::show(const std::string& line) const {
-    if (sink_)
-        sink_(line);
+    if (debugWindow_)
+        debugWindow_->append(line);
 }
 
 bool TambrelBetaLog::isRunningUnderXCTest() const {
@@ -147,20 +173,23 @@ std::string TambrelBetaLog::initialLogText() {
            applicationInfoReport() + '\n';
 }
 
-void TambrelBetaLog::askForConsentOnce() {
+TambrelBetaLog::Launch TambrelBetaLog::askForConsentOnce() {
     auto& settings = services_->settings;
     if (settings.value(consentAskedKey, false).toBool())
-        return;
-    const bool allowed = services_->ask(
+        return Launch::goesOn;
+    const auto allowed = services_->ask(
         {.message = "Allow Tambrel to create a beta log file?",
          .informative = "The beta log is used only for crashes and freezes. You can still use the Debugging "
                         "Window if you choose not to create a file.",
          .firstButton = "Allow",
          .secondButton = "Not Now"});
+    if (!allowed)
+        return Launch::isOver;
     settings.setValue(consentAskedKey, true);
-    settings.setValue(fileLoggingEnabledKey, allowed);
+    settings.setValue(fileLoggingEnabledKey, *allowed);
     // At once, so that a run that crashes does not ask again in the next one.
     settings.sync();
+    return Launch::goesOn;
 }
 
 void TambrelBetaLog::sessionStarted(const TambrelBetaLogStore::StartResult& result) {
@@ -173,11 +202,22 @@ void TambrelBetaLog::sessionStarted(const TambrelBetaLogStore::StartResult& resu
 }
 
 void TambrelBetaLog::offerBugReport() {
-    if (services_->ask({.message = "Tambrel may not have closed normally last time.",
+    const auto accepted =
+        services_->ask({.message = "Tambrel may not have closed normally last time.",
                         .informative = "Would you like to email the beta log to Kestrune Software?",
                         .firstButton = "Email Report",
-                        .secondButton = "Not Now"}))
+                        .secondButton = "Not Now"});
+    if (!accepted)
+        return; // The next run asks again.
+    if (*accepted)
         emailCompleteBugReport();
+    else
+        settlePreviousSession();
+}
+
+void TambrelBetaLog::settlePreviousSession() {
+    auto& store = storeThread();
+    store.executor.run([&files = store.files] { files.settlePreviousSession(); });
 }
 
 } // namespace tambrel

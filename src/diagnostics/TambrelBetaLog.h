@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,7 +26,7 @@ concept LogText =
     std::convertible_to<const T&, std::string_view> || std::is_invocable_r_v<std::string, const T&>;
 
 /// The diagnostic log, the betaLOG: one line per entry, "[time stamp] message | procedure name", to the
-/// debugging window's sink and, when the user has agreed, to a file. Used on the main thread only. Texts are
+/// debugging window and, when the user has agreed, to a file. Used on the main thread only. Texts are
 /// UTF-8.
 ///
 /// Whether diagnostics are enabled is asked on every call and before anything is composed: with diagnostics
@@ -40,7 +41,9 @@ public:
     static constexpr std::int64_t mailtoBodyLimit = 6000;     ///< Characters.
     static constexpr std::int64_t directMailBodyLimit = 3500; ///< Characters.
 
-    /// The log of the program. The application configures it when it starts and closes it when it ends.
+    /// The log of the program. The application configures it when it starts and closes it when it ends. It is
+    /// never destroyed: the debugging window must not outlive the toolkit where a lost display ends the
+    /// program.
     [[nodiscard]] static TambrelBetaLog& shared();
 
     TambrelBetaLog() = default;
@@ -50,7 +53,8 @@ public:
     /// Once, or again after `close`. Needs a QCoreApplication that outlives the log or its `close`.
     void configure(TambrelBetaLogServices services);
 
-    /// Waits until everything logged is in the file. The log is off from then on.
+    /// Waits until everything logged is in the file. The log is off from then on. A report that is still
+    /// being composed is given up.
     void close();
 
     [[nodiscard]] bool diagnosticsEnabled() const {
@@ -75,24 +79,28 @@ public:
     template<LogText Message>
     void userAction(const Message& message, std::string_view function) {
         if (diagnosticsEnabled())
-            log(std::string("User Action: ").append(composed(message)), function);
+            logUserAction(composed(message), function);
     }
 
     /// An error that the named procedure met.
     void error(const std::exception& error, std::string_view function);
 
+    enum class Launch { goesOn, isOver };
     /// Asks for consent when that has not been done, starts the session in the file, and offers a bug report
     /// when the previous one did not end. Does nothing under a unit-test runner. Once, when the program
-    /// starts.
-    void startSession();
+    /// starts; launching is over when the application ends before the user has answered.
+    Launch startSession();
 
-    /// The normal end of the session. Once, when the program ends, before `close`.
+    /// The normal end of the session, before `close`; only the first call counts. A user who does something
+    /// after that has kept the program running, and begins another session. A crash that the user has not
+    /// been able to report by then is offered again by the next run.
     void finishSession();
+
+    /// Waits until everything logged is in the file, and goes on.
+    void waitUntilWritten();
 
     /// Shows the debugging window, which is made when it is first shown and kept until `close`.
     void showDebugWindow();
-    /// Takes the lines that the debugging window would show, each with its newline.
-    void setDebugWindowSink(std::function<void(const std::string& line)> sink) { sink_ = std::move(sink); }
 
     /// Copies a report with this text to the clipboard and opens a mail link with as much of it as fits.
     void emailDebugWindowText(std::string text);
@@ -122,13 +130,20 @@ public:
     /// thread.
     template<class Job, class Then>
     void inStore(Job job, Then then) {
-        auto& [files, executor] = storeThread();
-        executor.run([&files = files, job = std::move(job)] { return job(files); }, std::move(then));
+        auto& store = storeThread();
+        store.executor.run([&files = store.files, job = std::move(job)] { return job(files); },
+                           std::move(then));
     }
 
 private:
     struct StoreThread {
-        const TambrelBetaLogStore files;
+        explicit StoreThread(const TambrelBetaLogServices& services);
+        ~StoreThread() { isEnding.request_stop(); }
+        StoreThread(const StoreThread&) = delete;
+        StoreThread& operator=(const StoreThread&) = delete;
+
+        std::stop_source isEnding;
+        TambrelBetaLogStore files;
         SerialExecutor executor; // Destroyed first, which waits for the jobs on the files.
     };
 
@@ -149,19 +164,22 @@ private:
 
     [[nodiscard]] StoreThread& storeThread();
     void logDetail(std::string_view detail, std::string_view whenEmpty, std::string_view function);
+    void logUserAction(std::string_view message, std::string_view function);
     void show(const std::string& line) const;
     [[nodiscard]] bool isRunningUnderXCTest() const;
     [[nodiscard]] std::string formattedLine(std::string_view message, std::string_view function);
     [[nodiscard]] std::string initialLogText();
-    void askForConsentOnce();
+    [[nodiscard]] Launch askForConsentOnce();
+    void startSessionInStore();
     void sessionStarted(const TambrelBetaLogStore::StartResult& result);
     void offerBugReport();
+    void settlePreviousSession();
     void emailBugReport(Report report);
     void composeEmail(std::string body, std::optional<QUrl> attachment);
 
     std::optional<TambrelBetaLogServices> services_;
     std::unique_ptr<TambrelDebugWindow> debugWindow_;
-    std::function<void(const std::string& line)> sink_;
+    bool isSessionFinished_ = false;
     DateTimeFormatter mediumDateTime_; ///< Made at the first time stamp.
     std::unique_ptr<StoreThread> store_;
 };

@@ -1,8 +1,7 @@
 #include "BugReportTexts.h"
 #include "CharacterCount.h"
+#include "MailtoLink.h"
 #include "TambrelBetaLog.h"
-
-#include <QByteArray>
 
 #include <utility>
 
@@ -15,17 +14,10 @@ QString decoded(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-// RFC 6068: a line break is "%0D%0A", and what is not UTF-8 of an unreserved character is percent-encoded.
-QByteArray mailtoValue(std::string_view text) {
-    return QUrl::toPercentEncoding(decoded(text).replace("\r\n", "\n").replace('\n', "\r\n"));
-}
-
 void openMailtoEmail(const EmailDraft& draft, const std::function<void(const QUrl&)>& openLink) {
-    const auto url = QUrl::fromEncoded("mailto:" + QByteArray::fromStdString(draft.recipient) + "?subject=" +
-                                           mailtoValue(draft.subject) + "&body=" + mailtoValue(draft.body),
-                                       QUrl::StrictMode);
-    if (url.isValid())
-        openLink(url);
+    const auto link = mailtoLink(draft);
+    if (link.isValid())
+        openLink(link);
 }
 
 EmailDraft draftOf(std::string body, std::optional<QUrl> attachment) {
@@ -70,6 +62,7 @@ void TambrelBetaLog::composeEmail(std::string body, std::optional<QUrl> attachme
     const auto draft = draftOf(std::move(body), std::move(attachment));
     // Without this log, which may have been closed by then.
     services_->composeEmail(draft, [draft, open = services_->openLink] { openMailtoEmail(draft, open); });
+    settlePreviousSession();
 }
 
 void TambrelBetaLog::emailDebugWindowText(std::string text) {

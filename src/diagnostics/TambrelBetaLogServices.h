@@ -13,6 +13,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tambrel {
@@ -37,8 +38,9 @@ struct ModalQuestion {
 struct TambrelBetaLogServices {
     ApplicationInfo info;
     QSettings& settings; ///< Outlives the log.
-    /// Asks modally; true when the first button was chosen.
-    std::function<bool(const ModalQuestion&)> ask;
+    /// Asks modally; true when the first button was chosen, nothing when the application ends before the user
+    /// has answered.
+    std::function<std::optional<bool>(const ModalQuestion&)> ask;
     std::function<void(const QString& text)> copyToClipboard = [](const QString&) {};
     /// Hands a draft to the user's mail program, or calls `whenThereIsNone`, on the main thread.
     std::function<void(const EmailDraft&, std::function<void()> whenThereIsNone)> composeEmail =

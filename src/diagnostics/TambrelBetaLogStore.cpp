@@ -17,9 +17,23 @@ namespace {
 }
 
 void writeAll(QFileDevice& file, std::string_view text) {
-    const auto size = static_cast<qint64>(text.size());
-    if (file.write(text.data(), size) != size)
-        fail(file);
+    while (!text.empty()) { // What is left of a short write tells, when it is tried again, what went wrong.
+        const auto written = file.write(text.data(), static_cast<qint64>(text.size()));
+        if (written <= 0)
+            fail(file);
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+// Half a line, or half a letter, would spoil every report from then on.
+void writeAllOrNothing(QFileDevice& file, std::string_view text) {
+    const qint64 size = file.size();
+    try {
+        writeAll(file, text);
+    } catch (const TambrelBetaLogStoreError&) {
+        file.resize(size);
+        throw;
+    }
 }
 
 void writeAtomically(const QString& path, std::string_view text) {
@@ -46,6 +60,8 @@ std::optional<std::string> failureOf(Work work) {
         return std::nullopt;
     } catch (const TambrelBetaLogStoreError& error) {
         return error.what();
+    } catch (const std::system_error& error) {
+        return error.code().message();
     }
 }
 
@@ -58,7 +74,7 @@ QString inFolder(const QString& folder, std::string_view name) {
 TambrelBetaLogStore::TambrelBetaLogStore(const QString& folder, SystemProfiler profiler)
     : folder_(folder),
       logPath_(inFolder(folder, logName)),
-      markerPath_(inFolder(folder, sessionMarkerName)),
+      marker_(inFolder(folder, sessionMarkerName)),
       profiler_(std::move(profiler)) {}
 
 void TambrelBetaLogStore::ensureLogFileExists(std::string_view initialLogText) const {
@@ -73,7 +89,7 @@ void TambrelBetaLogStore::appendLine(std::string_view line) const {
     if (!file.open(QIODevice::Append | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         fail(file);
     if (QByteArrayView(line).isValidUtf8())
-        writeAll(file, line);
+        writeAllOrNothing(file, line);
 }
 
 std::optional<std::string> TambrelBetaLogStore::writeEntry(std::string_view initialLogText,
@@ -86,17 +102,23 @@ std::optional<std::string> TambrelBetaLogStore::writeEntry(std::string_view init
 
 TambrelBetaLogStore::StartResult TambrelBetaLogStore::startSession(std::string_view initialLogText,
                                                                    std::string_view markerText,
-                                                                   std::string_view startLine) const {
-    const bool wasActive = QFile::exists(markerPath_);
+                                                                   std::string_view startLine) {
+    const bool wasActive = marker_.takeLeftBehind();
+    previousIsUnsettled_ |= wasActive;
     return {wasActive, failureOf([&] {
                 ensureLogFileExists(initialLogText);
-                writeAtomically(markerPath_, markerText);
+                marker_.write(markerText);
                 appendLine(startLine);
             })};
 }
 
-void TambrelBetaLogStore::finishSession() const {
-    QFile::remove(markerPath_);
+void TambrelBetaLogStore::settlePreviousSession() {
+    previousIsUnsettled_ = false;
+}
+
+void TambrelBetaLogStore::finishSession() {
+    if (!previousIsUnsettled_)
+        marker_.remove();
 }
 
 std::optional<std::string> TambrelBetaLogStore::logText() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SessionMarker.h"
 #include "SystemProfiler.h"
 
 #include <QString>
@@ -24,15 +25,16 @@ struct TambrelBetaLogAttachmentWriteResult {
 };
 
 /// The log file, the session marker and the attachments of reports in one folder. The operations block on the
-/// disk: call them from the log's serial executor, one at a time. Nothing is kept open between them. All
-/// texts are UTF-8.
+/// disk: call them from the log's serial executor, one at a time. Nothing but the marker is kept open between
+/// them. All texts are UTF-8.
 class TambrelBetaLogStore {
 public:
     static constexpr std::string_view logName = "Tambrel-beta-log.txt";
     static constexpr std::string_view sessionMarkerName = "Tambrel-session-active.marker";
 
     struct StartResult {
-        bool previousSessionWasActive = false; ///< The marker was there before it was rewritten.
+        /// The marker was there before it was rewritten, and not because another run is going on.
+        bool previousSessionWasActive = false;
         std::optional<std::string> errorMessage;
     };
 
@@ -42,8 +44,8 @@ public:
     /// TambrelBetaLogStoreError.
     void ensureLogFileExists(std::string_view initialLogText) const;
 
-    /// Appends to an existing log file; a line that is not UTF-8 writes nothing. Throws
-    /// TambrelBetaLogStoreError.
+    /// Appends to an existing log file; a line that is not UTF-8 writes nothing, nor does one that there is
+    /// no room for. Throws TambrelBetaLogStoreError.
     void appendLine(std::string_view line) const;
 
     /// The two above in turn. Returns the description of the failure, if any.
@@ -51,12 +53,15 @@ public:
                                                         std::string_view line) const;
 
     /// Notes whether the marker exists, then makes the log file, replaces the marker and appends the line, as
-    /// far as that goes without an error.
+    /// far as that goes without an error. The marker of another run that is going on is left alone.
     [[nodiscard]] StartResult startSession(std::string_view initialLogText, std::string_view markerText,
-                                           std::string_view startLine) const;
+                                           std::string_view startLine);
 
-    /// Deletes the marker, if there is one.
-    void finishSession() const;
+    /// The crash that `startSession` has found is dealt with: the next run need not ask again.
+    void settlePreviousSession();
+
+    /// Deletes this run's marker, if there is one and the previous session has been settled.
+    void finishSession();
 
     /// The whole log file; nothing when it cannot be read or is not UTF-8.
     [[nodiscard]] std::optional<std::string> logText() const;
@@ -74,7 +79,8 @@ public:
 private:
     QString folder_;
     QString logPath_;
-    QString markerPath_;
+    SessionMarker marker_;
+    bool previousIsUnsettled_ = false;
     SystemProfiler profiler_;
 };
 

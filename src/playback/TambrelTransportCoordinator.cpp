@@ -131,7 +131,7 @@ void TambrelTransportCoordinator::reloadFailed(const std::exception& error) {
     log_.error(error, preparing);
     const auto loadError =
         TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
-    log_.procedure(preparing, loadError.diagnosticDescription());
+    log_.procedure(preparing, [&loadError] { return loadError.diagnosticDescription(); });
     const std::string_view title = loadError.statusTitle();
     controls_.statusLabel.setText(QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size())));
     controls_.beep();

@@ -1,11 +1,13 @@
 // A user for a program that a test starts: answers every question with the button that TAMBREL_TEST_ANSWER
-// names, and notes the questions in the file TAMBREL_TEST_QUESTIONS.
+// names, if there is such a button, and notes the questions, each with its default button, in the file
+// TAMBREL_TEST_QUESTIONS.
 
 #include <QAbstractButton>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QFile>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTimer>
 
 namespace {
@@ -25,7 +27,8 @@ private:
     static void answer(const QMessageBox& box) {
         QFile notes(qEnvironmentVariable("TAMBREL_TEST_QUESTIONS"));
         if (notes.open(QIODevice::Append))
-            notes.write((box.text() + '\n').toUtf8());
+            notes.write((box.text() + '/' + box.informativeText() + '/' + box.defaultButton()->text() + '\n')
+                            .toUtf8());
         notes.close();
         for (QAbstractButton* button : box.buttons())
             if (button->text() == qEnvironmentVariable("TAMBREL_TEST_ANSWER"))

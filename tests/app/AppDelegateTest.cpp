@@ -269,6 +269,21 @@ TEST_F(AppDelegateTest, RemembersWhereTheWindowIs) {
     EXPECT_THAT(recorded.taken(), Contains(StartsWith("Application Session Ended Normally")));
 }
 
+TEST_F(AppDelegateTest, HasEverythingWrittenWhenTheSessionIsAboutToEnd) {
+    launch();
+    settings.clear();
+    static_cast<void>(recorded.taken());
+    QObject manager; // Nobody asks it anything.
+    QMetaObject::invokeMethod(qApp, "commitDataRequest", Qt::DirectConnection,
+                              QGenericArgument("QSessionManager&", &manager));
+    QFile defaults(settings.fileName());
+    ASSERT_TRUE(defaults.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(defaults.readAll().contains("TambrelMainWindowFrame"));
+    EXPECT_THAT(recorded.taken(), ElementsAre(StartsWith("Application Session Ended Normally")));
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(recorded.taken(), IsEmpty());
+}
+
 /// With diagnostics or without.
 class MenuTest : public AppDelegateTest {
 protected:

@@ -1,5 +1,6 @@
 #include "ApplicationInfo.h"
 #include "PrivateHome.h"
+#include "PrivateSessionBus.h"
 
 #include <gmock/gmock.h>
 
@@ -10,8 +11,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrl>
 
 #include <csignal>
 #include <cstring>
@@ -23,7 +26,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using ::testing::Not;
 
 /// The whole program in a home of its own, with a mail program that only takes notes.
 class BetaProgramTest : public ::testing::Test {
@@ -69,16 +72,6 @@ protected:
         EXPECT_TRUE(expected == QProcess::CrashExit || run->exitCode() == 0);
     }
 
-    /// Whether the program is so far as to end normally at a SIGTERM.
-    [[nodiscard]] bool catchesTermination() const {
-        QFile status(QString("/proc/%1/status").arg(run->processId()));
-        if (!status.open(QIODevice::ReadOnly))
-            return false;
-        const auto text = status.readAll();
-        const auto caught = text.mid(text.indexOf("SigCgt:") + 8, 16).toULongLong(nullptr, 16);
-        return (caught & (1ull << (SIGTERM - 1))) != 0;
-    }
-
     template<class Condition>
     static void waitUntil(Condition isTrue) {
         for (const QDeadlineTimer deadline(60'000); !isTrue() && !deadline.hasExpired();)
@@ -103,6 +96,13 @@ protected:
     [[nodiscard]] bool hasMarker() const { return QFile::exists(home.filePath(marker)); }
 
     static constexpr auto folder = ".local/share/Kestrune Software/Tambrel/Beta Logs/";
+    static constexpr auto consentQuestion =
+        "Allow Tambrel to create a beta log file?/The beta log is used only for crashes and freezes. You can "
+        "still use the Debugging Window if you choose not to create a file./Allow\n";
+    static constexpr auto crashQuestion = "Tambrel may not have closed normally last time./Would you like to "
+                                          "email the beta log to Kestrune Software?/Email Report\n";
+    static constexpr auto crashEntry =
+        "] Possible previous crash or forced quit detected | TambrelBetaLog.startSession\n";
     static constexpr auto soundBank = "/usr/share/sounds/sf2/TimGM6mb.sf2";
     static constexpr auto startOfPlaying = " | MIDIPlayerController.play\n";
     const QString log = QString(folder) + "Tambrel-beta-log.txt";
@@ -116,6 +116,37 @@ std::string codePoints(const std::string& text, qsizetype last) {
     const auto all = QString::fromStdString(text).toUcs4();
     return QString::fromUcs4(reinterpret_cast<const char32_t*>(all.data()) + all.size() - last, last)
         .toStdString();
+}
+
+/// As a client of the desktop sees it.
+std::string playbackStatus(const PrivateSessionBus& bus) {
+    return bus
+        .run({"gdbus", "call", "--session", "--dest", "org.mpris.MediaPlayer2.tambrel", "--object-path",
+              "/org/mpris/MediaPlayer2", "--method", "org.freedesktop.DBus.Properties.Get",
+              "org.mpris.MediaPlayer2.Player", "PlaybackStatus"})
+        .output;
+}
+
+/// The log at the end of a report that is letter by letter what it has to be; empty for any other.
+std::string capturedLog(const std::string& report) {
+    const auto& info = ApplicationInfo::current();
+    const auto fixed = [](const std::string& text) {
+        return QRegularExpression::escape(QString::fromStdString(text));
+    };
+    const QString stamp = "[^\n]+";
+    const auto pattern =
+        fixed("TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" + std::string(75, '_') +
+              "\n\nTambrel App Info:\nApp Name: " + info.displayName.value_or(info.name.value_or("Tambrel")) +
+              "\nVersion: " + info.shortVersion.value_or("Unknown") +
+              "\nBuild: " + info.build.value_or("Unknown") +
+              "\nBundle Identifier: software.kestrune.tambrel.beta\nDiagnostics Enabled: YES\nCollected: ") +
+        stamp + "\n\nMacintosh Info:\nCollected: " + stamp + "\n\n" + "(?:[^\n]*\n)+?" + // The profiler's.
+        "\n(Tambrel betaLOG\nCreated: .*)";
+    const QRegularExpression whole(QRegularExpression::anchoredPattern(pattern),
+                                   QRegularExpression::DotMatchesEverythingOption);
+    const auto match = whole.match(QString::fromStdString(report));
+    EXPECT_TRUE(match.hasMatch()) << report;
+    return match.captured(1).toStdString();
 }
 
 TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
@@ -134,34 +165,49 @@ TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
     waitUntilPlaying(2);
     end(SIGTERM);
     EXPECT_FALSE(hasMarker());
-    EXPECT_EQ(content("questions"), "Allow Tambrel to create a beta log file?\n"
-                                    "Tambrel may not have closed normally last time.\n");
+    EXPECT_EQ(content("questions"), std::string(consentQuestion) + crashQuestion);
 
     const auto attached = QDir(home.filePath(folder)).entryInfoList({"Tambrel-beta-report-*.txt"});
     ASSERT_EQ(attached.size(), 1);
     const auto report = content(folder + attached[0].fileName());
     const auto mail = QByteArray::fromStdString(content("mail")).split('\0');
-    ASSERT_EQ(mail.size(), 9);
-    const auto body = mail[4].toStdString();
-    EXPECT_THAT(mail, ElementsAre("--utf8", "--subject", "Tambrel Bug Report!", "--body", mail[4], "--attach",
-                                  attached[0].absoluteFilePath().toUtf8(), "support@kestrune.example", ""));
+    ASSERT_EQ(mail.size(), 5);
+    EXPECT_THAT(mail,
+                ElementsAre("--utf8", "--attach", attached[0].absoluteFilePath().toUtf8(), mail[3], ""));
+    const auto link = QString::fromUtf8(mail[3]);
+    const QString start = "mailto:support@kestrune.example?subject=Tambrel%20Bug%20Report%21&body=";
+    EXPECT_TRUE(link.startsWith(start)) << mail[3].toStdString();
     EXPECT_EQ(
-        body,
+        QUrl::fromPercentEncoding(mail[3].mid(start.size())).replace("\r\n", "\n").toStdString(),
         "TYPE YOUR NOTES HERE:\n\nThe full Tambrel beta report is attached as a text file and copied to "
         "the Clipboard. The latest report text is included below.\n"
         "[Earlier report entries were truncated for reliable email body delivery.]\n\n" +
             codePoints(report, 3350));
 
-    EXPECT_THAT(report,
-                StartsWith("TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" +
-                           std::string(75, '_') + "\n\nTambrel App Info:\nApp Name: Tambrel\nVersion: "));
-    EXPECT_THAT(report, HasSubstr("\nBundle Identifier: software.kestrune.tambrel.beta\nDiagnostics Enabled: "
-                                  "YES\nCollected: "));
-    EXPECT_THAT(report, HasSubstr("\n\nMacintosh Info:\nCollected: "));
-    const auto logText = report.substr(std::min(report.find("Tambrel betaLOG\nCreated: "), report.size()));
-    EXPECT_THAT(logText, HasSubstr("] Possible previous crash or forced quit detected | "
-                                   "TambrelBetaLog.startSession\n"));
-    EXPECT_TRUE(content(log).starts_with(logText));
+    const auto logText = capturedLog(report);
+    EXPECT_THAT(logText, HasSubstr(crashEntry));
+    EXPECT_EQ(content(log).substr(0, logText.size()), logText);
+}
+
+TEST_F(BetaProgramTest, AsksAgainWhatWasOpenWhenItWasToldToEnd) {
+    const auto endAt = [this](const std::string& questions) {
+        playAnswering("nothing");
+        waitUntil([&] { return content("questions") == questions; });
+        end(SIGTERM);
+    };
+    const std::string consent = consentQuestion;
+    endAt(consent);
+    EXPECT_FALSE(QDir(home.filePath(folder)).exists());
+    EXPECT_THAT(content(".config/Kestrune Software/Tambrel.conf"), Not(HasSubstr("BetaLog")));
+    playAnswering("Allow");
+    waitUntilPlaying(1);
+    end(SIGKILL);
+    endAt(consent + consent + crashQuestion);
+    EXPECT_TRUE(hasMarker());
+    EXPECT_EQ(content("mail"), "");
+    playAnswering("Not Now");
+    waitUntil([&] { return content("questions") == consent + consent + crashQuestion + crashQuestion; });
+    end(SIGTERM);
 }
 
 TEST_F(BetaProgramTest, AsksNothingAfterANormalEnd) {
@@ -178,7 +224,7 @@ TEST_F(BetaProgramTest, AsksNothingAfterANormalEnd) {
     }
     waitUntilPlaying(5);
     end(SIGTERM);
-    EXPECT_EQ(content("questions"), "Allow Tambrel to create a beta log file?\n");
+    EXPECT_EQ(content("questions"), consentQuestion);
     EXPECT_EQ(content("mail"), "");
 }
 
@@ -207,8 +253,12 @@ TEST_F(BetaProgramTest, LeavesNothingButSettingsWithoutDiagnostics) {
         GTEST_SKIP() << "this build has diagnostics";
     play(TAMBREL_PROGRAM, {"--screenshot", home.filePath("picture.png")});
     waitForEnd();
+    int argumentCount = 0;
+    const QCoreApplication application(argumentCount, nullptr);
+    const PrivateSessionBus bus;
+    environment.insert("DBUS_SESSION_BUS_ADDRESS", bus.environment().value("DBUS_SESSION_BUS_ADDRESS"));
     play(TAMBREL_PROGRAM);
-    waitUntil([&] { return catchesTermination(); });
+    waitUntil([&] { return playbackStatus(bus) == "(<'Playing'>,)"; });
     end(SIGTERM);
     std::vector<std::string> files;
     for (QDirIterator all(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);

@@ -16,6 +16,7 @@ using ::testing::StartsWith;
 
 constexpr const char* launched = "Application launch procedure started";
 constexpr const char* begun = "Application Session Started";
+constexpr const char* crashed = "Possible previous crash or forced quit detected";
 constexpr const char* ended = "Application Session Ended Normally";
 
 /// A window is open, on a session bus.
@@ -30,6 +31,7 @@ protected:
     ~HandOverTest() override {
         EXPECT_EQ(DesktopSession::end(*first), 0);
         EXPECT_EQ(session.count(ended), session.count(begun));
+        EXPECT_EQ(session.count(crashed), 0);
         EXPECT_FALSE(session.hasMarker());
         EXPECT_EQ(DesktopSession::errorsOf(*first), "");
     }
@@ -165,6 +167,7 @@ TEST_F(HandOverTest, OpensASecondWindowWhenThatIsWanted) {
     EXPECT_EQ(session.count(launched), 2);
     EXPECT_EQ(session.run({"song.mid"}), 0) << "the first window still has the name";
     EXPECT_EQ(DesktopSession::end(*second), 0);
+    EXPECT_TRUE(session.hasMarker()) << "the first window's";
     EXPECT_EQ(session.run({"--screenshot", "a.png", "song.mid"}), 0);
     EXPECT_TRUE(std::filesystem::exists(session.songs() / "a.png"));
 }

@@ -1,4 +1,4 @@
-#include "TambrelBetaLog.h"
+#include "RecordingWindow.h"
 
 #include <gmock/gmock.h>
 
@@ -9,9 +9,15 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace tambrel {
 namespace {
@@ -23,24 +29,48 @@ using ::testing::StartsWith;
 constexpr auto logFile = "Tambrel-beta-log.txt";
 constexpr auto marker = "Tambrel-session-active.marker";
 
+/// Makes writes beyond this size of a file fail, after a part, as on a full disk.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(std::size_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
+        const rlimit limit{bytes, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before_{};
+};
+
 /// One program run after another on the same settings and folder.
 class TambrelBetaLogTest : public ::testing::Test {
 protected:
     /// A program run up to its start, with the answers it will get.
-    TambrelBetaLog& startRun(bool answer = true) {
+    TambrelBetaLog& startRun(std::optional<bool> answer = true) {
         endRun();
-        run_ = std::make_unique<TambrelBetaLog>();
-        run_->configure(TambrelBetaLogServices{
+        run_ = newRun(answer);
+        return *run_;
+    }
+
+    /// Another program run, besides the one that `startRun` started.
+    std::unique_ptr<TambrelBetaLog> newRun(std::optional<bool> answer = true) {
+        auto log = std::make_unique<TambrelBetaLog>();
+        log->configure(TambrelBetaLogServices{
             .info = info,
             .settings = settings,
             .ask =
                 [this, answer](const ModalQuestion& question) {
-                    asked.push_back(question.message + '/' + question.firstButton + '/' +
-                                    question.secondButton);
+                    asked.push_back(question.message + '/' + question.informative + '/' +
+                                    question.firstButton + '/' + question.secondButton);
                     return answer;
                 },
             .composeEmail = [this](const EmailDraft&, const std::function<void()>&) { ++emails; },
-            .profiler = {.tools = {}},
+            .makeDebugWindow = RecordingWindow::maker([this](const auto& line) { window.push_back(line); }),
+            .profiler = profiler,
             .folder = folder,
             .environment =
                 [this](const char* name) {
@@ -50,8 +80,14 @@ protected:
                 },
             .now = [] { return std::chrono::system_clock::from_time_t(1'700'000'000); },
         });
-        run_->setDebugWindowSink([this](const std::string& line) { window.push_back(line); });
-        return *run_;
+        // So that the opening of the window is not in the file.
+        const auto allowed = settings.value("TambrelBetaLogFileEnabled");
+        settings.remove("TambrelBetaLogFileEnabled");
+        log->showDebugWindow();
+        if (allowed.isValid())
+            settings.setValue("TambrelBetaLogFileEnabled", allowed);
+        window.clear();
+        return log;
     }
 
     /// Ends the run without a word, as a crash would, but with everything written.
@@ -61,9 +97,10 @@ protected:
     }
 
     /// Returns when everything submitted so far has been done and reported back.
-    void settle() {
+    void settle() { settle(*run_); }
+    static void settle(TambrelBetaLog& log) {
         bool settled = false;
-        run_->inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
+        log.inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
         for (const QDeadlineTimer deadline(10'000); !settled && !deadline.hasExpired();)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
         ASSERT_TRUE(settled);
@@ -100,6 +137,7 @@ protected:
 
     ApplicationInfo info{.diagnosticsSwitch = true};
     QString folder = home.filePath("data/Beta Logs");
+    SystemProfiler profiler{.tools = {}};
     bool underTest = false;
     int emails = 0;
     std::vector<std::string> asked;
@@ -111,8 +149,12 @@ private:
     std::unique_ptr<TambrelBetaLog> run_;
 };
 
-const auto consentQuestion = "Allow Tambrel to create a beta log file?/Allow/Not Now";
-const auto crashQuestion = "Tambrel may not have closed normally last time./Email Report/Not Now";
+const auto consentQuestion = "Allow Tambrel to create a beta log file?/The beta log is used only for crashes "
+                             "and freezes. You can still "
+                             "use the Debugging Window if you choose not to create a file./Allow/Not Now";
+const auto crashQuestion =
+    "Tambrel may not have closed normally last time./Would you like to email the beta log to Kestrune "
+    "Software?/Email Report/Not Now";
 const auto crashEntry = "Possible previous crash or forced quit detected | TambrelBetaLog.startSession";
 const auto startEntry = "Application Session Started | TambrelBetaLog.startSession";
 const auto endEntry = "Application Session Ended Normally | TambrelBetaLog.finishSession";
@@ -167,7 +209,7 @@ TEST_F(TambrelBetaLogTest, DoesNothingAtAllWhileDiagnosticsAreOff) {
     TambrelBetaLog unconfigured;
     const auto useless = []() -> std::string { throw std::logic_error("composed although off"); };
     for (TambrelBetaLog* log : {&startRun(), &unconfigured}) {
-        log->startSession();
+        EXPECT_EQ(log->startSession(), TambrelBetaLog::Launch::goesOn);
         log->procedure("A.b", useless);
         log->function("A.b", useless);
         log->userAction(useless, "A.b");
@@ -260,6 +302,90 @@ TEST_F(TambrelBetaLogTest, OffersABugReportAfterARunThatDidNotEnd) {
     }
 }
 
+TEST_F(TambrelBetaLogTest, LeavesTheMarkerToTheRunThatHasIt) {
+    allowFile();
+    startRun().startSession();
+    settle();
+    for (const bool firstCrashes : {false, true}) {
+        SCOPED_TRACE(firstCrashes ? "the first one crashes" : "both go on");
+        const auto second = newRun();
+        second->startSession();
+        settle(*second);
+        if (firstCrashes)
+            endRun();
+        second->finishSession();
+        second->close();
+        EXPECT_TRUE(exists(marker));
+        EXPECT_THAT(asked, IsEmpty());
+    }
+    startRun().startSession();
+    settle();
+    EXPECT_THAT(asked, ElementsAre(crashQuestion));
+}
+
+TEST_F(TambrelBetaLogTest, AsksAgainWhatTheProgramsEndLeftUnanswered) {
+    auto& first = startRun(std::nullopt);
+    EXPECT_EQ(first.startSession(), TambrelBetaLog::Launch::isOver);
+    first.finishSession();
+    endRun();
+    EXPECT_FALSE(settings.contains("TambrelBetaLogConsentAsked"));
+    EXPECT_FALSE(QFile::exists(folder));
+    startRun(true).startSession(); // And crashes.
+    for (const auto answer : {std::optional<bool>(), std::optional(false), std::optional(false)}) {
+        auto& next = startRun(answer);
+        next.startSession();
+        settle();
+        next.finishSession();
+    }
+    endRun();
+    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion, crashQuestion, crashQuestion));
+}
+
+TEST_F(TambrelBetaLogTest, OffersAReportAgainThatTheProgramsEndInterrupted) {
+    allowFile();
+    startRun().startSession();
+    profiler = {.tools = {{.program = "sleep", .arguments = {"600"}}}, .limit = std::chrono::minutes(10)};
+    auto& interrupted = startRun();
+    interrupted.startSession();
+    settle();
+    interrupted.finishSession();
+    endRun();
+    EXPECT_EQ(emails, 0);
+    EXPECT_TRUE(exists(marker));
+
+    profiler = {.tools = {}};
+    auto& last = startRun();
+    last.startSession();
+    settle(); // The question.
+    settle(); // The report.
+    last.finishSession();
+    endRun();
+    EXPECT_EQ(emails, 1);
+    EXPECT_THAT(asked, ElementsAre(crashQuestion, crashQuestion));
+    EXPECT_FALSE(exists(marker));
+}
+
+TEST_F(TambrelBetaLogTest, BeginsAnotherSessionWhenTheUserGoesOnAfterTheEnd) {
+    allowFile();
+    auto& log = startRun();
+    const auto marked = [&] {
+        log.waitUntilWritten();
+        return exists(marker);
+    };
+    log.startSession();
+    log.finishSession();
+    log.procedure("A.b");
+    EXPECT_FALSE(marked());
+    log.userAction("Clicked Play", "A.b");
+    EXPECT_TRUE(marked());
+    log.finishSession();
+    log.finishSession();
+    EXPECT_FALSE(marked());
+    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_THAT(entries(), ElementsAre(startEntry, endEntry, "Procedure Ran | A.b", startEntry,
+                                       "User Action: Clicked Play | A.b", endEntry));
+}
+
 TEST_F(TambrelBetaLogTest, StartsNoSessionUnderAUnitTestRunnerButStillWritesEntries) {
     underTest = true;
     startRun().startSession();
@@ -293,6 +419,26 @@ TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowOnly) {
     EXPECT_EQ(window[0], '[' + stamp + "] betaLOG file setup failed: " + reason);
     EXPECT_EQ(window[2], '[' + stamp + "] betaLOG write failed: " + reason);
     EXPECT_THAT(asked, IsEmpty());
+}
+
+TEST_F(TambrelBetaLogTest, WritesWholeLinesOnlyToADiskThatIsFull) {
+    allowFile();
+    auto& log = startRun();
+    log.procedure("A.b", "before");
+    settle();
+    const auto whole = content(logFile);
+    const std::string first = '[' + stamp + "] ☃";
+    {
+        const FileSizeLimit limit(whole.size() + first.size() - 1); // Inside the first letter.
+        log.procedure("A.b", "☃");
+        settle();
+    }
+    EXPECT_EQ(content(logFile), whole);
+    EXPECT_EQ(window.back(),
+              '[' + stamp + "] betaLOG write failed: " + std::generic_category().message(EFBIG) + '\n');
+    log.procedure("A.b", "after");
+    endRun();
+    EXPECT_THAT(entries(), ElementsAre("before | A.b", "after | A.b"));
 }
 
 TEST_F(TambrelBetaLogTest, DetectsACrashEvenWhenTheLogFileCannotBeWritten) {
@@ -333,6 +479,23 @@ TEST_F(TambrelBetaLogTest, WritesEverythingInOrderBeforeItCloses) {
     endRun();
     EXPECT_EQ(entries(), expected);
     EXPECT_FALSE(log.diagnosticsEnabled());
+}
+
+TEST_F(TambrelBetaLogTest, KeepsItsWindowWhenALostDisplayEndsTheProgram) {
+    class LastingWindow : public RecordingWindow {
+    public:
+        using RecordingWindow::RecordingWindow;
+        ~LastingWindow() override { _exit(2); }
+    };
+    const auto loseDisplay = [this] {
+        auto& log = TambrelBetaLog::shared();
+        log.configure({.info = info, .settings = settings, .ask = {}, .makeDebugWindow = [](TambrelBetaLog&) {
+                           return std::make_unique<LastingWindow>([](const std::string&) {});
+                       }});
+        log.showDebugWindow();
+        std::exit(1); // What the toolkit does then.
+    };
+    EXPECT_EXIT(loseDisplay(), ::testing::ExitedWithCode(1), "");
 }
 
 TEST_F(TambrelBetaLogTest, FormsFileTimeStampsAndFolders) {

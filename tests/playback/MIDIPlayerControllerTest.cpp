@@ -1,14 +1,13 @@
 #include "MIDIPlayerController.h"
 
 #include "FakePlayer.h"
-#include "TambrelBetaLog.h"
+#include "RecordedLog.h"
 
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 
 #include <limits>
 #include <sstream>
@@ -25,15 +24,6 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 class MIDIPlayerControllerTest : public ::testing::Test {
 protected:
     MIDIPlayerControllerTest() {
-        log.configure({.info = {.diagnosticsSwitch = true}, .settings = settings, .ask = {}, .folder = {}});
-        log.setDebugWindowSink([this](const std::string& line) {
-            const auto start = line.find("] ") + 2;
-            auto entry = line.substr(start, line.size() - start - 1);
-            const std::string prefix = "MIDIPlayerController.";
-            if (const auto found = entry.find(prefix); found != std::string::npos)
-                entry.erase(found, prefix.size());
-            lines.push_back(entry);
-        });
         controller.onStateChange = [this](PlaybackMode mode) {
             events.push_back(std::string("mode ").append(text(mode)));
         };
@@ -49,8 +39,18 @@ protected:
         return out.str();
     }
 
+    /// What has been logged since the last call, without the class's name.
+    [[nodiscard]] std::vector<std::string> lines() {
+        auto entries = recorded.taken();
+        const std::string prefix = "MIDIPlayerController.";
+        for (std::string& entry : entries)
+            if (const auto found = entry.find(prefix); found != std::string::npos)
+                entry.erase(found, prefix.size());
+        return entries;
+    }
+
     void forget() {
-        lines.clear();
+        static_cast<void>(recorded.taken());
         events.clear();
         script.calls.clear();
     }
@@ -76,14 +76,10 @@ protected:
         return condition();
     }
 
-    QTemporaryDir home;
-    QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
-    TambrelBetaLog log;
-
+    RecordedLog recorded;
     PlayerScript script;
-    std::vector<std::string> lines;
     std::vector<std::string> events;
-    MIDIPlayerController controller{script.factory(), log};
+    MIDIPlayerController controller{script.factory(), recorded.log};
 };
 
 const auto stopsTimer = "Stopping playback timer | stopTimer";
@@ -195,7 +191,7 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
         EXPECT_EQ(controller.position(), row.newPosition);
         EXPECT_EQ(events, row.events);
         EXPECT_EQ(script.calls, row.calls);
-        EXPECT_EQ(lines, row.lines);
+        EXPECT_EQ(lines(), row.lines);
     }
 }
 
@@ -203,9 +199,9 @@ TEST_F(MIDIPlayerControllerTest, LoadsASongIdleAtZeroAndLogsItsDuration) {
     script.duration = 93.4;
     controller.load({});
     EXPECT_THAT(events, ElementsAre("mode idle", "loaded 93.4", "progress 0 of 93.4"));
-    EXPECT_THAT(lines, ElementsAre(loads, resets,
-                                   "AVMIDIPlayer loaded; duration 93.4 | "
-                                   "load(data:position:modeAfterLoad:)"));
+    EXPECT_THAT(lines(), ElementsAre(loads, resets,
+                                     "AVMIDIPlayer loaded; duration 93.4 | "
+                                     "load(data:position:modeAfterLoad:)"));
     controller.load({});
     EXPECT_EQ(script.alive, 1) << "the old player is released";
     controller.unload();
@@ -222,7 +218,7 @@ TEST_F(MIDIPlayerControllerTest, KeepsTheOldSongStoppedWhenALoadFails) {
     EXPECT_EQ(controller.position(), 4);
     EXPECT_THAT(script.calls, ElementsAre("stop"));
     EXPECT_THAT(events, IsEmpty());
-    EXPECT_THAT(lines, ElementsAre(loads, resets, stopsTimer));
+    EXPECT_THAT(lines(), ElementsAre(loads, resets, stopsTimer));
 }
 
 TEST_F(MIDIPlayerControllerTest, AlwaysRestartsASongWithoutLength) {
@@ -241,7 +237,7 @@ TEST_F(MIDIPlayerControllerTest, ReportsProgressTwentyTimesASecondAndLogsNothing
     EXPECT_GE(elapsed.elapsed(), 150);
     EXPECT_LT(elapsed.elapsed(), 1000);
     EXPECT_EQ(events.front(), "progress 4 of 10");
-    EXPECT_THAT(lines, IsEmpty());
+    EXPECT_THAT(lines(), IsEmpty());
 }
 
 TEST_F(MIDIPlayerControllerTest, EndsPlaybackOnlyWhenThePlayerHasStoppedAtTheEnd) {
@@ -265,12 +261,12 @@ TEST_F(MIDIPlayerControllerTest, EndsPlaybackOnlyWhenThePlayerHasStoppedAtTheEnd
         const std::string tick = "progress " + number(row.position) + " of 10";
         if (row.ends) {
             EXPECT_THAT(events, ElementsAre(tick, "mode idle", "progress 0 of 10"));
-            EXPECT_THAT(lines,
+            EXPECT_THAT(lines(),
                         ElementsAre("Playback reached end of file | finishPlaybackIfNeeded", stopsTimer));
             EXPECT_EQ(controller.position(), 0);
         } else {
             EXPECT_THAT(events, ElementsAre(tick, tick));
-            EXPECT_THAT(lines, IsEmpty());
+            EXPECT_THAT(lines(), IsEmpty());
             EXPECT_EQ(controller.mode(), PlaybackMode::playing);
         }
     }

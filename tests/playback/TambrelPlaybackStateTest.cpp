@@ -1,11 +1,9 @@
 #include "TambrelPlaybackState.h"
 #include "MIDILoudnessProcessor.h"
+#include "RecordedLog.h"
 #include "SMFBuilder.h"
-#include "TambrelBetaLog.h"
 
 #include <gmock/gmock.h>
-
-#include <QTemporaryDir>
 
 namespace tambrel {
 namespace {
@@ -17,24 +15,12 @@ using testing::TrackBuilder;
 
 class TambrelPlaybackStateTest : public ::testing::Test {
 protected:
-    TambrelPlaybackStateTest() {
-        log.configure({.info = {.diagnosticsSwitch = true}, .settings = settings, .ask = {}, .folder = {}});
-        log.setDebugWindowSink([this](const std::string& line) {
-            const auto start = line.find("] ") + 2;
-            lines.push_back(line.substr(start, line.size() - start - 1));
-        });
-    }
+    std::vector<std::string> linesSince() { return recorded.taken(); }
 
-    std::vector<std::string> linesSince() { return std::exchange(lines, {}); }
-
-    QTemporaryDir home;
-    QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
-    TambrelBetaLog log;
-
-    std::vector<std::string> lines;
+    RecordedLog recorded;
     const MIDIData song{smfBytes(0, 480, {TrackBuilder().noteOn(0, 9, 36, 64).noteOff(480, 9, 36)})};
     const MIDIData silence{smfBytes(0, 480, {TrackBuilder().tempo(0, 500'000)})};
-    TambrelPlaybackState state{log};
+    TambrelPlaybackState state{recorded.log};
 };
 
 TEST_F(TambrelPlaybackStateTest, startsEverySongWithLoudnessOff) {
@@ -136,7 +122,7 @@ TEST_F(TambrelPlaybackStateTest, rebuildsTheCompanionOnlyForAnotherVariant) {
         state.prepareMIDI2ClipCompanion({silence, false}, "caller");
         EXPECT_FALSE(state.midi2ClipCompanionData().has_value());
         EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
-        EXPECT_EQ(lines.back(), "MIDI 2.0 companion unavailable for current MIDI data" + name);
+        EXPECT_EQ(linesSince().back(), "MIDI 2.0 companion unavailable for current MIDI data" + name);
     }
 }
 

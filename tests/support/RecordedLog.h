@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TambrelBetaLog.h"
+#include "RecordingWindow.h"
 
 #include <QCoreApplication>
 #include <QSettings>
@@ -19,11 +19,13 @@ public:
         log.configure({.info = {.diagnosticsSwitch = diagnosticsEnabled},
                        .settings = settings_,
                        .ask = [](const ModalQuestion&) { return false; },
+                       .makeDebugWindow = RecordingWindow::maker([this](const std::string& line) {
+                           const auto start = line.find("] ") + 2;
+                           entries_.push_back(line.substr(start, line.size() - start - 1));
+                       }),
                        .folder = home_.path()});
-        log.setDebugWindowSink([this](const std::string& line) {
-            const auto start = line.find("] ") + 2;
-            entries_.push_back(line.substr(start, line.size() - start - 1));
-        });
+        log.showDebugWindow();
+        entries_.clear();
     }
 
     /// What has been logged since the last call, by now and not later.
