@@ -26,7 +26,7 @@ SETTINGS = "[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnable
 SUPPRESSIONS = Path(__file__).parent
 SANITIZERS = {
     "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/lsan.supp:print_suppressions=0",
-    "TSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/tsan.supp",
+    "TSAN_OPTIONS": f"ignore_noninstrumented_modules=1:suppressions={SUPPRESSIONS}/tsan.supp",
     "UBSAN_OPTIONS": "print_stacktrace=1",
 }
 
