@@ -21,8 +21,6 @@ int main(int argc, char** argv) {
     complainOfUnsupportedFiles(*commandLine);
     prepareForScreenshot(*commandLine);
     const auto identifier = QString::fromStdString(ApplicationInfo::current().identifier.value_or("tambrel"));
-    const std::jthread fonts(
-        [] { FcInit(); }); // Takes milliseconds, while the bus and the display are asked.
     DesktopApplication desktop(identifier);
     if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
         return EXIT_SUCCESS;
@@ -30,6 +28,7 @@ int main(int argc, char** argv) {
         std::cerr << "tambrel: There is no display.\n";
         return EXIT_FAILURE;
     }
+    const std::jthread fonts([] { FcInit(); }); // Takes milliseconds, while the display is asked.
     QApplication::setOrganizationName("Kestrune Software");
     QApplication::setApplicationName("Tambrel");
     QApplication::setDesktopFileName(identifier);
