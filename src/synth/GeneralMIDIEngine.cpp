@@ -49,8 +49,8 @@ public:
     }
 
     void setCurrentPosition(double seconds) override {
-        // Also when the song is over and nobody has been told: it goes on then, as if it had not been.
-        const bool plays = engine_.playing_ == this;
+        const bool plays = isPlaying();
+        settle();
         position_ = std::clamp(seconds, 0.0, duration());
         if (plays)
             engine_.start(*this, position_);

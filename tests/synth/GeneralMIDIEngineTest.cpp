@@ -115,23 +115,6 @@ TEST_F(GeneralMIDIEngineTest, PositionMovesInRealTimeAndStopKeepsIt) {
     EXPECT_FALSE(completed); // Its playing was stopped.
 }
 
-// A handle that is dragged past the end and back: nobody has been told of the end in between.
-TEST_F(GeneralMIDIEngineTest, GoesOnFromAPlaceThatIsSoughtBetweenTheEndAndItsReport) {
-    const auto player = start().makePlayer(song(60'000));
-    int completions = 0;
-    player->play([&] { ++completions; });
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 0; }));
-    player->setCurrentPosition(60);
-    while (player->isPlaying()) // No event is handled here, so that the report waits.
-        QThread::msleep(1);
-    player->setCurrentPosition(4);
-    EXPECT_TRUE(player->isPlaying());
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 4; }));
-    EXPECT_EQ(completions, 0);
-    player->setCurrentPosition(60);
-    ASSERT_TRUE(eventually([&] { return completions == 1; }));
-}
-
 TEST_F(GeneralMIDIEngineTest, APlayerMayGoWhileItPlaysOrFromItsOwnCompletion) {
     auto player = start().makePlayer(song(60'000));
     player->play({});
