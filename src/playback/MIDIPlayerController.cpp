@@ -104,6 +104,7 @@ void MIDIPlayerController::rtz() {
         log_.procedure(name, "RTZ ignored because no MIDI file is loaded");
         return;
     }
+    finishPlaybackIfNeeded(); // From another place the end could not be told any more.
     log_.procedure(name, "Returning playhead to zero");
     moveTo(0);
     if (onProgress)
@@ -116,6 +117,7 @@ void MIDIPlayerController::seek(double seconds) {
         log_.procedure(name, "Seek ignored because no MIDI file is loaded");
         return;
     }
+    finishPlaybackIfNeeded(); // From another place the end could not be told any more.
     log_.procedure(name, [seconds] { return "Seeking to " + decimalText(seconds) + " seconds"; });
     moveTo(clamped(seconds));
     reportProgress();

@@ -240,6 +240,14 @@ TEST_F(MIDIPlayerControllerTest, ReportsProgressTwentyTimesASecondAndLogsNothing
     EXPECT_THAT(lines(), IsEmpty());
 }
 
+// A handle that is dragged past the end and back, faster than the timer looks.
+TEST_F(MIDIPlayerControllerTest, EndsPlaybackBeforeTheHandleLeavesTheEnd) {
+    enter(PlaybackMode::playing, true, 10);
+    script.playing = false;
+    controller.seek(4);
+    EXPECT_THAT(events, ElementsAre("mode idle", "progress 0 of 10", "progress 4 of 10"));
+}
+
 TEST_F(MIDIPlayerControllerTest, EndsPlaybackOnlyWhenThePlayerHasStoppedAtTheEnd) {
     const struct {
         const char* name;
