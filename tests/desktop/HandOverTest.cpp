@@ -11,7 +11,6 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
-using ::testing::IsSupersetOf;
 using ::testing::StartsWith;
 
 constexpr const char* launched = "Application launch procedure started";
@@ -184,7 +183,7 @@ TEST_F(HandOverTest, OutlivesTheBus) {
 /// No window is open yet.
 using FirstStartTest = DesktopSessionTest;
 
-TEST_F(FirstStartTest, KeepsWhatTheBusBringsBeforeThereIsAWindow) {
+TEST_F(FirstStartTest, LosesNothingThatTheBusBringsAtItsStart) {
     session.startBus();
     session.makeActivatable();
     session.writeSong("a.mid");
@@ -195,8 +194,6 @@ TEST_F(FirstStartTest, KeepsWhatTheBusBringsBeforeThereIsAWindow) {
                           "gdbus"),
               0);
     EXPECT_TRUE(session.logs("Loaded a.mid; "));
-    EXPECT_THAT(session.log(), IsSupersetOf({StartsWith("Main window not ready; queued MIDI URLs"),
-                                             StartsWith("Opening queued MIDI URL(s)")}));
     auto bus = QDBusConnection::connectToBus(session.busAddress(), "asking");
     const auto reply =
         bus.call(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
