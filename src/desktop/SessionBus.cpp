@@ -5,17 +5,23 @@
 namespace tambrel {
 namespace {
 
-// Where there is none, the library would start one for this program alone, and leave it running.
+constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
+constexpr const char* noAddress = "disabled:";
+
 bool isThere() {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+    return qEnvironmentVariableIsSet(addressVariable) ||
            QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus");
 }
 
-// A connection of our own: the toolkit's default one complains when it is made before the application.
+// Under the name that the toolkit gives its own connection, which complains when it is made before the
+// application: it finds this one, and need not connect a second time.
 QDBusConnection connection() {
-    const QString name = "tambrel";
-    return isThere() ? QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)
-                     : QDBusConnection(name);
+    const QString name = "qt_default_session_bus";
+    if (isThere())
+        return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
+    // Or the toolkit would have one started for its own connection, wait for it and leave it running.
+    qputenv(addressVariable, noAddress);
+    return QDBusConnection(name);
 }
 
 } // namespace
@@ -23,6 +29,13 @@ QDBusConnection connection() {
 QDBusConnection sessionBus() {
     static const QDBusConnection bus = connection();
     return bus;
+}
+
+QProcessEnvironment environmentOfOthers() {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    if (environment.value(addressVariable) == noAddress)
+        environment.remove(addressVariable);
+    return environment;
 }
 
 } // namespace tambrel
