@@ -3,6 +3,7 @@
 #include "DesktopApplication.h"
 #include "HandOver.h"
 #include "Program.h"
+#include "QuickStyle.h"
 
 #include <QApplication>
 
@@ -33,5 +34,6 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Tambrel");
     QApplication::setDesktopFileName(identifier);
     const QApplication application(argc, argv);
+    QApplication::setStyle(new QuickStyle);
     return Program(*commandLine, desktop).run();
 }
