@@ -105,7 +105,6 @@ void AppDelegate::placeWindow() {
     if (!TambrelWindowPlacementStore::bestVisibleFrame(frame, visible))
         frame = TambrelWindowPlacementStore::centeredFrame(size, visible);
     window_->setGeometry({frame.topLeft().toPoint(), size});
-    window_->onMove = [this] { windowDidMove(); };
 }
 
 // Its height is known only now.
@@ -119,6 +118,7 @@ void AppDelegate::keepTitleBarOnScreen() {
 void AppDelegate::finishLaunching() {
     if (keepsPlace())
         keepTitleBarOnScreen();
+    window_->onMove = [this] { windowDidMove(); }; // The window manager's own moves are not worth a file.
     installRuntimeAppIcon();
     const bool logs = services_.purpose == LaunchPurpose::use;
     if (logs && log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask; what arrives is kept.
