@@ -1,7 +1,6 @@
 #include "EmailComposer.h"
 
 #include "MailtoLink.h"
-#include "SessionBus.h"
 
 #include <QProcess>
 
@@ -40,7 +39,6 @@ EmailWay xdgEmailWay(QString program) {
         // Without an owner: at its end this program would kill what may well be the mail program.
         auto* process = new QProcess;
         process->setProcessChannelMode(QProcess::ForwardedChannels);
-        process->setProcessEnvironment(environmentOfOthers());
         process->setStandardInputFile(QProcess::nullDevice());
         QObject::connect(process, &QProcess::errorOccurred, process,
                          [process, answer](QProcess::ProcessError error) {

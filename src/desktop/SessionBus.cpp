@@ -6,22 +6,26 @@ namespace tambrel {
 namespace {
 
 constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
-constexpr const char* noAddress = "disabled:";
+constexpr const char* folderVariable = "XDG_RUNTIME_DIR";
 
 bool isThere() {
-    return qEnvironmentVariableIsSet(addressVariable) ||
-           QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus");
+    return !qEnvironmentVariableIsEmpty(addressVariable) ||
+           (!qEnvironmentVariableIsEmpty(folderVariable) &&
+            QFile::exists(qEnvironmentVariable(folderVariable) + "/bus"));
 }
 
 // Under the name that the toolkit gives its own connection, which complains when it is made before the
-// application: it finds this one, and need not connect a second time.
+// application: it finds this one, and neither connects a second time nor has a bus started, waits for it and
+// leaves it running, as the library does where there is none. The programs that this one starts may do so.
 QDBusConnection connection() {
-    const QString name = "qt_default_session_bus";
-    if (isThere())
-        return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
-    // Or the toolkit would have one started for its own connection, wait for it and leave it running.
-    qputenv(addressVariable, noAddress);
-    return QDBusConnection(name);
+    const bool isMissing = !isThere();
+    if (isMissing)
+        qputenv(addressVariable, "disabled:");
+    QDBusConnection bus =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, "qt_default_session_bus");
+    if (isMissing)
+        qunsetenv(addressVariable);
+    return bus;
 }
 
 } // namespace
@@ -29,13 +33,6 @@ QDBusConnection connection() {
 QDBusConnection sessionBus() {
     static const QDBusConnection bus = connection();
     return bus;
-}
-
-QProcessEnvironment environmentOfOthers() {
-    auto environment = QProcessEnvironment::systemEnvironment();
-    if (environment.value(addressVariable) == noAddress)
-        environment.remove(addressVariable);
-    return environment;
 }
 
 } // namespace tambrel
