@@ -80,6 +80,7 @@ class Soak:
         name, function = choose(random, ACTIONS, names)
         self.report.does("action", name, self.step, self.program.memory())
         function(self, random)
+        self.display.is_through(self.patience)  # A click must not arrive after what is asked by the bus next.
 
     def finish(self):
         self.program.player.do("Stop")
