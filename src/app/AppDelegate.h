@@ -53,6 +53,8 @@ public:
     void applicationDidFinishLaunching();
     /// When the event loop has ended.
     void applicationWillTerminate();
+    /// When the program may be ended without further notice: the same, and all is written on return.
+    void sessionWillEnd();
 
     // The desktop hands over addresses, one file, or several. `after` is of the one that is opened; for
     // `activationToken` see raiseWindow.
@@ -88,7 +90,6 @@ private:
     void keepTitleBarOnScreen();
     void finishLaunching();
     void windowDidMove() const;
-    void sessionWillEnd();
     void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
                       const QString& activationToken = {});
     void openPendingMIDIURLs();

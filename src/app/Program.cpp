@@ -7,6 +7,7 @@
 #include "SessionBus.h"
 #include "SoundBank.h"
 #include "StartupNotification.h"
+#include "SuddenExit.h"
 #include "TambrelBetaLog.h"
 #include "TerminationSignals.h"
 
@@ -98,6 +99,7 @@ void Program::comeUp(const LaunchContext& context) {
 
 int Program::run() {
     const TerminationSignals signalsEndNormally;
+    const SuddenExit sessionEndsNormally([this] { delegate_.sessionWillEnd(); });
     if (!commandLine_.files.empty())
         delegate_.applicationOpenFiles(commandLine_.files,
                                        afterLoad(commandLine_.play && commandLine_.screenshot.empty()));
