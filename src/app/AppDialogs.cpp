@@ -30,6 +30,7 @@ public:
 
 std::optional<bool> askModally(const ModalQuestion& question) {
     QMessageBox box(QApplication::activeWindow());
+    box.setWindowTitle(QApplication::applicationName());
     box.setText(QString::fromStdString(question.message));
     box.setInformativeText(QString::fromStdString(question.informative));
     QPushButton* first = box.addButton(QString::fromStdString(question.firstButton), QMessageBox::AcceptRole);
@@ -42,7 +43,13 @@ std::optional<bool> askModally(const ModalQuestion& question) {
     return box.clickedButton() == static_cast<QAbstractButton*>(first);
 }
 
+// A launcher may ask for the panel while it, or a question, is open.
 std::optional<std::filesystem::path> chooseMIDIFile() {
+    if (QWidget* open = QApplication::activeModalWidget()) {
+        open->raise();
+        open->activateWindow();
+        return std::nullopt;
+    }
     QStringList patterns;
     for (const std::string_view extension : TambrelMIDIFileSupport::loadableExtensions()) {
         const QString text = QString::fromUtf8(extension.data(), static_cast<qsizetype>(extension.size()));

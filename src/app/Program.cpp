@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QPixmap>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdlib>
@@ -88,7 +89,8 @@ void Program::serve() {
             comeUp(context);
         else
             endStartupNotification(*delegate_.window(), context.startupId);
-        delegate_.performAction(action);
+        // The caller is answered first: a user may take long to choose a file.
+        QTimer::singleShot(0, &delegate_, [this, action] { delegate_.performAction(action); });
     };
 }
 
