@@ -18,6 +18,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <iterator>
 #include <string_view>
@@ -43,6 +44,10 @@ std::filesystem::path locationOf(const QString& uri) {
 
 AppDelegate::AppDelegate(AppDelegateServices services, TambrelBetaLog& log)
     : services_(std::move(services)), log_(log), windowPlacementStore_(services_.settings) {
+    using namespace std::chrono_literals;
+    placeTimer_.setSingleShot(true);
+    placeTimer_.setInterval(200ms);
+    connect(&placeTimer_, &QTimer::timeout, this, [this] { windowDidMove(); });
     qApp->installEventFilter(this);
     connect(qApp, &QApplication::commitDataRequest, this, [this] { sessionWillEnd(); });
 }
@@ -120,10 +125,11 @@ void AppDelegate::keepTitleBarOnScreen() {
 void AppDelegate::finishLaunching() {
     if (keepsPlace())
         keepTitleBarOnScreen();
-    window_->onMove = [this] { windowDidMove(); }; // The window manager's own moves are not worth a file.
+    window_->onMove = [this] { placeTimer_.start(); }; // Keeping it syncs a file, too slow for every step.
     installRuntimeAppIcon();
-    const bool logs = services_.purpose == LaunchPurpose::use;
-    if (logs && log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask; what arrives is kept.
+    hasSession_ = services_.purpose == LaunchPurpose::use;
+    if (hasSession_ &&
+        log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask; what arrives is kept.
         return;
     mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
     if (services_.didFinishLaunching)
@@ -141,7 +147,7 @@ void AppDelegate::windowDidMove() const {
 void AppDelegate::applicationWillTerminate() {
     windowDidMove();
     services_.settings.sync();
-    if (services_.purpose == LaunchPurpose::use)
+    if (hasSession_) // Else a crash before this run is still to be offered, by the next.
         log_.finishSession();
 }
 

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <filesystem>
 #include <functional>
@@ -102,6 +103,8 @@ private:
     AfterLoad afterPendingLoad_ = AfterLoad::wait; ///< Of the first of them, the only one that is opened.
     QStringList pendingActions_;
     TambrelWindowPlacementStore windowPlacementStore_;
+    QTimer placeTimer_;       ///< Runs until the window has come to rest.
+    bool hasSession_ = false; ///< The log's.
     std::unique_ptr<FirstPaint> firstPaint_;
 };
 

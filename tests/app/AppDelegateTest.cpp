@@ -269,6 +269,12 @@ TEST_F(AppDelegateTest, RemembersWhereTheWindowIs) {
     EXPECT_THAT(recorded.taken(), Contains(StartsWith("Application Session Ended Normally")));
 }
 
+TEST_F(AppDelegateTest, EndsNoSessionThatHasNotBegun) {
+    delegate.applicationDidFinishLaunching();
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(recorded.taken(), Not(Contains(StartsWith("Application Session Ended Normally"))));
+}
+
 TEST_F(AppDelegateTest, HasEverythingWrittenWhenTheSessionIsAboutToEnd) {
     launch();
     settings.clear();
