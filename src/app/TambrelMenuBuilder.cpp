@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QToolButton>
 
 #include <utility>
 
@@ -105,6 +106,8 @@ QMenu* TambrelMenuBuilder::helpMenuItem(const MenuTargets& targets) {
 }
 
 void TambrelMenuBuilder::install(QMenuBar& bar, const MenuTargets& targets) {
+    if (auto* toTheRest = bar.findChild<QToolButton*>("qt_menubar_ext_button"))
+        toTheRest->setArrowType(Qt::RightArrow); // Shown where the letters are too large for all menus.
     const auto take = [&bar](QMenu* menu) {
         menu->setParent(&bar, menu->windowFlags());
         bar.addMenu(menu);
