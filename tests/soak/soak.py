@@ -45,7 +45,7 @@ class Soak:
         self.pulse = Pulse(name)
         self.pulse.start()
         self.songs = Songs(self.machine.folder / "songs", self.options.songs,
-                           self.options.program.with_name("tambrel-midi"))
+                           self.options.program.with_name("tambrel-midi"), self.options.slow)
         self.listen()
         self.program = Program(self.machine, self.display, self.pulse, self.options.program)
         self.patience.watch = self.checks.watch

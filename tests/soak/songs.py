@@ -44,7 +44,7 @@ def large(notes):
 
 
 class Songs:
-    def __init__(self, folder, given, converter):
+    def __init__(self, folder, given, converter, slow):
         self.folder = folder
         folder.mkdir()
         self.links = 0
@@ -52,7 +52,7 @@ class Songs:
         self.steady = self.write("steady.mid", steady(120))
         self.hanging = self.write("hanging.mid", hanging(3))
         self.middle = self.write("middle.mid", large(100_000))
-        self.huge = large(3_000_000)
+        self.huge = large(int(3_000_000 / slow))
         self.broken = [
             self.write("empty.mid", b""),
             self.write("cut.mid", steady(10)[:200]),
