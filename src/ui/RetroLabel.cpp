@@ -26,9 +26,12 @@ RetroLabel::Line RetroLabel::line() const {
     const int smallest = overflow_ == RetroLabelOverflow::shrinkThenTruncate ? RetroTheme::mono().pixelSize()
                                                                              : font().pixelSize();
     QFont fitting = font();
-    while (fitting.pixelSize() > smallest && QFontMetricsF(fitting).horizontalAdvance(text()) > width())
+    while (QFontMetricsF(fitting).horizontalAdvance(text()) > width()) {
+        if (fitting.pixelSize() <= smallest)
+            return {fitting, QFontMetricsF(fitting).elidedText(text(), Qt::ElideRight, width())};
         fitting.setPixelSize(fitting.pixelSize() - 1);
-    return {fitting, QFontMetricsF(fitting).elidedText(text(), Qt::ElideRight, width())};
+    }
+    return {fitting, text()};
 }
 
 QSize RetroLabel::minimumSizeHint() const {
