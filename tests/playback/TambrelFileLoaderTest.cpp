@@ -134,33 +134,6 @@ TEST(TambrelFileLoader, saysWhyDataCannotBePlayed) {
     }
 }
 
-TEST(TambrelLoadError, hasTextsForTheUserAndForTheLog) {
-    struct Row {
-        TambrelLoadError error;
-        const char* userMessage;
-        const char* statusTitle;
-        const char* diagnosticDescription;
-    };
-    const Row rows[] = {
-        {TambrelLoadError::unreadableFile("a.mid", "why"), "Could not read the selected file.",
-         "Unreadable File", "Could not read a.mid: why"},
-        {TambrelLoadError::invalidMIDI2Clip("why"), "The MIDI 2.0 clip is not playable.", "Invalid MIDI 2.0",
-         "Invalid MIDI 2.0 clip: why"},
-        {TambrelLoadError::malformedMIDIData("why"), "The file is not valid MIDI data.", "Invalid MIDI File",
-         "Malformed MIDI data: why"},
-        {TambrelLoadError::unsupportedMIDIFormat(65535), "MIDI format 65535 is not supported.",
-         "Unsupported Format", "Unsupported Standard MIDI File format 65535; expected format 0 or 1."},
-        {TambrelLoadError::playbackPreparationFailed("why"), "Could not prepare MIDI playback.",
-         "Playback Error", "Could not prepare MIDI playback: why"},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(row.error.userMessage(), row.userMessage);
-        EXPECT_EQ(row.error.statusTitle(), row.statusTitle);
-        EXPECT_EQ(row.error.diagnosticDescription(), row.diagnosticDescription);
-        EXPECT_STREQ(row.error.what(), row.diagnosticDescription);
-    }
-}
-
 TEST(TambrelLoadError, takesTheReasonFromForeignErrors) {
     const std::error_code denied(EACCES, std::generic_category());
     EXPECT_EQ(TambrelLoadError::diagnosticReason(std::system_error(denied, "open")), "Permission denied");
