@@ -170,25 +170,6 @@ protected:
     std::filesystem::path folder;
 };
 
-TEST_F(TambrelFileLoaderOnDisk, readsAFileWhateverItsName) {
-    struct Row {
-        std::string name;
-        std::string shown;
-    };
-    for (const Row& row : {Row{"plain.mid", "plain.mid"}, Row{"née \U0001F600.mid", "née \U0001F600.mid"},
-                           Row{"n\xE9"
-                               "e.mid",
-                               "n\uFFFDe.mid"},
-                           Row{"line\nbreak.mid", "line\nbreak.mid"}}) {
-        const auto path = write(row.name, songBytes());
-        const TambrelLoadedFile file = TambrelFileLoader::load(path);
-        EXPECT_EQ(file.url, path);
-        EXPECT_EQ(file.fileName, row.shown);
-        const ByteView content = file.playbackData;
-        EXPECT_EQ(Bytes(content.begin(), content.end()), songBytes());
-    }
-}
-
 TEST_F(TambrelFileLoaderOnDisk, readsFilesOfSeveralChunks) {
     Bytes bytes(9'000'001);
     for (std::size_t i = 0; i < bytes.size(); ++i)
