@@ -83,32 +83,6 @@ protected:
     const MIDIData song{smfBytes(0, 480, {TrackBuilder().noteOn(0, 9, 36, 64).noteOff(480, 9, 36)})};
 };
 
-TEST_F(TambrelTransportCoordinatorTest, ShowsEachModeOnTheButtonsAndTheActivityView) {
-    EXPECT_THAT(recorded.taken(),
-                ElementsAre("Connecting MIDI player callbacks to the interface" + here + "wirePlayer"));
-    loadSong();
-    const struct {
-        const char* name;
-        void (TambrelTransportCoordinator::*command)();
-        std::string mode;
-        const char* title;
-        bool isPlaying;
-    } rows[] = {
-        {"play", &TambrelTransportCoordinator::playPause, "playing", "Pause", true},
-        {"pause", &TambrelTransportCoordinator::playPause, "paused", "Resume", false},
-        {"resume", &TambrelTransportCoordinator::playPause, "playing", "Pause", true},
-        {"stop", &TambrelTransportCoordinator::stop, "idle", "Play", false},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        ((*coordinator).*row.command)();
-        EXPECT_THAT(lines(), Contains(modeLine(row.mode)).Times(1));
-        EXPECT_EQ(playPause.text(), row.title);
-        EXPECT_EQ(activity.isAnimating(), row.isPlaying);
-        EXPECT_EQ(loudness.isEnabled(), !row.isPlaying);
-    }
-}
-
 TEST_F(TambrelTransportCoordinatorTest, LogsEveryCommandBeforeItIsCarriedOut) {
     coordinator->playPause();
     EXPECT_THAT(recorded.taken(),
