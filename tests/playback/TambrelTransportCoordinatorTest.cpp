@@ -208,15 +208,5 @@ TEST_F(TambrelTransportCoordinatorTest, PlaysTheOldVariantWhenTheLoudOneCannotBe
     EXPECT_EQ(beeps, 1);
 }
 
-TEST_F(TambrelTransportCoordinatorTest, FlipsLoudnessWithoutASong) {
-    coordinator->toggleLoudness();
-    EXPECT_EQ(loudness.text(), "Loudness On");
-    EXPECT_EQ(status.text(), "Loudness On");
-    EXPECT_TRUE(state.loudnessEnabled());
-    state.reset();
-    coordinator->updateLoudnessButton();
-    EXPECT_EQ(loudness.text(), "Loudness");
-}
-
 } // namespace
 } // namespace tambrel
