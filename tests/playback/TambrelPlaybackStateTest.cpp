@@ -66,16 +66,6 @@ TEST_F(TambrelPlaybackStateTest, makesTheLoudnessVariantOnceForEachSong) {
     EXPECT_EQ(state.selectedSnapshot("caller")->data.size(), silence.size()) << "not the song before";
 }
 
-TEST_F(TambrelPlaybackStateTest, remembersWhatThePlayerHolds) {
-    state.markPlaybackLoaded({song, true});
-    EXPECT_TRUE(state.loadedPlaybackIsLoud());
-    state.markPlaybackLoaded({song, false});
-    EXPECT_FALSE(state.loadedPlaybackIsLoud());
-    EXPECT_THAT(linesSince(),
-                ElementsAre("Playback snapshot is now loud | TambrelPlaybackState.markPlaybackLoaded",
-                            "Playback snapshot is now original | TambrelPlaybackState.markPlaybackLoaded"));
-}
-
 TEST_F(TambrelPlaybackStateTest, keepsWhatTheLoaderBuiltAsItIs) {
     const std::string name = " | TambrelPlaybackState.cacheGeneratedMIDI2ClipCompanion";
     state.cacheGeneratedMIDI2ClipCompanion(song, {28, 5, 1}, false, "caller");

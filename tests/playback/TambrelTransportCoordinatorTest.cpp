@@ -173,6 +173,9 @@ TEST_F(TambrelTransportCoordinatorTest, SwapsTheSongForItsLoudVariantWhenPlaybac
     coordinator->playPause();
     EXPECT_TRUE(script.songs.back().sharesBytesWith(song));
     EXPECT_EQ(status.text(), "Loaded");
+    EXPECT_THAT(lines(),
+                Contains("Playback snapshot is now original | TambrelPlaybackState.markPlaybackLoaded"));
+    EXPECT_FALSE(state.loadedPlaybackIsLoud());
 }
 
 TEST_F(TambrelTransportCoordinatorTest, ReloadsNothingWhenLoudnessIsBackWhereItWas) {
