@@ -2,36 +2,32 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace tambrel {
 namespace {
 
-TEST(TambrelLoadCoordinator, outdatesAndStopsTheLoadBefore) {
-    TambrelLoadCoordinator coordinator;
-    std::stop_source first;
-    const std::int64_t firstGeneration = coordinator.begin();
-    coordinator.setTask(first);
-    EXPECT_EQ(coordinator.generation(), firstGeneration);
-    EXPECT_FALSE(first.stop_requested());
+TEST(TambrelLoadCoordinator, stopsALoadThatIsOutdatedCancelledOrLeft) {
+    std::optional<TambrelLoadCoordinator> coordinator(std::in_place);
+    std::stop_source outdated, cancelled, left;
+    const std::int64_t first = coordinator->begin();
+    coordinator->setTask(outdated);
+    EXPECT_EQ(coordinator->generation(), first);
+    EXPECT_FALSE(outdated.stop_requested());
 
-    std::stop_source second;
-    const std::int64_t secondGeneration = coordinator.begin();
-    EXPECT_TRUE(first.stop_requested());
-    EXPECT_GT(secondGeneration, firstGeneration);
-    coordinator.setTask(second);
+    const std::int64_t second = coordinator->begin();
+    EXPECT_TRUE(outdated.stop_requested());
+    EXPECT_GT(second, first);
 
-    coordinator.cancel();
-    EXPECT_TRUE(second.stop_requested());
-    EXPECT_GT(coordinator.generation(), secondGeneration);
-}
+    coordinator->setTask(cancelled);
+    coordinator->cancel();
+    EXPECT_TRUE(cancelled.stop_requested());
+    EXPECT_GT(coordinator->generation(), second);
 
-TEST(TambrelLoadCoordinator, stopsTheLoadInFlightWhenItGoes) {
-    std::stop_source task;
-    {
-        TambrelLoadCoordinator coordinator;
-        static_cast<void>(coordinator.begin());
-        coordinator.setTask(task);
-    }
-    EXPECT_TRUE(task.stop_requested());
+    static_cast<void>(coordinator->begin());
+    coordinator->setTask(left);
+    coordinator.reset();
+    EXPECT_TRUE(left.stop_requested());
 }
 
 } // namespace
