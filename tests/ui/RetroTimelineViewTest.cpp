@@ -17,49 +17,13 @@ constexpr auto entry = "User Action: Moved timeline seek handle | RetroTimelineV
 constexpr QSize size(456, 36); // The track reaches from 12 to 444.
 
 TEST(RetroTimelineGeometry, PutsTrackHandleAndTicksInTheMiddle) {
-    struct Row {
-        const char* name;
-        QSizeF size;
-        double fraction;
-        QRectF track, played, handle;
-        QLineF middleTick, lastTick;
-    };
-    const Row rows[] = {
-        {"the start",
-         {456, 36},
-         0,
-         {12, 15, 432, 6},
-         {12, 15, 0, 6},
-         {7, 6, 10, 24},
-         {228, 25, 228, 35},
-         {444, 25, 444, 35}},
-        {"a quarter",
-         {456, 36},
-         0.25,
-         {12, 15, 432, 6},
-         {12, 15, 108, 6},
-         {115, 6, 10, 24},
-         {228, 25, 228, 35},
-         {444, 25, 444, 35}},
-        {"the end, of an odd size",
-         {125, 41},
-         1,
-         {12, 17.5, 101, 6},
-         {12, 17.5, 101, 6},
-         {108, 8.5, 10, 24},
-         {62.5, 27.5, 62.5, 37.5},
-         {113, 27.5, 113, 37.5}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto geometry = RetroTimelineGeometry::of(row.size, row.fraction);
-        EXPECT_EQ(geometry.track, row.track);
-        EXPECT_EQ(geometry.played, row.played);
-        EXPECT_EQ(geometry.handle, row.handle);
-        EXPECT_EQ(geometry.ticks.front().x1(), 12);
-        EXPECT_EQ(geometry.ticks[4], row.middleTick);
-        EXPECT_EQ(geometry.ticks.back(), row.lastTick);
-    }
+    const auto geometry = RetroTimelineGeometry::of({125, 41}, 1);
+    EXPECT_EQ(geometry.track, QRectF(12, 17.5, 101, 6));
+    EXPECT_EQ(geometry.played, geometry.track);
+    EXPECT_EQ(geometry.handle, QRectF(108, 8.5, 10, 24));
+    EXPECT_EQ(geometry.ticks.front().x1(), 12);
+    EXPECT_EQ(geometry.ticks[4], QLineF(62.5, 27.5, 62.5, 37.5));
+    EXPECT_EQ(geometry.ticks.back(), QLineF(113, 27.5, 113, 37.5));
 }
 
 TEST(RetroTimelineGeometry, MeansATimeByEveryPlace) {
