@@ -56,29 +56,6 @@ TEST(RetroButton, MovesOntoItsShadowWhenPressedAndFadesWhenDisabled) {
     EXPECT_EQ(picture(button), disabled);
 }
 
-TEST(RetroButton, ActsOncePerClickSpaceOrAccessiblePress) {
-    int actions = 0;
-    RetroButton button("Play", [&] { ++actions; });
-    ShownView shown(button, {100, 34});
-    const QImage resting = picture(button);
-    QTest::mousePress(&button, Qt::LeftButton);
-    EXPECT_NE(picture(button), resting);
-    QTest::mouseRelease(&button, Qt::LeftButton);
-    EXPECT_EQ(picture(button), resting);
-    EXPECT_EQ(actions, 1);
-    QTest::keyClick(&button, Qt::Key_Space);
-    EXPECT_EQ(actions, 2);
-    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&button);
-    EXPECT_EQ(accessible->role(), QAccessible::Button);
-    EXPECT_EQ(accessible->text(QAccessible::Name), "Play");
-    accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return actions == 3; }));
-
-    button.setEnabled(false);
-    QTest::mouseClick(&button, Qt::LeftButton);
-    EXPECT_EQ(actions, 3);
-}
-
 TEST(RetroButton, MarksTheFocusOnlyOnceTheUserSteersByKeyboard) {
     QWidget window;
     RetroButton first("Play", {}, &window), second("Stop", {}, &window);
