@@ -30,8 +30,8 @@ protected:
         const auto& file = songs[below(static_cast<std::uint32_t>(songs.size()))];
         if (below(2) == 0)
             driven.controller->load(file);
-        else if (!driven.drop(QUrl::fromLocalFile(file.c_str())))
-            return;
+        else
+            EXPECT_TRUE(driven.drop(QUrl::fromLocalFile(file.c_str())));
         loadsWanted = driven.finished.size() + 1;
         const bool waits = below(2) == 0;
         EXPECT_TRUE(!waits || driven.waitForLoads(*loadsWanted));
