@@ -52,6 +52,7 @@ TEST(MIDITrackBarsGeometry, ShowsTheRowsThatFit) {
         EXPECT_EQ(geometry.rows.front().phrases.empty(), row.laneCount == 0);
     }
     EXPECT_THAT(bottoms(MIDITrackBarsGeometry::of({300, 50}, {}, 9)), ElementsAre(36, 28, 20, 12, 4));
+    EXPECT_EQ(MIDITrackBarsGeometry::of({20, 20}, {}, 1).barArea.width(), 1) << "never narrower";
 }
 
 TEST(MIDITrackBarsGeometry, PlacesPhrasesWithinTheSong) {
@@ -93,18 +94,6 @@ TEST(MIDITrackBarsGeometry, PaintsNoMorePhrasesThanCanBeToldApart) {
         EXPECT_GE(phrases[i - 1].right(), phrases[i].left()) << "no gap";
 }
 
-TEST(MIDITrackBarsGeometry, PutsBorderGridLabelsAndPlayhead) {
-    const auto geometry = MIDITrackBarsGeometry::of(size, {}, 1);
-    EXPECT_EQ(geometry.border, QRectF(2, 2, 452, 134));
-    EXPECT_EQ(geometry.barArea, QRectF(28, 2, 420, 134));
-    EXPECT_THAT(geometry.gridLines(), ElementsAre(70, 112, 154, 196, 238, 280, 322, 364, 406));
-    EXPECT_EQ(geometry.rows[0].strip, QRectF(28, 124, 420, 4));
-    EXPECT_EQ(geometry.rows[0].labelOrigin, QPointF(5, 125));
-    EXPECT_EQ(geometry.playhead(0.5).line, QRectF(237.25, 2, 1.5, 134));
-    EXPECT_EQ(geometry.playhead(0.5).dot, QRectF(234.5, 128, 7, 7));
-    EXPECT_EQ(MIDITrackBarsGeometry::of({20, 20}, {}, 1).barArea.width(), 1) << "never narrower";
-}
-
 class MIDITrackBarsViewTest : public ::testing::Test {
 protected:
     MIDITrackBarsView view;
@@ -133,9 +122,10 @@ TEST_F(MIDITrackBarsViewTest, ShowsEmptyTracksAsFaintStrips) {
     EXPECT_TRUE(looksLike(strips.pixel(70, 70), RetroTheme::ink(0.16), RetroTheme::paper())) << "the grid";
     EXPECT_GT(colors(strips.copy(4, 5, 20, 10)).size(), 1u) << "the label";
     EXPECT_TRUE(looksLike(strips.pixel(447, 70), RetroTheme::ink())) << "the playhead at the right end";
-    EXPECT_TRUE(looksLike(strips.pixel(445, 6), RetroTheme::ink())) << "its dot";
+    for (const int x : {445, 450})
+        EXPECT_TRUE(looksLike(strips.pixel(x, 6), RetroTheme::ink())) << "its dot at " << x;
     view.setProgress(-0.5);
-    EXPECT_TRUE(looksLike(picture(view).pixel(28, 70), RetroTheme::ink())) << "and at the left end";
+    EXPECT_TRUE(looksLike(picture(view).pixel(28, 40), RetroTheme::ink())) << "and at the left end";
 }
 
 TEST_F(MIDITrackBarsViewTest, AlternatesTheStrengthOfItsRows) {
