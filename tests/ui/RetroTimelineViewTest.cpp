@@ -128,9 +128,6 @@ TEST_F(RetroTimelineViewTest, SeeksOnceAPressAndOnceADrag) {
 
     QTest::mouseClick(&view, Qt::RightButton, {}, {228, 18});
     EXPECT_THAT(takenSeeks(), IsEmpty());
-    view.onSeek = nullptr;
-    QTest::mouseClick(&view, Qt::LeftButton, {}, {228, 18});
-    EXPECT_THAT(recorded.settled(), ElementsAre(entry));
 }
 
 TEST_F(RetroTimelineViewTest, SeeksByKeyboard) {
@@ -180,8 +177,6 @@ TEST_F(RetroTimelineViewTest, IsASliderToAssistiveSoftware) {
     view.setPosition(60);
     QAccessibleInterface* seen = QAccessible::queryAccessibleInterface(&view);
     ASSERT_TRUE(seen && seen->valueInterface());
-    EXPECT_EQ(seen->role(), QAccessible::Slider);
-    EXPECT_EQ(seen->text(QAccessible::Name), "Timeline");
     EXPECT_EQ(seen->text(QAccessible::Value), "60 of 240 seconds");
     EXPECT_TRUE(seen->state().focusable);
     EXPECT_EQ(seen->valueInterface()->currentValue(), QVariant(60.0));
