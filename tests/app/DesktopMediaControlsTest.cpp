@@ -132,6 +132,7 @@ TEST_F(DesktopMediaControlsTest, TellsTheDesktopWhatTheWindowDoes) {
              driven.click("playPauseButton");
          },
          {playing}},
+        {"it is paused", click("playPauseButton"), {"{'PlaybackStatus': <'Paused'>}"}},
         {"it is cleared", click("clearButton"), {"'Metadata': <@a{sv} {}>, 'PlaybackStatus': <'Stopped'>"}},
     };
     for (const auto& row : rows) {

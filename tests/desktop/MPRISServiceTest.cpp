@@ -14,7 +14,6 @@ using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Matcher;
-using ::testing::SizeIs;
 using enum MediaPlayerStatus;
 
 const QString name = "org.mpris.MediaPlayer2.tambrel";
@@ -212,21 +211,6 @@ TEST_F(MPRISServiceTest, AnnouncesWhatHasChangedOnceItIsOver) {
             expected.insert(expected.begin(), HasSubstr(propertiesChanged + row.changed));
         EXPECT_THAT(lines, ElementsAreArray(expected));
     }
-}
-
-TEST_F(MPRISServiceTest, SaysWhereASongThatWasStoppedBegins) {
-    BusMonitor monitor(bus, name);
-    service.setState({stopped, song(1)});
-    EXPECT_THAT(monitor.until("CanPlay"), SizeIs(1));
-    service.setState({playing, song(1)});
-    EXPECT_THAT(monitor.until("Seeked"), ElementsAre(HasSubstr("Playing"), HasSubstr("(int64 4000000,)")));
-    position = 0s;
-    service.setState({stopped, song(1)});
-    EXPECT_THAT(monitor.until("Stopped"), SizeIs(1));
-    service.setState({playing, song(1)});
-    EXPECT_THAT(monitor.until("Playing"), SizeIs(1));
-    service.setState({paused, song(1)});
-    EXPECT_THAT(monitor.until("Paused"), SizeIs(1)) << "a beginning that everybody expects";
 }
 
 TEST_F(MPRISServiceTest, TakesANameOfItsOwnBesideAnotherPlayer) {
