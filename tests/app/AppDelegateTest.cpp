@@ -204,13 +204,6 @@ TEST_F(AppDelegateTest, PlaysOnlyWhatItWasAskedToPlay) {
              delegate.applicationOpen({address});
          },
          PlaybackMode::idle},
-        {"opened only, after one that was to be played and was cleared while loading",
-         [&] {
-             delegate.applicationOpen({address}, AfterLoad::play);
-             view->clearLoadedMIDI();
-             delegate.applicationOpen({address});
-         },
-         PlaybackMode::idle},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

@@ -158,14 +158,6 @@ TEST_F(DesktopMediaControlsTest, OpensAndPlaysAFileWhateverItsName) {
     EXPECT_EQ(mode(), PlaybackMode::idle);
 }
 
-TEST_F(DesktopMediaControlsTest, PlaysOnlyWhatItWasAskedToOpen) {
-    openAddress(fileURI(song).toLatin1());
-    driven.controller->load(files.write("b.mid", smallSong()));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return driven.label("fileLabel") == "b.mid"; }, 30'000));
-    EXPECT_EQ(mode(), PlaybackMode::idle);
-    EXPECT_EQ(title(), "b");
-}
-
 TEST_F(DesktopMediaControlsTest, OpensOnlySongsOfThisComputer) {
     const QByteArray path = song.parent_path().c_str();
     EXPECT_EQ(loadAddress("file://localhost" + path + "/a%20song.mid"), "");

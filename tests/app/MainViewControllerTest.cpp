@@ -264,6 +264,10 @@ TEST_F(MainViewControllerTest, PlaysASongThatWasOpenedToPlayUnlessTheUserEndsTha
         ASSERT_TRUE(driven->waitForLoads(loads + 1));
         EXPECT_EQ(driven->controller->player().mode(), row.mode);
     }
+    driven->controller->load(a, AfterLoad::play);
+    driven->click("clearButton");
+    ASSERT_TRUE(driven->load(b));
+    EXPECT_EQ(driven->controller->player().mode(), PlaybackMode::idle);
 }
 
 TEST_F(MainViewControllerTest, SaysWhyASongCannotBePlayedAfterAll) {
