@@ -328,19 +328,5 @@ TEST_F(BugReportsTest, KeepOneWindowWithEverythingSinceItWasFirstShown) {
                                          "] between | A.b\n" + opened));
 }
 
-TEST_F(BugReportsTest, StayOutOfProgramsWithoutDiagnostics) {
-    info.diagnosticsSwitch = false;
-    allowFile();
-    start().showDebugWindow();
-    log.emailDebugWindowText("text");
-    log.revealBetaLogFile();
-    bool settled = false;
-    log.inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
-    waitUntil([&] { return settled; });
-    EXPECT_EQ(timesShown + beeps, 0);
-    EXPECT_EQ(order, "");
-    EXPECT_FALSE(QFile::exists(folder));
-}
-
 } // namespace
 } // namespace tambrel

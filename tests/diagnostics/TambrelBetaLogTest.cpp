@@ -214,6 +214,9 @@ TEST_F(TambrelBetaLogTest, DoesNothingAtAllWhileDiagnosticsAreOff) {
         log->function("A.b", useless);
         log->userAction(useless, "A.b");
         log->error(std::runtime_error("ignored"), "A.b");
+        log->showDebugWindow();
+        log->emailDebugWindowText("text");
+        log->revealBetaLogFile();
         log->finishSession();
         log->close();
     }
