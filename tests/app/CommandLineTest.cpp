@@ -13,25 +13,13 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// The arguments as main gets them.
-class Arguments {
-public:
-    explicit Arguments(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {
-        arguments_.insert(arguments_.begin(), "tambrel");
-        for (std::string& argument : arguments_)
-            pointers_.push_back(argument.data());
-    }
-    [[nodiscard]] int count() const { return static_cast<int>(pointers_.size()); }
-    [[nodiscard]] char** values() { return pointers_.data(); }
-
-private:
-    std::vector<std::string> arguments_;
-    std::vector<char*> pointers_;
-};
-
+/// With the arguments as main gets them.
 std::optional<CommandLine> read(std::vector<std::string> arguments, int& status) {
-    Arguments all(std::move(arguments));
-    return readCommandLine(all.count(), all.values(), status);
+    arguments.insert(arguments.begin(), "tambrel");
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    return readCommandLine(static_cast<int>(pointers.size()), pointers.data(), status);
 }
 
 TEST(CommandLine, ReadsWhatToOpenAndHow) {
