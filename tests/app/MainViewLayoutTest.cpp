@@ -9,8 +9,6 @@
 namespace tambrel {
 namespace {
 
-using testing::smfBytes;
-using testing::TrackBuilder;
 namespace Layout = MainViewLayout;
 
 struct Place {
@@ -80,7 +78,6 @@ TEST(MainViewLayout, HasRoomForSixteenLanes) {
 class MainWindowLayoutTest : public ::testing::Test {
 protected:
     PlayerScript script;
-    TestFiles files;
     DrivenWindow driven{script.factory()};
 };
 
@@ -120,25 +117,6 @@ TEST_F(MainWindowLayoutTest, ShowsTheLongestTextsWhole) {
         for (const char* title : {"Play", "Pause", "Resume", "Loudness On"})
             EXPECT_LT(QFontMetricsF(button->font()).horizontalAdvance(title), button->width() - 3) << title;
     }
-}
-
-TEST_F(MainWindowLayoutTest, MovesNothingWhenAFileComesAndGoes) {
-    const auto geometry = [&] {
-        std::map<std::string, QRect> all{{"window", QRect({}, driven.window->size())}};
-        for (auto* child : driven.controller->findChildren<QWidget*>())
-            all[child->objectName().toStdString()] = child->geometry();
-        return all;
-    };
-    const auto before = geometry();
-    EXPECT_EQ(driven.controller->size(), QSize(Layout::contentSize, Layout::contentSize));
-    ASSERT_TRUE(driven.load(files.write(std::string(200, 'W') + ".mid", smallSong())));
-    EXPECT_EQ(geometry(), before);
-    driven.click("playPauseButton");
-    EXPECT_EQ(geometry(), before);
-    driven.click("clearButton");
-    EXPECT_EQ(geometry(), before);
-    ASSERT_TRUE(driven.load(files.path("none.mid")));
-    EXPECT_EQ(geometry(), before);
 }
 
 } // namespace
