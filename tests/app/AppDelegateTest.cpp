@@ -125,14 +125,9 @@ TEST_F(AppDelegateTest, QueuesFilesUntilTheWindowIsThereAndOpensTheFirst) {
     EXPECT_EQ(beeps, 0);
 }
 
-TEST_F(AppDelegateTest, SaysNothingOfAnEmptyQueue) {
-    launch();
-    EXPECT_THAT(lines(), Not(Contains(openingQueued)));
-}
-
 TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
     launch();
-    static_cast<void>(lines());
+    EXPECT_THAT(lines(), Not(Contains(openingQueued)));
     const auto one = files.write("one.MID", smallSong());
     const auto openEvent = [](const std::filesystem::path& file) {
         QFileOpenEvent event(QString::fromStdString(file.string()));
@@ -373,9 +368,6 @@ TEST_P(MenuTest, HidesAndShowsTheWindow) {
         EXPECT_FALSE(delegate.window()->isMinimized());
         activate();
     }
-    delegate.window()->showMinimized();
-    delegate.raiseWindow();
-    EXPECT_FALSE(delegate.window()->isMinimized());
 }
 
 class AboutPanelTest : public AppDelegateTest {
