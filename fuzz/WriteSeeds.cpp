@@ -1,4 +1,3 @@
-#include "ClipBuilder.h"
 #include "RandomSongs.h"
 
 #include <filesystem>

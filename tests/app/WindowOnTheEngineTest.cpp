@@ -1,4 +1,3 @@
-#include "ClipBuilder.h"
 #include "DrivenWindow.h"
 #include "GeneralMIDIEngine.h"
 #include "TimeText.h"

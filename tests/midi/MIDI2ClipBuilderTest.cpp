@@ -1,7 +1,6 @@
 #include "MIDI2ClipBuilder.h"
-#include "ClipBuilder.h"
-#include "MIDI2Clip.h"
 #include "RandomSongs.h"
+#include "SMFByteCodec.h"
 #include "SMFTrackEventWalker.h"
 
 #include <gmock/gmock.h>

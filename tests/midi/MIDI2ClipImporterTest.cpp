@@ -1,5 +1,4 @@
 #include "MIDI2ClipImporter.h"
-#include "ClipBuilder.h"
 #include "MIDIFileInfo.h"
 #include "MIDIStatus.h"
 #include "SMFBuilder.h"

@@ -1,7 +1,5 @@
 #include "TambrelFileLoader.h"
-#include "MIDI2Clip.h"
 #include "SMFBuilder.h"
-#include "SMFByteCodec.h"
 #include "WholeFile.h"
 
 #include <gmock/gmock.h>
@@ -26,10 +24,8 @@ Bytes songBytes() {
     return smfBytes(0, 480, {TrackBuilder().key(0, 2, false).noteOn(0, 0, 60, 100).noteOff(480, 0, 60)});
 }
 
-Bytes clipBytes() {
-    Bytes clip(MIDI2Clip::signature.begin(), MIDI2Clip::signature.end());
-    SMFByteCodec::appendU32(0x20903C64, clip);
-    return clip;
+Bytes noteClip() {
+    return testing::clipBytes({0x20903C64});
 }
 
 TambrelLoadedFile loaded(const Bytes& bytes, const std::filesystem::path& name) {
@@ -58,7 +54,7 @@ TEST(TambrelFileLoader, keepsOnlyTheSummaryOfACompanionThatSaysNothing) {
 TEST(TambrelFileLoader, turnsAClipIntoASongWhateverItsName) {
     for (const char* name : {"a.mid", "a.MIDI2", "a.smf2", "a.clip", "a"}) {
         SCOPED_TRACE(name);
-        const MIDIData clip(clipBytes());
+        const MIDIData clip(noteClip());
         const TambrelLoadedFile file = TambrelFileLoader::loadBytes(clip, name);
         EXPECT_EQ(file.loadedStatus, "Loaded MIDI 2.0");
         EXPECT_EQ(file.info.format, 1);
@@ -120,7 +116,7 @@ TEST(TambrelFileLoader, saysWhyDataCannotBePlayed) {
         {"a song called a clip, in capitals", song, "a.Smf2", Case::invalidMIDI2Clip, noSignature},
         {"a clip cut off",
          [] {
-             Bytes clip = clipBytes();
+             Bytes clip = noteClip();
              clip.pop_back();
              return clip;
          }(),

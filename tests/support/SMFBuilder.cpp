@@ -1,5 +1,6 @@
 #include "SMFBuilder.h"
 
+#include "MIDI2Clip.h"
 #include "MIDIStatus.h"
 #include "SMFByteCodec.h"
 
@@ -109,6 +110,13 @@ Bytes smfBytes(int format, int division, const std::vector<TrackBuilder>& tracks
     for (const TrackBuilder& track : tracks)
         append(file, trackChunk(track.bytes()));
     return file;
+}
+
+Bytes clipBytes(const std::vector<std::uint32_t>& words) {
+    Bytes clip(MIDI2Clip::signature.begin(), MIDI2Clip::signature.end());
+    for (const std::uint32_t word : words)
+        SMFByteCodec::appendU32(word, clip);
+    return clip;
 }
 
 int timeCodeDivision(int framesPerSecond, int ticksPerFrame) {

@@ -45,6 +45,9 @@ private:
 /// One "MTrk" chunk around the given event bytes.
 [[nodiscard]] Bytes trackChunk(const Bytes& events);
 
+/// The bytes of a whole MIDI 2.0 clip: the signature, then the words.
+[[nodiscard]] Bytes clipBytes(const std::vector<std::uint32_t>& words);
+
 /// Division word of a time-code file: `framesPerSecond` is 24, 25, 29 or 30.
 [[nodiscard]] int timeCodeDivision(int framesPerSecond, int ticksPerFrame);
 
