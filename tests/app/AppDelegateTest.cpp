@@ -8,6 +8,7 @@
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QSettings>
+#include <QTemporaryDir>
 
 namespace tambrel {
 namespace {

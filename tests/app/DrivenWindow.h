@@ -12,42 +12,20 @@
 #include "RetroTimelineView.h"
 #include "SMFBuilder.h"
 #include "SevenSegmentCounterView.h"
+#include "TestFiles.h"
 
 #include <gmock/gmock.h>
 
 #include <QDropEvent>
 #include <QMimeData>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
 
-#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 
 namespace tambrel {
-
-/// A folder of files that goes with the test.
-class TestFiles {
-public:
-    TestFiles() = default;
-    TestFiles(const TestFiles&) = delete;
-    TestFiles& operator=(const TestFiles&) = delete;
-    ~TestFiles() { std::filesystem::remove_all(path("")); } // Names that are no UTF-8 included.
-
-    [[nodiscard]] std::filesystem::path path(const std::string& name) const {
-        return std::filesystem::path(folder_.path().toStdString()) / name;
-    }
-    std::filesystem::path write(const std::string& name, const Bytes& bytes) const {
-        std::ofstream out(path(name), std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return path(name);
-    }
-
-private:
-    QTemporaryDir folder_;
-};
 
 /// The real main window over players from any factory, driven through its controls like a user does.
 class DrivenWindow {
