@@ -6,6 +6,7 @@
 #include "StandInPortal.h"
 
 #include <QProcess>
+#include <QTemporaryDir>
 
 namespace tambrel {
 namespace {

@@ -1,5 +1,6 @@
 #include "MIDIFileInfo.h"
 #include "SMFBuilder.h"
+#include "TestFiles.h"
 #include "Timeline.h"
 
 #include <gmock/gmock.h>
@@ -7,10 +8,9 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <csignal>
@@ -35,22 +35,16 @@ struct Outcome {
 class TambrelMIDITest : public ::testing::Test {
 protected:
     TambrelMIDITest() {
-        write("song.mid", song);
-        write("plain.mid", smfBytes(0, 96, {TrackBuilder().endOfTrack(96)}));
-        write("long.mid", smfBytes(1, 96, {TrackBuilder().noteOn(0, 0, 60).endOfTrack(1'000'000)}));
-        write("bank.sf2", {'n', 'o', 'n', 'e'});
-        QDir(folder.path()).mkdir("directory");
-        process.setWorkingDirectory(folder.path());
-    }
-
-    void write(const QString& name, const Bytes& bytes) const {
-        QFile file(folder.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+        folder.write("song.mid", song);
+        folder.write("plain.mid", smfBytes(0, 96, {TrackBuilder().endOfTrack(96)}));
+        folder.write("long.mid", smfBytes(1, 96, {TrackBuilder().noteOn(0, 0, 60).endOfTrack(1'000'000)}));
+        folder.write("bank.sf2", {'n', 'o', 'n', 'e'});
+        std::filesystem::create_directory(folder.path("directory"));
+        process.setWorkingDirectory(folder.path("").c_str());
     }
 
     [[nodiscard]] QStringList files() const {
-        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        return QDir(folder.path("")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
     [[nodiscard]] Outcome end() {
@@ -73,7 +67,7 @@ protected:
     char argument[6] = "tests";
     char* arguments[2] = {argument, nullptr};
     QCoreApplication application{argumentCount, arguments};
-    QTemporaryDir folder;
+    TestFiles folder;
     QProcess process;
 };
 
@@ -168,8 +162,7 @@ TEST_F(TambrelMIDITest, ShowsFactsAsJSONInRoundTripForm) {
 TEST_F(TambrelMIDITest, TakesFileNamesThatAreNoUTF8) {
     process.start("/bin/sh", {"-c",
                               "name=$(printf 'a\\377.mid'); cp song.mid \"$name\";"
-                              "\"$0\" info --json \"$name\" && \"$0\" render \"$name\" \"$name.wav\";"
-                              "status=$?; rm \"$name\" \"$name.wav\"; exit $status",
+                              "\"$0\" info --json \"$name\" && \"$0\" render \"$name\" \"$name.wav\"",
                               TAMBREL_MIDI_PROGRAM});
     const Outcome outcome = end();
     EXPECT_EQ(outcome.status, 0);
@@ -179,7 +172,7 @@ TEST_F(TambrelMIDITest, TakesFileNamesThatAreNoUTF8) {
 }
 
 TEST_F(TambrelMIDITest, AnInterruptedRenderingLeavesNoFile) {
-    write("old.wav", {1, 2, 3});
+    folder.write("old.wav", {1, 2, 3});
     const QStringList before = files();
     for (const int signal : {SIGINT, SIGTERM}) {
         for (const char* output : {"new.wav", "old.wav"}) {
@@ -188,7 +181,7 @@ TEST_F(TambrelMIDITest, AnInterruptedRenderingLeavesNoFile) {
             ASSERT_TRUE(process.waitForStarted());
             // The rendering has begun once it writes to a file of its own.
             const auto writes = [&] {
-                const auto infos = QDir(folder.path()).entryInfoList(QDir::Files | QDir::Hidden);
+                const auto infos = QDir(folder.path("")).entryInfoList(QDir::Files | QDir::Hidden);
                 return std::ranges::any_of(infos, [&](const QFileInfo& info) {
                     return !before.contains(info.fileName()) && info.size() > 0;
                 });
@@ -204,7 +197,7 @@ TEST_F(TambrelMIDITest, AnInterruptedRenderingLeavesNoFile) {
             EXPECT_EQ(files(), before);
         }
     }
-    EXPECT_EQ(QFileInfo(folder.filePath("old.wav")).size(), 3);
+    EXPECT_EQ(QFileInfo(folder.path("old.wav")).size(), 3);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "BugReportTexts.h"
 #include "CharacterCount.h"
 #include "TambrelBetaLog.h"
+#include "TestFiles.h"
 
 #include <gmock/gmock.h>
 
@@ -90,11 +91,6 @@ protected:
         file.write(text.data(), static_cast<qint64>(text.size()));
     }
 
-    [[nodiscard]] static std::string content(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "unreadable";
-    }
-
     /// What a mail program reads from the only link.
     [[nodiscard]] std::string linkedBody() const {
         return links.empty() ? "none"
@@ -178,7 +174,7 @@ TEST_F(BugReportsTest, MailTheWholeLogOrAttachWhatIsTooLongForAnEmail) {
         EXPECT_EQ(drafts[0].attachment.has_value(), row.isAttached);
         EXPECT_EQ(order, row.isAttached ? "clipboard email " : "email ");
         EXPECT_EQ(clipboard, row.isAttached ? full : "untouched");
-        EXPECT_EQ(content(attachment), row.isAttached ? full : "unreadable");
+        EXPECT_EQ(content(attachment.toStdString()), row.isAttached ? full : "");
         if (row.isAttached) {
             EXPECT_EQ(drafts[0].attachment, QUrl::fromLocalFile(attachment));
         }
@@ -242,7 +238,7 @@ TEST_F(BugReportsTest, ReplaceAnAttachmentOfTheSameSecond) {
         writeLog(text);
         log.emailCompleteBugReport();
         waitUntil([&] { return !drafts.empty(); });
-        EXPECT_EQ(content(attachment), body(text));
+        EXPECT_EQ(content(attachment.toStdString()), body(text));
     }
     EXPECT_THAT(QDir(folder).entryList({"Tambrel-beta-report-*"}),
                 ElementsAre(QFileInfo(attachment).fileName()));
@@ -305,7 +301,7 @@ TEST_F(BugReportsTest, RevealTheLogFileIfItIsThere) {
     log.revealBetaLogFile();
     waitUntil([&] { return !links.empty(); });
     EXPECT_THAT(links, ElementsAre(QUrl::fromLocalFile(folder + "/Tambrel-beta-log.txt")));
-    EXPECT_THAT(content(links[0].toLocalFile()),
+    EXPECT_THAT(content(links[0].toLocalFile().toStdString()),
                 EndsWith("] User Clicked Reveal Beta Log File | TambrelBetaLog.revealBetaLogFile\n"));
     EXPECT_EQ(beeps, 1);
 }

@@ -1,4 +1,5 @@
 #include "RecordingWindow.h"
+#include "TestFiles.h"
 
 #include <gmock/gmock.h>
 
@@ -114,8 +115,7 @@ protected:
     [[nodiscard]] bool exists(const char* name) const { return QFile::exists(folder + '/' + name); }
 
     [[nodiscard]] std::string content(const char* name) const {
-        QFile file(folder + '/' + name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "unreadable";
+        return tambrel::content((folder + '/' + name).toStdString());
     }
 
     /// The lines after the header, without their time stamps.

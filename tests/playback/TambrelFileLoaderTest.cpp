@@ -1,10 +1,10 @@
 #include "TambrelFileLoader.h"
 #include "SMFBuilder.h"
+#include "TestFiles.h"
 #include "WholeFile.h"
 
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <functional>
 #include <system_error>
 
@@ -144,33 +144,19 @@ TEST(TambrelLoadError, takesTheReasonFromForeignErrors) {
 /// Loads from a folder of its own.
 class TambrelFileLoaderOnDisk : public ::testing::Test {
 protected:
-    TambrelFileLoaderOnDisk() {
-        std::string name = (std::filesystem::temp_directory_path() / "tambrel-loader-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr)
-            throw std::system_error(errno, std::generic_category());
-        folder = name;
-    }
-    ~TambrelFileLoaderOnDisk() override { std::filesystem::remove_all(folder); }
-
-    std::filesystem::path write(const std::string& name, const Bytes& bytes) const {
-        std::ofstream(folder / name, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return folder / name;
-    }
-
-    void expectUnreadable(const std::filesystem::path& file, const std::string& description) const {
+    static void expectUnreadable(const std::filesystem::path& file, const std::string& description) {
         SCOPED_TRACE(file);
         expectLoadError([&] { return TambrelFileLoader::load(file); }, Case::unreadableFile, description);
     }
 
-    std::filesystem::path folder;
+    TestFiles files;
 };
 
 TEST_F(TambrelFileLoaderOnDisk, readsFilesOfSeveralChunks) {
     Bytes bytes(9'000'001);
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<std::uint8_t>(i * 2'654'435'761u >> 24);
-    const MIDIData content = WholeFile::read(write("large", bytes));
+    const MIDIData content = WholeFile::read(files.write("large", bytes));
     EXPECT_TRUE(std::ranges::equal(content.view(), bytes));
 }
 
@@ -186,28 +172,29 @@ TEST_F(TambrelFileLoaderOnDisk, readsToTheEndWhereverThatIs) {
 }
 
 TEST_F(TambrelFileLoaderOnDisk, refusesWhatIsNoReadableFileAndNeverWaits) {
-    expectUnreadable(folder / "missing.mid", "Could not read missing.mid: No such file or directory");
-    expectUnreadable(folder / "n\xE9.mid", "Could not read n\uFFFD.mid: No such file or directory");
+    expectUnreadable(files.path("missing.mid"), "Could not read missing.mid: No such file or directory");
+    expectUnreadable(files.path("n\xE9.mid"), "Could not read n\uFFFD.mid: No such file or directory");
 
-    std::filesystem::create_directory(folder / "folder.mid");
-    expectUnreadable(folder / "folder.mid", "Could not read folder.mid: Is a directory");
-    expectUnreadable(folder / "folder.mid/", "Could not read folder.mid: Is a directory");
+    std::filesystem::create_directory(files.path("folder.mid"));
+    expectUnreadable(files.path("folder.mid"), "Could not read folder.mid: Is a directory");
+    expectUnreadable(files.path("folder.mid/"), "Could not read folder.mid: Is a directory");
 
-    std::filesystem::create_symlink("circle.mid", folder / "circle.mid");
-    expectUnreadable(folder / "circle.mid", "Could not read circle.mid: Too many levels of symbolic links");
+    std::filesystem::create_symlink("circle.mid", files.path("circle.mid"));
+    expectUnreadable(files.path("circle.mid"),
+                     "Could not read circle.mid: Too many levels of symbolic links");
 
-    ASSERT_EQ(::mkfifo((folder / "pipe.mid").c_str(), 0600), 0);
-    expectUnreadable(folder / "pipe.mid", "Could not read pipe.mid: It is not a regular file.");
+    ASSERT_EQ(::mkfifo(files.path("pipe.mid").c_str(), 0600), 0);
+    expectUnreadable(files.path("pipe.mid"), "Could not read pipe.mid: It is not a regular file.");
     expectUnreadable("/dev/zero", "Could not read zero: It is not a regular file.");
 
-    const auto song = write("locked.mid", songBytes());
+    const auto song = files.write("locked.mid", songBytes());
     std::filesystem::permissions(song, std::filesystem::perms::none);
     if (::geteuid() != 0) // Nothing is locked to root.
         expectUnreadable(song, "Could not read locked.mid: Permission denied");
 }
 
 TEST_F(TambrelFileLoaderOnDisk, refusesFilesThatAreTooLarge) {
-    const auto file = write("large.mid", songBytes());
+    const auto file = files.write("large.mid", songBytes());
     std::filesystem::resize_file(file, WholeFile::largestSize + 1); // Mostly a hole, it takes no room.
     expectUnreadable(file,
                      "Could not read large.mid: It is too large: files of 2 GiB and more cannot be played.");
@@ -216,8 +203,8 @@ TEST_F(TambrelFileLoaderOnDisk, refusesFilesThatAreTooLarge) {
 TEST_F(TambrelFileLoaderOnDisk, stopsWhenAskedToAndReportsNothingElse) {
     std::stop_source source;
     source.request_stop();
-    const auto song = write("song.mid", songBytes());
-    for (const auto& file : {song, folder / "missing.mid"})
+    const auto song = files.write("song.mid", songBytes());
+    for (const auto& file : {song, files.path("missing.mid")})
         EXPECT_THROW(static_cast<void>(TambrelFileLoader::load(file, source.get_token())),
                      TambrelLoadCancelled);
     EXPECT_THROW(static_cast<void>(TambrelFileLoader::loadBytes({}, "empty.mid", source.get_token())),
