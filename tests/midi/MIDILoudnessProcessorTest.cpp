@@ -90,18 +90,9 @@ TEST(MIDILoudnessProcessor, startsEveryTrackAfresh) {
     EXPECT_EQ(boosted(file), file);
 }
 
-TEST(MIDILoudnessProcessor, givesBackWhatHasNoHeaderOrNoTrack) {
-    const Bytes file = smfBytes(1, 480, {TrackBuilder().noteOn(0, 9, 36)});
-    ASSERT_NE(boosted(file), file);
-    Bytes foreign = file;
-    foreign[3] = 'x';
-    Bytes longHeader = file;
-    longHeader[7] = 8;
-    for (const Bytes& unreadable : {Bytes{}, Bytes(file.begin(), file.begin() + 13), foreign, longHeader,
-                                    smfBytes(1, 480, {TrackBuilder().noteOn(0, 9, 36)}, 0)}) {
-        const MIDIData data{Bytes(unreadable)};
-        EXPECT_TRUE(MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data));
-    }
+TEST(MIDILoudnessProcessor, givesBackWhatDeclaresNoTrack) {
+    const MIDIData data(smfBytes(1, 480, {TrackBuilder().noteOn(0, 9, 36)}, 0));
+    EXPECT_TRUE(MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data));
 }
 
 TEST(MIDILoudnessProcessor, changesNothingTheSecondTime) {

@@ -1,4 +1,7 @@
 #include "SMFByteCodec.h"
+#include "MIDI2ClipBuilder.h"
+#include "MIDIFileInfo.h"
+#include "MIDILoudnessProcessor.h"
 #include "SMFBuilder.h"
 #include "SMFTrackChunk.h"
 
@@ -71,26 +74,41 @@ Bytes withByte(Bytes file, std::size_t at, std::uint8_t byte) {
     return file;
 }
 
-TEST(SMFByteCodec, knowsAHeaderByItsTypeAndLength) {
-    const Bytes header = smfBytes(1, 480, {});
-    ASSERT_EQ(header.size(), 14u);
-    EXPECT_TRUE(SMFByteCodec::hasHeader(header));
-    EXPECT_FALSE(SMFByteCodec::hasHeader(ByteView(header).first(13)));
-    EXPECT_FALSE(SMFByteCodec::hasHeader({}));
-    EXPECT_FALSE(SMFByteCodec::hasHeader(withByte(header, 3, 'x')));
-    EXPECT_FALSE(SMFByteCodec::hasHeader(withByte(header, 7, 8)));
-    EXPECT_FALSE(SMFByteCodec::hasHeader(withByte(header, 4, 1)));
+Bytes cutTo(Bytes file, std::size_t size) {
+    file.resize(size);
+    return file;
+}
+
+TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
+    const Bytes song = smfBytes(1, 480, {TrackBuilder().noteOn(1, 9, 36)});
+    EXPECT_TRUE(SMFByteCodec::hasHeader(cutTo(song, 14)));
+    struct Row {
+        const char* name;
+        Bytes bytes;
+        bool isRead;
+    };
+    const Row rows[] = {
+        {"a song", song, true},
+        {"empty", {}, false},
+        {"13 bytes", cutTo(song, 13), false},
+        {"a foreign type", withByte(song, 3, 'x'), false},
+        {"a header of 8 bytes", withByte(song, 7, 8), false},
+        {"a header of more than 16 million bytes", withByte(song, 4, 1), false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const MIDIData data{Bytes(row.bytes)};
+        EXPECT_EQ(SMFByteCodec::hasHeader(data), row.isRead);
+        EXPECT_EQ(MIDIFileInfo::parse(data) != MIDIFileInfo{}, row.isRead);
+        EXPECT_EQ(!MIDI2ClipBuilder::build(data).empty(), row.isRead);
+        EXPECT_EQ(!MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data), row.isRead);
+    }
 }
 
 // A file of tracks with 3, 0 and 7 data bytes, whose chunks begin at 14, 25 and 33.
 Bytes threeTracks() {
     return smfBytes(
         1, 480, {TrackBuilder().raw({1, 2, 3}), TrackBuilder(), TrackBuilder().raw({1, 2, 3, 4, 5, 6, 7})});
-}
-
-Bytes cutTo(Bytes file, std::size_t size) {
-    file.resize(size);
-    return file;
 }
 
 TEST(SMFTrackChunk, discoveryEndsAtTheFirstChunkThatIsNoWholeTrack) {
