@@ -1,4 +1,6 @@
+#include "MIDI2ClipBuilder.h"
 #include "MIDIFileInfo.h"
+#include "MIDILoudnessProcessor.h"
 #include "SMFBuilder.h"
 #include "TestFiles.h"
 #include "Timeline.h"
@@ -62,7 +64,7 @@ protected:
     const Bytes song = smfBytes(
         1, 480,
         {TrackBuilder().tempo(0, 333'333).key(0, 2, false).endOfTrack(480),
-         TrackBuilder().noteOn(7, 0, 60).noteOff(480, 0, 60).noteOn(4801, 0, 60).noteOff(480, 0, 60)});
+         TrackBuilder().noteOn(7, 9, 36).noteOff(480, 9, 36).noteOn(4801, 9, 36).noteOff(480, 9, 36)});
     int argumentCount = 1;
     char argument[6] = "tests";
     char* arguments[2] = {argument, nullptr};
@@ -89,6 +91,10 @@ TEST_F(TambrelMIDITest, EndsWithItsStatusAndAWordOnTheRightStream) {
          0,
          "song.wav: ",
          ""},
+        {{"convert", "song.mid", "song.clip"}, 0, "", ""},
+        {{"convert", "song.mid", "song.clip"}, 1, "", "tambrel-midi: song.clip: The file exists; "},
+        {{"convert", "--loudness", "--force", "song.mid", "song.clip"}, 0, "", ""},
+        {{"convert", "plain.mid", "new.clip"}, 1, "", "tambrel-midi: plain.mid: "},
         {{"info", "missing.mid"}, 1, "", "tambrel-midi: missing.mid: "},
         {{"render", "missing.mid", "new.wav"}, 1, "", "tambrel-midi: missing.mid: "},
         {{"render", "--soundfont", "bank.sf2", "song.mid", "new.wav"}, 1, "", "tambrel-midi: song.mid: "},
@@ -111,7 +117,10 @@ TEST_F(TambrelMIDITest, EndsWithItsStatusAndAWordOnTheRightStream) {
         // At the start of a line: a library may have had its say before.
         EXPECT_THAT("\n" + outcome.errors, HasSubstr(std::string(row.status == 1 ? "\n" : "") + row.errors));
     }
-    EXPECT_FALSE(files().contains("new.wav"));
+    EXPECT_TRUE(files().filter("new.").isEmpty());
+    const auto loud =
+        MIDI2ClipBuilder::build(MIDILoudnessProcessor::boostedDrumsAndBass(MIDIData(Bytes(song))));
+    EXPECT_EQ(content(folder.path("song.clip")), std::string(loud.view().begin(), loud.view().end()));
 }
 
 TEST_F(TambrelMIDITest, ShowsFactsAsText) {
