@@ -7,10 +7,10 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QUrlQuery>
 
 #include <system_error>
@@ -73,13 +73,6 @@ protected:
              .environment = [](const char*) { return std::nullopt; },
              .now = [] { return std::chrono::system_clock::from_time_t(reportTime); }});
         return log;
-    }
-
-    template<class Condition>
-    void waitUntil(Condition isTrue) {
-        for (const QDeadlineTimer deadline(30'000); !isTrue() && !deadline.hasExpired();)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        ASSERT_TRUE(isTrue());
     }
 
     void allowFile() { settings.setValue("TambrelBetaLogFileEnabled", true); }
@@ -165,7 +158,7 @@ TEST_F(BugReportsTest, MailTheWholeLogOrAttachWhatIsTooLongForAnEmail) {
             text += row.character;
         writeLog(text);
         log.emailCompleteBugReport();
-        waitUntil([&] { return !drafts.empty(); });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !drafts.empty(); }, 30'000));
         const auto full = body(text);
         EXPECT_EQ(drafts[0].recipient, TambrelBetaLog::emailAddress);
         EXPECT_EQ(drafts[0].subject, "Tambrel Bug Report!");
@@ -207,7 +200,7 @@ TEST_F(BugReportsTest, FallBackOnTheWindowsTextWithoutAReadableLog) {
             ASSERT_TRUE(QDir().mkpath(folder + "/Tambrel-beta-log.txt"));
         }
         log.emailCompleteBugReport();
-        waitUntil([&] { return !drafts.empty(); });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !drafts.empty(); }, 30'000));
         EXPECT_EQ(drafts[0].body, body(row.report));
     }
 }
@@ -219,7 +212,7 @@ TEST_F(BugReportsTest, GoWithoutAnAttachmentThatCannotBeWritten) {
     for (int i = 0; i < 100; ++i)
         log.procedure("A.b", std::string(70, 'x'));
     log.emailCompleteBugReport();
-    waitUntil([&] { return !drafts.empty(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !drafts.empty(); }, 30'000));
     EXPECT_THAT(drafts[0].body, StartsWith("TYPE YOUR NOTES HERE:\n\nThe full Tambrel"));
     EXPECT_EQ(drafts[0].attachment, std::nullopt);
     EXPECT_THAT(clipboard, StartsWith(body("Tambrel Debugging Window opened.\n")));
@@ -237,7 +230,7 @@ TEST_F(BugReportsTest, ReplaceAnAttachmentOfTheSameSecond) {
             text += character;
         writeLog(text);
         log.emailCompleteBugReport();
-        waitUntil([&] { return !drafts.empty(); });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !drafts.empty(); }, 30'000));
         EXPECT_EQ(content(attachment.toStdString()), body(text));
     }
     EXPECT_THAT(QDir(folder).entryList({"Tambrel-beta-report-*"}),
@@ -251,7 +244,7 @@ TEST_F(BugReportsTest, OpenAMailLinkWhereThereIsNoMailService) {
     const std::string text = "50% & more? \"yes\" 'no' #1 a+b=c ☃\nnext\r\nlast";
     writeLog(text);
     log.emailCompleteBugReport();
-    waitUntil([&] { return !links.empty(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !links.empty(); }, 30'000));
     EXPECT_EQ(order, "email link ");
     EXPECT_EQ(linkedBody(), body("50% & more? \"yes\" 'no' #1 a+b=c ☃\nnext\nlast"));
     const auto encoded = links[0].toEncoded().toStdString();
@@ -285,7 +278,7 @@ TEST_F(BugReportsTest, MailTheWindowsTextThroughALinkAndCopyItAlways) {
         links.clear();
         order.clear();
         log.emailDebugWindowText(row.text);
-        waitUntil([&] { return !links.empty(); });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !links.empty(); }, 30'000));
         EXPECT_EQ(order, "clipboard link ");
         EXPECT_EQ(clipboard, body(row.report));
         EXPECT_EQ(linkedBody(), row.mailed);
@@ -296,10 +289,10 @@ TEST_F(BugReportsTest, MailTheWindowsTextThroughALinkAndCopyItAlways) {
 
 TEST_F(BugReportsTest, RevealTheLogFileIfItIsThere) {
     start().revealBetaLogFile();
-    waitUntil([&] { return beeps == 1; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return beeps == 1; }, 30'000));
     allowFile();
     log.revealBetaLogFile();
-    waitUntil([&] { return !links.empty(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !links.empty(); }, 30'000));
     EXPECT_THAT(links, ElementsAre(QUrl::fromLocalFile(folder + "/Tambrel-beta-log.txt")));
     EXPECT_THAT(content(links[0].toLocalFile().toStdString()),
                 EndsWith("] User Clicked Reveal Beta Log File | TambrelBetaLog.revealBetaLogFile\n"));
@@ -315,10 +308,10 @@ TEST_F(BugReportsTest, KeepOneWindowWithEverythingSinceItWasFirstShown) {
     EXPECT_EQ(timesShown, 2);
     bool areEntriesWritten = false;
     log.inStore([](const auto&) { return 0; }, [&](int) { areEntriesWritten = true; });
-    waitUntil([&] { return areEntriesWritten; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return areEntriesWritten; }, 30'000));
     writeLog(std::string(1, '\xff')); // So that the report takes the window's text.
     log.emailCompleteBugReport();
-    waitUntil([&] { return !drafts.empty(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !drafts.empty(); }, 30'000));
     const auto opened = '[' + stamp + "] User Opened Debugging Window | TambrelBetaLog.showDebugWindow\n";
     EXPECT_THAT(drafts[0].body, EndsWith("\n\nTambrel Debugging Window opened.\n" + opened + '[' + stamp +
                                          "] between | A.b\n" + opened));

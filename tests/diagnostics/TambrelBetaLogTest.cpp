@@ -5,10 +5,10 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <chrono>
 #include <csignal>
@@ -102,9 +102,7 @@ protected:
     static void settle(TambrelBetaLog& log) {
         bool settled = false;
         log.inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
-        for (const QDeadlineTimer deadline(10'000); !settled && !deadline.hasExpired();)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        ASSERT_TRUE(settled);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return settled; }, 10'000));
     }
 
     void allowFile(bool allowed = true) {

@@ -5,9 +5,8 @@
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QTest>
 
 #include <limits>
 #include <sstream>
@@ -67,13 +66,6 @@ protected:
             controller.pause();
         script.position = position;
         forget();
-    }
-
-    template<class Condition>
-    [[nodiscard]] bool waitUntil(Condition condition) {
-        for (const QDeadlineTimer deadline(10'000); !condition() && !deadline.hasExpired();)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 1000);
-        return condition();
     }
 
     RecordedLog recorded;
@@ -233,7 +225,7 @@ TEST_F(MIDIPlayerControllerTest, ReportsProgressTwentyTimesASecondAndLogsNothing
     enter(PlaybackMode::playing);
     QElapsedTimer elapsed;
     elapsed.start();
-    ASSERT_TRUE(waitUntil([this] { return events.size() >= 4; }));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return events.size() >= 4; }, 10'000));
     EXPECT_GE(elapsed.elapsed(), 150);
     EXPECT_LT(elapsed.elapsed(), 1000);
     EXPECT_EQ(events.front(), "progress 4 of 10");
@@ -265,7 +257,7 @@ TEST_F(MIDIPlayerControllerTest, EndsPlaybackOnlyWhenThePlayerHasStoppedAtTheEnd
         enter(PlaybackMode::playing, true, row.position);
         script.playing = row.playing;
         // Two ticks when playback goes on, the end's own report otherwise.
-        ASSERT_TRUE(waitUntil([this] { return events.size() >= 2; }));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return events.size() >= 2; }, 10'000));
         const std::string tick = "progress " + number(row.position) + " of 10";
         if (row.ends) {
             EXPECT_THAT(events, ElementsAre(tick, "mode idle", "progress 0 of 10"));

@@ -7,8 +7,8 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QThread>
 
 #include <fstream>
@@ -32,21 +32,6 @@ protected:
             GeneralMIDIOptions{.soundBank = std::move(bank), .audioDrivers = {std::move(driver)}});
         engine->onFailure = [this](const std::string& reason) { failures.push_back(reason); };
         return *engine;
-    }
-
-    /// Runs the event loop until the condition holds; false when it does not within ten seconds.
-    template<class Condition>
-    static bool eventually(Condition condition) {
-        QEventLoop loop;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (condition())
-                loop.quit();
-        });
-        QTimer::singleShot(10'000, &loop, &QEventLoop::quit);
-        poll.start(2);
-        loop.exec();
-        return condition();
     }
 
     [[nodiscard]] std::filesystem::path file(const char* name) const {
@@ -76,11 +61,11 @@ TEST_F(GeneralMIDIEngineTest, PlaysToTheEndAndSaysSoOnceOnTheMainThread) {
         EXPECT_EQ(player->currentPosition(), 0.3);
     });
     EXPECT_TRUE(player->isPlaying());
-    ASSERT_TRUE(eventually([&] { return completions > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 0; }, 10'000));
     player->setCurrentPosition(0.1);
     EXPECT_EQ(player->currentPosition(), 0.1);
     player->play([&] { completions += 10; });
-    ASSERT_TRUE(eventually([&] { return completions > 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return completions > 1; }, 10'000));
     EXPECT_EQ(completions, 11);
     EXPECT_THAT(failures, IsEmpty());
 }
@@ -89,17 +74,17 @@ TEST_F(GeneralMIDIEngineTest, PositionMovesInRealTimeAndStopKeepsIt) {
     const auto player = start().makePlayer(song(60'000));
     bool completed = false;
     player->play([&] { completed = true; });
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > 0; }, 10'000));
     QElapsedTimer clock;
     clock.start();
     const double before = player->currentPosition();
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > before + 0.5; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > before + 0.5; }, 10'000));
     EXPECT_GT(static_cast<double>(clock.elapsed()), 400); // A slow machine may take longer.
 
     player->setCurrentPosition(30); // While it plays, which it goes on to do from there.
     EXPECT_TRUE(player->isPlaying());
     EXPECT_EQ(player->currentPosition(), 30);
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 30.1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > 30.1; }, 10'000));
     player->stop();
     const double stopped = player->currentPosition();
     EXPECT_GT(stopped, 30.1);
@@ -109,27 +94,27 @@ TEST_F(GeneralMIDIEngineTest, PositionMovesInRealTimeAndStopKeepsIt) {
     player->setCurrentPosition(stopped);
     player->play({});
     EXPECT_EQ(player->currentPosition(), stopped);
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > stopped; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > stopped; }, 10'000));
     player->setCurrentPosition(59.95);
-    ASSERT_TRUE(eventually([&] { return !player->isPlaying(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !player->isPlaying(); }, 10'000));
     EXPECT_FALSE(completed); // Its playing was stopped.
 }
 
 TEST_F(GeneralMIDIEngineTest, APlayerMayGoWhileItPlaysOrFromItsOwnCompletion) {
     auto player = start().makePlayer(song(60'000));
     player->play({});
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > 0; }, 10'000));
     player = engine->makePlayer(song(100));
     EXPECT_EQ(player->currentPosition(), 0);
     player->play([&] { player.reset(); });
-    ASSERT_TRUE(eventually([&] { return player == nullptr; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player == nullptr; }, 10'000));
     player = engine->makePlayer(song(60'000));
     player->play({});
     player.reset();
     engine.reset(); // With the bank, the device and an order perhaps still on their way.
     player = start().makePlayer(song(60'000));
     player->play({});
-    ASSERT_TRUE(eventually([&] { return player->currentPosition() > 0; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > 0; }, 10'000));
     player.reset();
     engine.reset();
     EXPECT_THAT(failures, IsEmpty());
@@ -167,19 +152,19 @@ TEST_F(GeneralMIDIEngineTest, ABrokenBankIsReportedAndTriedAgainByTheNextPlayer)
         failures.clear();
         auto player = start(bank).makePlayer(song(60'000));
         player->play({});
-        ASSERT_TRUE(eventually([&] { return !failures.empty(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !failures.empty(); }, 10'000));
         EXPECT_THAT(failures[0], HasSubstr("bank.sf2 could not be loaded"));
         EXPECT_EQ(player->currentPosition(), 0);
 
         std::filesystem::copy_file(bankTimGM6mb, bank, std::filesystem::copy_options::overwrite_existing);
         player = engine->makePlayer(song(60'000)); // The device is open already and asks for sound.
         player->play({});
-        EXPECT_TRUE(eventually([&] { return player->currentPosition() > 0; }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return player->currentPosition() > 0; }, 10'000));
         EXPECT_EQ(failures.size(), 1U);
     }
     std::ofstream(bank) << "This is a text.\n";
     const auto player = start(bank).makePlayer(song(1));
-    ASSERT_TRUE(eventually([&] { return failures.size() == 2; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return failures.size() == 2; }, 10'000));
     EXPECT_THAT(failures[1], HasSubstr("bank.sf2 could not be loaded"));
 }
 
@@ -191,12 +176,12 @@ TEST_F(GeneralMIDIEngineTest, ADeviceThatCannotBeOpenedIsReportedWithWhatWasTrie
         const auto player = start(bankTimGM6mb, driver).makePlayer(song(1000));
         for (std::size_t attempt = 1; attempt <= 2; ++attempt) {
             player->play({});
-            ASSERT_TRUE(eventually([&] { return failures.size() == attempt; }));
+            ASSERT_TRUE(QTest::qWaitFor([&] { return failures.size() == attempt; }, 10'000));
             EXPECT_THAT(failures.back(), HasSubstr(std::string("Tried ") + driver + ": "));
         }
         // Nothing renders, so the song stays where it is while the engine looks after its house.
         const QDeadlineTimer severalRounds(300);
-        ASSERT_TRUE(eventually([&] { return severalRounds.hasExpired(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return severalRounds.hasExpired(); }, 10'000));
         EXPECT_EQ(player->currentPosition(), 0);
         EXPECT_EQ(failures.size(), 2U);
     }
