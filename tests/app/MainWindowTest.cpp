@@ -1,7 +1,7 @@
 #include "DrivenWindow.h"
+#include "ViewProbe.h"
 
 #include <QAccessible>
-#include <QPaintEvent>
 
 namespace tambrel {
 namespace {
@@ -102,38 +102,9 @@ TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {
     EXPECT_EQ(description(), "") << "as soon as it says something else";
 }
 
-/// Which parts of which views are painted, in the window's coordinates.
-class Painting : public QObject {
-public:
-    explicit Painting(const DrivenWindow& driven) : driven_(driven) {
-        QCoreApplication::processEvents();
-        driven.controller->installEventFilter(this);
-        for (auto* view : driven.controller->findChildren<QWidget*>())
-            view->installEventFilter(this);
-    }
-
-    /// Handles what is due, and adds it to what has been painted since the last call.
-    QRegion taken() {
-        QCoreApplication::processEvents();
-        return std::exchange(painted_, {});
-    }
-    bool eventFilter(QObject* object, QEvent* event) override {
-        if (event->type() == QEvent::Paint) {
-            auto* view = static_cast<QWidget*>(object);
-            painted_ += static_cast<QPaintEvent*>(event)->region().translated(
-                view->mapTo(driven_.controller, QPoint()));
-        }
-        return false;
-    }
-
-private:
-    const DrivenWindow& driven_;
-    QRegion painted_;
-};
-
 TEST_F(MainWindowTest, RepaintsOnlyWhatATickChanges) {
     driven.click("playPauseButton");
-    Painting painting(driven);
+    ShownView painting(*driven.controller);
     const auto showAt = [&](double seconds) {
         script.position = seconds;
         return QTest::qWaitFor(
@@ -172,7 +143,7 @@ TEST_F(MainWindowTest, RepaintsNothingWhileNothingMoves) {
         SCOPED_TRACE(row.name);
         for (const char* button : row.clicks)
             driven.click(button);
-        Painting painting(driven);
+        ShownView painting(*driven.controller);
         static_cast<void>(painting.taken());
         // Long enough for two steps of whatever still moves.
         QTimer::singleShot(200, qApp, [this] { driven.beeps = -1; });

@@ -2,7 +2,6 @@
 
 #include "RecordedLog.h"
 #include "RetroLabel.h"
-#include "ScreenProbe.h"
 #include "ViewProbe.h"
 
 #include <gmock/gmock.h>
