@@ -121,9 +121,8 @@ std::string codePoints(const std::string& text, qsizetype last) {
 /// As a client of the desktop sees it.
 std::string playbackStatus(const PrivateSessionBus& bus) {
     return bus
-        .run({"gdbus", "call", "--session", "--dest", "org.mpris.MediaPlayer2.tambrel", "--object-path",
-              "/org/mpris/MediaPlayer2", "--method", "org.freedesktop.DBus.Properties.Get",
-              "org.mpris.MediaPlayer2.Player", "PlaybackStatus"})
+        .callPlayer("org.freedesktop.DBus.Properties.Get",
+                    {"org.mpris.MediaPlayer2.Player", "PlaybackStatus"})
         .output;
 }
 

@@ -21,26 +21,14 @@ using testing::smfBytes;
 using testing::TrackBuilder;
 using Texts = std::vector<std::string>;
 
-const QString service = "org.mpris.MediaPlayer2.tambrel";
-
-QStringList call(const QString& method, const QStringList& words = {}) {
-    return QStringList{"gdbus",
-                       "call",
-                       "--session",
-                       "--dest",
-                       service,
-                       "--object-path",
-                       "/org/mpris/MediaPlayer2",
-                       "--method",
-                       "org.mpris.MediaPlayer2." + method} +
-           words;
-}
+const QString program = "org.mpris.MediaPlayer2.";
+const QString service = program + "tambrel";
 
 /// The real window and its controls on a bus of their own.
 class DesktopMediaControlsTest : public ::testing::Test {
 protected:
     void openAddress(const QByteArray& address) const {
-        EXPECT_EQ(bus.run(call("Player.OpenUri", {"'" + address + "'"})).errors, "");
+        EXPECT_EQ(bus.callPlayer(program + "Player.OpenUri", {"'" + address + "'"}).errors, "");
     }
     /// The failure of the load, or "".
     [[nodiscard]] std::string loadAddress(const QByteArray& address) const {
@@ -95,7 +83,7 @@ TEST_F(DesktopMediaControlsTest, WritesTheLinesThatTheButtonsWrite) {
         const Texts lines = driven.recorded.settled();
         ASSERT_THAT(lines, Not(IsEmpty()));
         prepare();
-        EXPECT_EQ(bus.run(call(row.method)).errors, "");
+        EXPECT_EQ(bus.callPlayer(program + row.method).errors, "");
         EXPECT_THAT(driven.recorded.settled(), ElementsAreArray(lines));
     }
 }
@@ -162,18 +150,18 @@ TEST_F(DesktopMediaControlsTest, OpensAndPlaysAFileWhateverItsName) {
 TEST_F(DesktopMediaControlsTest, OpensOnlySongsOfThisComputer) {
     const QByteArray path = song.parent_path().c_str();
     EXPECT_EQ(loadAddress("file://localhost" + path + "/a%20song.mid"), "");
-    EXPECT_THAT(bus.run(call("Player.OpenUri", {"'file://host" + path + "/a%20song.mid'"})).errors,
+    EXPECT_THAT(bus.callPlayer(program + "Player.OpenUri", {"'file://host" + path + "/a%20song.mid'"}).errors,
                 HasSubstr("NotSupported"));
     EXPECT_EQ(title(), "a song");
 }
 
 TEST_F(DesktopMediaControlsTest, RaisesAndClosesTheWindow) {
-    EXPECT_EQ(bus.run(call("Raise")).status, 0);
+    EXPECT_EQ(bus.callPlayer(program + "Raise").status, 0);
     EXPECT_EQ(raised, 1);
-    EXPECT_EQ(bus.run(call("Quit")).status, 0);
+    EXPECT_EQ(bus.callPlayer(program + "Quit").status, 0);
     EXPECT_FALSE(driven.window->isVisible());
     controls.reset();
-    EXPECT_NE(bus.run(call("Raise")).status, 0);
+    EXPECT_NE(bus.callPlayer(program + "Raise").status, 0);
     driven.click("playPauseButton"); // Nobody listens any more.
 }
 
@@ -246,7 +234,7 @@ TEST(TambrelOnTheBusTest, IsPlayedByMediaKeys) {
     EXPECT_EQ(player({"open", fileURI(second)}), "");
     EXPECT_TRUE(comes({"metadata", "title"}, "second"));
     EXPECT_EQ(player({"status"}), "Playing");
-    EXPECT_EQ(bus.run(call("Quit")).errors, "");
+    EXPECT_EQ(bus.callPlayer(program + "Quit").errors, "");
     EXPECT_TRUE(QTest::qWaitFor([&] { return tambrel.state() == QProcess::NotRunning; }, 30'000));
     EXPECT_EQ(tambrel.exitCode(), 0);
     EXPECT_THAT(tambrel.readAllStandardError().toStdString(), Not(HasSubstr("DBus")));

@@ -42,12 +42,6 @@ protected:
     [[nodiscard]] static MediaPlayerSong song(std::uint64_t number) {
         return {number, "Étude \xEF\xBF\xBD", "file:///tmp/%C3%89tude%20%FF.mid", 10s};
     }
-    [[nodiscard]] PrivateSessionBus::Outcome call(const QString& method,
-                                                  const QStringList& words = {}) const {
-        return bus.run(QStringList{"gdbus", "call", "--session", "--dest", name, "--object-path",
-                                   "/org/mpris/MediaPlayer2", "--method", method} +
-                       words);
-    }
 
     PrivateSessionBus bus;
     std::vector<std::string> calls;
@@ -104,7 +98,7 @@ TEST_F(MPRISServiceTest, DoesWhatIsAskedAndNoMore) {
         SCOPED_TRACE(row.title);
         service.setState({.status = row.status, .song = song(7)});
         calls.clear();
-        const auto outcome = call(row.method, row.words);
+        const auto outcome = bus.callPlayer(row.method, row.words);
         EXPECT_EQ(outcome.status, row.isRefused ? 1 : 0) << outcome.errors;
         EXPECT_THAT(outcome.errors, HasSubstr(row.isRefused ? "NotSupported" : ""));
         if (*row.does == '\0')
@@ -116,10 +110,11 @@ TEST_F(MPRISServiceTest, DoesWhatIsAskedAndNoMore) {
 
 TEST_F(MPRISServiceTest, HasNothingToSeekInWithoutASong) {
     for (const char* offset : {"int64 1", "int64 -1"})
-        EXPECT_EQ(call(player + ".Seek", {offset}).status, 0);
-    EXPECT_EQ(call(player + ".SetPosition", {"/software/kestrune/tambrel/song/0", "int64 0"}).status, 0);
+        EXPECT_EQ(bus.callPlayer(player + ".Seek", {offset}).status, 0);
+    EXPECT_EQ(
+        bus.callPlayer(player + ".SetPosition", {"/software/kestrune/tambrel/song/0", "int64 0"}).status, 0);
     EXPECT_THAT(calls, IsEmpty());
-    EXPECT_THAT(call(player + ".PlayPause").errors, HasSubstr("There is no song."));
+    EXPECT_THAT(bus.callPlayer(player + ".PlayPause").errors, HasSubstr("There is no song."));
     EXPECT_THAT(calls, ElementsAre("playPause")) << "which is where it is logged";
 }
 

@@ -56,6 +56,12 @@ public:
                 client.readAllStandardOutput().trimmed().toStdString(),
                 client.readAllStandardError().trimmed().toStdString()};
     }
+    /// Has a client call a method of the player, by its whole name.
+    [[nodiscard]] Outcome callPlayer(const QString& method, const QStringList& words = {}) const {
+        return run(QStringList{"gdbus", "call", "--session", "--dest", "org.mpris.MediaPlayer2.tambrel",
+                               "--object-path", "/org/mpris/MediaPlayer2", "--method", method} +
+                   words);
+    }
 
 private:
     BusDaemon daemon_{QProcessEnvironment::systemEnvironment()};
