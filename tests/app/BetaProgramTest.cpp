@@ -1,24 +1,15 @@
 #include "ApplicationInfo.h"
-#include "PrivateHome.h"
+#include "DesktopSession.h"
 #include "PrivateSessionBus.h"
 
 #include <gmock/gmock.h>
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QThread>
 #include <QUrl>
 
-#include <csignal>
 #include <cstring>
-#include <optional>
 
 namespace tambrel {
 namespace {
@@ -29,73 +20,51 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 /// The whole program in a home of its own, with a mail program that only takes notes.
-class BetaProgramTest : public ::testing::Test {
+class BetaProgramTest : public DesktopSessionTest {
 protected:
     BetaProgramTest() {
-        EXPECT_TRUE(QDir(home.path()).mkpath("bin"));
+        QFile::remove(session.defaultsFile());
+        home.mkdir("bin");
         QFile mailProgram(home.filePath("bin/xdg-email"));
         EXPECT_TRUE(mailProgram.open(QIODevice::WriteOnly));
         mailProgram.write("#!/bin/sh\nprintf '%s\\0' \"$@\" >\"$HOME/writing\" && mv \"$HOME/writing\" "
                           "\"$HOME/mail\"\n");
         mailProgram.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        environment.insert("PATH", home.filePath("bin") + ':' + environment.value("PATH"));
-        setHome(environment, home.path());
-        environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-        environment.insert("TAMBREL_TEST_QUESTIONS", home.filePath("questions"));
-        environment.remove("XCTestConfigurationFilePath");
+        session.set("PATH", home.filePath("bin") + ':' + qEnvironmentVariable("PATH"));
+        session.set("TAMBREL_TEST_QUESTIONS", home.filePath("questions"));
     }
 
     /// Starts the player on the demo song, with the answer that its questions will get.
     void playAnswering(const char* answer) {
-        environment.insert("TAMBREL_TEST_ANSWER", answer);
+        session.set("TAMBREL_TEST_ANSWER", answer);
         play(TAMBREL_BETA_PROGRAM);
     }
 
     void play(const char* program, const QStringList& options = {}) {
-        run.emplace();
-        run->setProcessEnvironment(environment);
-        run->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        const QStringList playing{"--play",      "--audio-driver", "silent",
-                                  "--soundfont", soundBank,        TAMBREL_DEMO_SONG};
-        run->start(program, options + playing);
-        ASSERT_TRUE(run->waitForStarted());
+        run = session.start(options + QStringList{"--play", TAMBREL_DEMO_SONG}, program);
     }
 
     void end(int signal) {
+        ASSERT_EQ(run->state(), QProcess::Running);
         ::kill(static_cast<pid_t>(run->processId()), signal);
-        waitForEnd(signal == SIGKILL ? QProcess::CrashExit : QProcess::NormalExit);
+        if (signal != SIGKILL)
+            return waitForEnd();
+        EXPECT_TRUE(run->waitForFinished(60'000));
     }
 
-    void waitForEnd(QProcess::ExitStatus expected = QProcess::NormalExit) {
-        ASSERT_TRUE(run->waitForFinished(60'000));
-        EXPECT_EQ(run->exitStatus(), expected);
-        EXPECT_TRUE(expected == QProcess::CrashExit || run->exitCode() == 0);
-    }
+    void waitForEnd() { EXPECT_EQ(DesktopSession::statusOf(*run), 0); }
 
-    template<class Condition>
-    static void waitUntil(Condition isTrue) {
-        for (const QDeadlineTimer deadline(60'000); !isTrue() && !deadline.hasExpired();)
-            QThread::msleep(10);
-        ASSERT_TRUE(isTrue());
+    [[nodiscard]] static bool comes(const std::function<bool()>& condition) {
+        return QTest::qWaitFor(condition, 60'000);
     }
 
     [[nodiscard]] std::string content(const QString& name) const {
-        QFile file(home.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "";
+        return tambrel::content(home.filePath(name).toStdString());
     }
 
-    /// Times that the text stands in the log.
-    [[nodiscard]] int logged(const char* text) const {
-        return static_cast<int>(QByteArray::fromStdString(content(log)).count(text));
-    }
+    void waitUntilPlaying(int time) { ASSERT_TRUE(session.logs("Starting playback | ", time)); }
 
-    void waitUntilPlaying(int time) {
-        waitUntil([&] { return logged(startOfPlaying) == time; });
-    }
-
-    [[nodiscard]] bool hasMarker() const { return QFile::exists(home.filePath(marker)); }
-
-    static constexpr auto folder = ".local/share/Kestrune Software/Tambrel/Beta Logs/";
+    static constexpr auto folder = DesktopSession::logFolder;
     static constexpr auto consentQuestion =
         "Allow Tambrel to create a beta log file?/The beta log is used only for crashes and freezes. You can "
         "still use the Debugging Window if you choose not to create a file./Allow\n";
@@ -103,13 +72,9 @@ protected:
                                           "email the beta log to Kestrune Software?/Email Report\n";
     static constexpr auto crashEntry =
         "] Possible previous crash or forced quit detected | TambrelBetaLog.startSession\n";
-    static constexpr auto soundBank = "/usr/share/sounds/sf2/TimGM6mb.sf2";
-    static constexpr auto startOfPlaying = " | MIDIPlayerController.play\n";
     const QString log = QString(folder) + "Tambrel-beta-log.txt";
-    const QString marker = QString(folder) + "Tambrel-session-active.marker";
-    QTemporaryDir home;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    std::optional<QProcess> run;
+    const QDir home = session.home();
+    DesktopSession::Program run;
 };
 
 std::string codePoints(const std::string& text, qsizetype last) {
@@ -151,7 +116,7 @@ std::string capturedLog(const std::string& report) {
 TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
     playAnswering("Allow");
     waitUntilPlaying(1);
-    EXPECT_TRUE(hasMarker());
+    EXPECT_TRUE(session.hasMarker());
     end(SIGKILL);
     QFile earlierLog(home.filePath(log));
     ASSERT_TRUE(earlierLog.open(QIODevice::Append));
@@ -160,10 +125,10 @@ TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
     earlierLog.close();
 
     playAnswering("Email Report");
-    waitUntil([&] { return QFile::exists(home.filePath("mail")); });
+    ASSERT_TRUE(comes([&] { return QFile::exists(home.filePath("mail")); }));
     waitUntilPlaying(2);
     end(SIGTERM);
-    EXPECT_FALSE(hasMarker());
+    EXPECT_FALSE(session.hasMarker());
     EXPECT_EQ(content("questions"), std::string(consentQuestion) + crashQuestion);
 
     const auto attached = QDir(home.filePath(folder)).entryInfoList({"Tambrel-beta-report-*.txt"});
@@ -191,7 +156,7 @@ TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
 TEST_F(BetaProgramTest, AsksAgainWhatWasOpenWhenItWasToldToEnd) {
     const auto endAt = [this](const std::string& questions) {
         playAnswering("nothing");
-        waitUntil([&] { return content("questions") == questions; });
+        ASSERT_TRUE(comes([&] { return content("questions") == questions; }));
         end(SIGTERM);
     };
     const std::string consent = consentQuestion;
@@ -202,10 +167,11 @@ TEST_F(BetaProgramTest, AsksAgainWhatWasOpenWhenItWasToldToEnd) {
     waitUntilPlaying(1);
     end(SIGKILL);
     endAt(consent + consent + crashQuestion);
-    EXPECT_TRUE(hasMarker());
+    EXPECT_TRUE(session.hasMarker());
     EXPECT_EQ(content("mail"), "");
     playAnswering("Not Now");
-    waitUntil([&] { return content("questions") == consent + consent + crashQuestion + crashQuestion; });
+    ASSERT_TRUE(
+        comes([&] { return content("questions") == consent + consent + crashQuestion + crashQuestion; }));
     end(SIGTERM);
 }
 
@@ -215,10 +181,10 @@ TEST_F(BetaProgramTest, AsksNothingAfterANormalEnd) {
     for (int i = 0; i < 4; ++i) {
         SCOPED_TRACE(strsignal(endings[i]));
         waitUntilPlaying(i + 1);
-        EXPECT_TRUE(hasMarker());
+        EXPECT_TRUE(session.hasMarker());
         end(endings[i]);
-        EXPECT_FALSE(hasMarker());
-        EXPECT_EQ(logged(" | TambrelBetaLog.finishSession\n"), i + 1);
+        EXPECT_FALSE(session.hasMarker());
+        EXPECT_EQ(session.count("Application Session Ended Normally | "), i + 1);
         playAnswering("Not Now");
     }
     waitUntilPlaying(5);
@@ -243,7 +209,7 @@ TEST_F(BetaProgramTest, AsksAndKeepsNothingForAPicture) {
         EXPECT_TRUE(QFile::remove(home.filePath("picture.png")));
         EXPECT_EQ(content(settings), before);
         EXPECT_EQ(content("questions"), "");
-        EXPECT_FALSE(hasMarker());
+        EXPECT_FALSE(session.hasMarker());
     }
 }
 
@@ -252,12 +218,10 @@ TEST_F(BetaProgramTest, LeavesNothingButSettingsWithoutDiagnostics) {
         GTEST_SKIP() << "this build has diagnostics";
     play(TAMBREL_PROGRAM, {"--screenshot", home.filePath("picture.png")});
     waitForEnd();
-    int argumentCount = 0;
-    const QCoreApplication application(argumentCount, nullptr);
     const PrivateSessionBus bus;
-    environment.insert("DBUS_SESSION_BUS_ADDRESS", bus.environment().value("DBUS_SESSION_BUS_ADDRESS"));
+    session.set("DBUS_SESSION_BUS_ADDRESS", bus.environment().value("DBUS_SESSION_BUS_ADDRESS"));
     play(TAMBREL_PROGRAM);
-    waitUntil([&] { return playbackStatus(bus) == "(<'Playing'>,)"; });
+    ASSERT_TRUE(comes([&] { return playbackStatus(bus) == "(<'Playing'>,)"; }));
     end(SIGTERM);
     std::vector<std::string> files;
     for (QDirIterator all(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);

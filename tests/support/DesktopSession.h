@@ -3,15 +3,14 @@
 #include "BusDaemon.h"
 #include "PrivateHome.h"
 #include "SMFBuilder.h"
+#include "TestFiles.h"
 
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -21,7 +20,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,6 +33,8 @@ public:
 
     static constexpr const char* identifier = "software.kestrune.tambrel.beta";
     static constexpr const char* objectPath = "/software/kestrune/tambrel/beta";
+    /// In the home.
+    static constexpr const char* logFolder = ".local/share/Kestrune Software/Tambrel/Beta Logs/";
 
     DesktopSession() {
         environment_.insert("PATH", qEnvironmentVariable("PATH"));
@@ -45,25 +45,23 @@ public:
         environment_.insert("QT_QPA_PLATFORM", "offscreen");
         environment_.insert("TAMBREL_AUDIO_DRIVER", "silent");
         environment_.insert("TAMBREL_SOUNDFONT", "/usr/share/sounds/sf2/TimGM6mb.sf2");
-        setHome(environment_, folder_.path());
+        setHome(environment_, home().path());
         for (const char* folder : {".config", "services", "songs"})
-            QDir(folder_.path()).mkdir(folder);
+            home().mkdir(folder);
         setDefaults("");
     }
-    DesktopSession(const DesktopSession&) = delete;
-    DesktopSession& operator=(const DesktopSession&) = delete;
-    ~DesktopSession() {
-        std::filesystem::remove_all(songs()); // Names that are no UTF-8 included.
-    }
+
+    /// Where its programs keep everything.
+    [[nodiscard]] QDir home() const { return QDir(files_.path("")); }
 
     void startBus() {
-        bus_.emplace(environment_, folder_.filePath("services"));
+        bus_.emplace(environment_, home().filePath("services"));
         environment_.insert("DBUS_SESSION_BUS_ADDRESS", bus_->address());
     }
     void endBus() { bus_->end(); }
     /// Lets the bus start the program when something is asked of it.
     void makeActivatable() const {
-        QFile service(folder_.filePath("services/" + QString(identifier) + ".service"));
+        QFile service(home().filePath("services/" + QString(identifier) + ".service"));
         ASSERT_TRUE(service.open(QIODevice::WriteOnly));
         service.write(QByteArray("[D-BUS Service]\nName=") + identifier + "\nExec=" + TAMBREL_PROGRAM + "\n");
     }
@@ -73,24 +71,22 @@ public:
 
     /// The program's settings, with these lines besides the consent to the log.
     void setDefaults(const QString& lines) const {
-        QDir(folder_.path()).mkdir(".config/Kestrune Software");
+        home().mkdir(".config/Kestrune Software");
         QFile file(defaultsFile());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnabled=true\n");
         file.write(lines.toUtf8());
     }
     [[nodiscard]] QString defaultsFile() const {
-        return folder_.filePath(".config/Kestrune Software/Tambrel.conf");
+        return home().filePath(".config/Kestrune Software/Tambrel.conf");
     }
 
     /// The folder in which programs are started.
-    [[nodiscard]] std::filesystem::path songs() const { return folder_.filePath("songs").toStdString(); }
+    [[nodiscard]] std::filesystem::path songs() const { return files_.path("songs"); }
     void writeSong(const std::string& name, int seconds = 60) const {
-        const Bytes bytes = testing::smfBytes(
-            0, 480,
-            {testing::TrackBuilder().noteOn(0, 0, 60).endOfTrack(static_cast<unsigned>(960 * seconds))});
-        std::ofstream out(songs() / name, std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        const auto ticks = static_cast<unsigned>(960 * seconds);
+        files_.write("songs/" + name,
+                     testing::smfBytes(0, 480, {testing::TrackBuilder().noteOn(0, 0, 60).endOfTrack(ticks)}));
     }
 
     /// Starts a program, Tambrel unless `command` names another.
@@ -98,7 +94,7 @@ public:
                                 const QString& command = TAMBREL_PROGRAM) const {
         auto program = std::make_unique<QProcess>();
         program->setProcessEnvironment(environment_);
-        program->setWorkingDirectory(folder_.filePath("songs"));
+        program->setWorkingDirectory(home().filePath("songs"));
         program->start(command, arguments);
         EXPECT_TRUE(program->waitForStarted(30'000)) << command.toStdString();
         return program;
@@ -126,9 +122,7 @@ public:
 
     /// All that the programs have logged, without the time stamps.
     [[nodiscard]] std::vector<std::string> log() const {
-        std::ifstream file(
-            folder_.filePath(".local/share/Kestrune Software/Tambrel/Beta Logs/Tambrel-beta-log.txt")
-                .toStdString());
+        std::ifstream file(files_.path(std::string(logFolder) + "Tambrel-beta-log.txt"));
         std::vector<std::string> lines;
         for (std::string line; std::getline(file, line);)
             if (const auto start = line.find("] "); start != std::string::npos)
@@ -146,12 +140,11 @@ public:
     }
     /// True from a normal start of a session to its normal end.
     [[nodiscard]] bool hasMarker() const {
-        return QFile::exists(folder_.filePath(
-            ".local/share/Kestrune Software/Tambrel/Beta Logs/Tambrel-session-active.marker"));
+        return std::filesystem::exists(files_.path(std::string(logFolder) + "Tambrel-session-active.marker"));
     }
 
 private:
-    QTemporaryDir folder_;
+    TestFiles files_;
     QProcessEnvironment environment_;
     std::optional<BusDaemon> bus_;
 };
