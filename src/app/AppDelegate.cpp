@@ -3,7 +3,6 @@
 #include "FirstPaint.h"
 #include "LocalPath.h"
 #include "MainWindow.h"
-#include "RetroTheme.h"
 #include "TambrelBetaLog.h"
 #include "TambrelMIDIFileSupport.h"
 #include "TambrelMenuBuilder.h"
@@ -64,7 +63,6 @@ void AppDelegate::applicationDidFinishLaunching() {
         placeWindow();
     firstPaint_ = std::make_unique<FirstPaint>(*window_, [this] { finishLaunching(); });
     window_->show();
-    RetroTheme::loadFaces(); // While the window manager makes room for the window.
 }
 
 // From a theme, or from a drawing that has to be rendered: nothing to keep the user waiting for.

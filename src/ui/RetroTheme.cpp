@@ -1,7 +1,6 @@
 #include "RetroTheme.h"
 
 #include <QFontDatabase>
-#include <QFontMetrics>
 #include <QStringList>
 
 #include <algorithm>
@@ -83,11 +82,6 @@ const QFont& RetroTheme::songName() {
 
 const QFont& RetroTheme::module() {
     return display();
-}
-
-void RetroTheme::loadFaces() {
-    for (const QFont* font : {&title(), &display(), &songName()})
-        static_cast<void>(QFontMetrics(*font).ascent());
 }
 
 QFont RetroTheme::monospaced(int pixels, QFont::Weight weight) {

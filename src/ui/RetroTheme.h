@@ -26,9 +26,6 @@ namespace RetroTheme {
 [[nodiscard]] const QFont& songName(); ///< 24 pixels, semibold.
 [[nodiscard]] const QFont& module();   ///< The same object as display().
 
-/// Reads the faces that the window shows from the start, which else happens when it is painted.
-void loadFaces();
-
 /// The monospaced face at a size in logical pixels, for what no member above fits.
 [[nodiscard]] QFont monospaced(int pixels, QFont::Weight weight = QFont::Normal);
 
