@@ -37,7 +37,7 @@ LaunchContext launchContext(const QVariantMap& data) {
     return {data[tokenKey].toString(), data[startupKey].toString(), data[playKey].toBool()};
 }
 
-// As the Desktop Entry Specification derives it.
+// As freedesktop.org has it for programs that the bus may start.
 QString objectPath(QString identifier) {
     return '/' + identifier.replace('.', '/').replace('-', '_');
 }

@@ -22,9 +22,9 @@ struct LaunchContext {
     [[nodiscard]] static LaunchContext fromEnvironment();
 };
 
-/// The program as the desktop sees it: `org.freedesktop.Application` (Desktop Entry Specification 1.5, D-Bus
-/// activation) on the session bus, under the application's identifier. The first program to claim the name
-/// keeps it until it ends; those started later hand over to it.
+/// The program as the desktop sees it: `org.freedesktop.Application` (freedesktop.org, desktop entries 1.5,
+/// D-Bus activation) on the session bus, under the application's identifier. The first program to claim the
+/// name keeps it until it ends; those started later hand over to it.
 ///
 /// May be made before the application object. Calls that arrive wait for the event loop, and are made on the
 /// main thread. Where the bus is missing or goes away the program is on its own, and nothing fails.

@@ -31,8 +31,8 @@ struct SystemProfiler {
     std::stop_token stop = {}; ///< Nobody needs the rest any more.
 
     /// What the tools print, one after another, in UTF-8. When that is nothing, a short text that says why,
-    /// with the facts that are always known. Blocks for the limit at most, or
-    /// until it is stopped; any thread.
+    /// with the facts that are always known. Blocks for the limit at most, or until
+    /// it is stopped; any thread.
     [[nodiscard]] std::string report() const;
 };
 
