@@ -61,29 +61,15 @@ def press_keys(soak, keys):
 
 # Buttons, keys, timeline
 
-@action(14, needs_bus=False)
-def click_play(soak, random):
-    press(soak, "play")
+def clicking(button):
+    def click(soak, random):
+        press(soak, button)
+    click.__name__ = f"click_{button}"
+    return click
 
 
-@action(4, needs_bus=False)
-def click_stop(soak, random):
-    press(soak, "stop")
-
-
-@action(4, needs_bus=False)
-def click_return_to_zero(soak, random):
-    press(soak, "rtz")
-
-
-@action(6, needs_bus=False)
-def click_loudness(soak, random):
-    press(soak, "loudness")
-
-
-@action(3, needs_bus=False)
-def click_clear(soak, random):
-    press(soak, "clear")
+for button, weight in {"play": 14, "stop": 4, "rtz": 4, "loudness": 6, "clear": 3}.items():
+    action(weight, needs_bus=False)(clicking(button))
 
 
 @action(2, needs_bus=False)

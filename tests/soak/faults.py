@@ -44,26 +44,27 @@ def session_bus_goes(soak, random):
     soak.start_program(random)
 
 
-@fault(1)
-def home_is_read_only(soak, random):
-    if not soak.machine.make_home_read_only():
-        return soak.report.note("no read-only folder: that needs mounts of our own, or not to be root")
+def use_while(soak, random, spoil, restore, missing):
+    """The user goes on while nothing can be written."""
+    if not spoil():
+        return soak.report.note(missing)
     try:
         with soak.program.unwritable():
             go_on(soak, random)
     finally:
-        soak.machine.make_home_writable()
+        restore()
+
+
+@fault(1)
+def home_is_read_only(soak, random):
+    use_while(soak, random, soak.machine.make_home_read_only, soak.machine.make_home_writable,
+              "no read-only folder: that needs mounts of our own, or not to be root")
 
 
 @fault(1)
 def disk_is_full(soak, random):
-    if not soak.machine.fill_home():
-        return soak.report.note("no full disk: that needs root and mounts of our own")
-    try:
-        with soak.program.unwritable():
-            go_on(soak, random)
-    finally:
-        soak.machine.free_home()
+    use_while(soak, random, soak.machine.fill_home, soak.machine.free_home,
+              "no full disk: that needs root and mounts of our own")
 
 
 @fault(2)
