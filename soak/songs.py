@@ -76,7 +76,7 @@ class Songs:
         files = [file for folder in folders for file in sorted(folder.rglob("*")) if file.suffix.lower() in SUFFIXES]
         if given and not files:
             raise SystemExit(f"There are no songs in {given}")
-        return files or [Path(__file__).parents[2] / "resources/demo.mid"]
+        return files or [Path(__file__).parents[1] / "resources/demo.mid"]
 
     def converted(self, converter):
         """MIDI 2.0 clips, where the command-line program is there to make them."""
