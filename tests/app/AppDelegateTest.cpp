@@ -6,49 +6,25 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
-#include <QScreen>
 #include <QSettings>
 #include <QTemporaryDir>
 
 namespace tambrel {
 namespace {
 
-using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::IsSupersetOf;
 using ::testing::Not;
 using ::testing::StartsWith;
 using Lines = std::vector<std::string>;
 
-constexpr const char* launched = "Application launch procedure started | "
-                                 "AppDelegate.applicationDidFinishLaunching";
-
 std::string evaluating(int count) {
     return "Evaluating " + std::to_string(count) + " incoming URL(s) | AppDelegate.openMIDIURLs";
 }
-/// Counts the events of one type that a widget gets.
-class EventCounter : public QObject {
-public:
-    EventCounter(QObject& watched, QEvent::Type type, int& count) : type_(type), count_(count) {
-        watched.installEventFilter(this);
-    }
-    bool eventFilter(QObject*, QEvent* event) override {
-        count_ += event->type() == type_;
-        return false;
-    }
 
-private:
-    QEvent::Type type_;
-    int& count_;
-};
-
-const std::string queued = "Main window not ready; queued MIDI URLs | AppDelegate.openMIDIURLs";
-const std::string unsupported = "No supported MIDI URLs found | AppDelegate.openMIDIURLs";
-const std::string openingQueued = "Opening queued MIDI URL(s) | AppDelegate.openPendingMIDIURLs";
-
-class AppDelegateTest : public ::testing::TestWithParam<bool> {
+class AppDelegateTest : public ::testing::Test {
 protected:
     explicit AppDelegateTest(bool diagnosticsEnabled = true) : recorded(diagnosticsEnabled) {}
 
@@ -70,15 +46,16 @@ protected:
         Lines all = recorded.settled();
         std::erase_if(all, [](const std::string& line) {
             return line.find("| AppDelegate.") == std::string::npos &&
-                   line.find("| TambrelMenuBuilder.") == std::string::npos &&
-                   line.find("| TambrelBetaLog.") == std::string::npos;
+                   line.find("| TambrelMenuBuilder.") == std::string::npos;
         });
         return all;
     }
-    template<class View>
-    [[nodiscard]] View& child(const char* name) const {
-        return *delegate.window()->findChild<View*>(name);
+    [[nodiscard]] QAction* item(const QString& title) const {
+        const auto all = delegate.window()->findChildren<QAction*>();
+        const auto found = std::ranges::find(all, title, &QAction::text);
+        return found == all.end() ? nullptr : *found;
     }
+    [[nodiscard]] QDialog* aboutPanel() const { return delegate.window()->findChild<QDialog*>("aboutPanel"); }
     [[nodiscard]] PlaybackMode mode() const { return view->player().mode(); }
 
     TestFiles files;
@@ -87,6 +64,7 @@ protected:
     QTemporaryDir home;
     QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
     int beeps = 0;
+    int choices = 0;
     int loads = 0;
     int debuggingWindows = 0;
     MainViewController* view = nullptr;
@@ -94,7 +72,11 @@ protected:
         {.view = {.makePlayer = script.factory(),
                   .adoptSong = [](const LoadedSong&) {},
                   .beep = [this] { ++beeps; },
-                  .chooseFile = [] { return std::nullopt; },
+                  .chooseFile =
+                      [this] {
+                          ++choices;
+                          return std::nullopt;
+                      },
                   .loadFinished = [this](const std::string&) { ++loads; }},
          .settings = settings,
          .about =
@@ -106,128 +88,30 @@ protected:
         recorded.log};
 };
 
-TEST_F(AppDelegateTest, QueuesFilesUntilTheWindowIsThereAndOpensTheFirst) {
+TEST_F(AppDelegateTest, KeepsWhatItIsAskedForUntilTheWindowIsThere) {
     const auto first = files.write("first.mid", smallSong());
-    delegate.applicationOpenFiles({files.path("notes.txt"), first, files.path("second.mid")});
+    delegate.applicationOpenFiles({files.path("notes.txt"), first, files.path("second.mid")},
+                                  AfterLoad::play);
+    delegate.performAction("open");
     delegate.applicationDidFinishLaunching();
     delegate.applicationOpen({"file:///third.mid"});
+    const std::string queued = "Main window not ready; queued MIDI URLs | AppDelegate.openMIDIURLs";
     ASSERT_TRUE(waitForLoad());
     EXPECT_THAT(
         lines(),
         ElementsAre("User Action: Opened Tambrel with 3 file(s) | AppDelegate.application(_:openFiles:)",
-                    evaluating(3), queued, launched,
+                    evaluating(3), queued,
+                    "Application launch procedure started | AppDelegate.applicationDidFinishLaunching",
                     "Installing runtime app icon if available | AppDelegate.installRuntimeAppIcon",
                     "Building application menus | TambrelMenuBuilder.install",
                     "User Action: Opened Tambrel from Finder with 1 URL(s) | "
                     "AppDelegate.application(_:open:)",
-                    evaluating(1), queued, openingQueued, evaluating(3),
-                    "Loading first.mid | AppDelegate.openMIDIURLs"));
-    EXPECT_EQ(child<QLabel>("fileLabel").text(), "first.mid");
+                    evaluating(1), queued, "Opening queued MIDI URL(s) | AppDelegate.openPendingMIDIURLs",
+                    evaluating(3), "Loading first.mid | AppDelegate.openMIDIURLs"));
     EXPECT_EQ(beeps, 0);
-}
-
-TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
-    launch();
-    EXPECT_THAT(lines(), Not(Contains(openingQueued)));
-    const auto one = files.write("one.MID", smallSong());
-    const auto openEvent = [](const std::filesystem::path& file) {
-        QFileOpenEvent event(QString::fromStdString(file.string()));
-        QCoreApplication::sendEvent(qApp, &event);
-    };
-    const std::string loading = "Loading one.MID | AppDelegate.openMIDIURLs";
-    const std::string fromFinder = "User Action: Opened Tambrel from Finder with ";
-    const struct {
-        const char* name;
-        std::function<void()> handOver;
-        Lines lines;
-    } rows[] = {
-        {"files, a text among them",
-         [&] {
-             delegate.applicationOpenFiles({"a.txt", one, "/b.mid"});
-         },
-         {"User Action: Opened Tambrel with 3 file(s) | AppDelegate.application(_:openFiles:)", evaluating(3),
-          loading}},
-        {"an event of the desktop",
-         [&] { openEvent(one); },
-         {"User Action: Opened Tambrel with file " + one.string() + " | AppDelegate.application(_:openFile:)",
-          evaluating(1), loading}},
-        {"addresses, one of the web among them",
-         [&] {
-             delegate.applicationOpen(
-                 {"https://a.example/b.mid", "file:b.mid", "file://localhost" + QString(one.c_str())});
-         },
-         {fromFinder + "3 URL(s) | AppDelegate.application(_:open:)", evaluating(3), loading}},
-        {"an address of another host",
-         [&] { delegate.applicationOpen({"file://host" + QString(one.c_str())}); },
-         {fromFinder + "1 URL(s) | AppDelegate.application(_:open:)", evaluating(1), unsupported}},
-        {"a text",
-         [&] { EXPECT_TRUE(delegate.applicationOpenFile("/a.txt")); },
-         {"User Action: Opened Tambrel with file /a.txt | AppDelegate.application(_:openFile:)",
-          evaluating(1), unsupported}},
-        {"nothing at all",
-         [&] { delegate.applicationOpen({}); },
-         {fromFinder + "0 URL(s) | AppDelegate.application(_:open:)", evaluating(0), unsupported}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        beeps = 0;
-        row.handOver();
-        const bool opens = row.lines.back() == loading;
-        EXPECT_TRUE(!opens || waitForLoad());
-        EXPECT_EQ(lines(), row.lines);
-        EXPECT_EQ(beeps, opens ? 0 : 1);
-    }
-}
-
-TEST_F(AppDelegateTest, PlaysOnlyWhatItWasAskedToPlay) {
-    const auto song = files.write("a.mid", smallSong());
-    const QString address = "file://" + QString(song.c_str());
-    delegate.applicationOpenFiles({song}, AfterLoad::play);
-    delegate.applicationOpenFiles({song}); // Of those that wait, the first is opened.
-    launch();
-    const struct {
-        const char* name;
-        std::function<void()> open;
-        PlaybackMode mode;
-    } rows[] = {
-        {"before there was a window", [] {}, PlaybackMode::playing},
-        {"opened only", [&] { delegate.applicationOpen({address}); }, PlaybackMode::idle},
-        {"to be played", [&] { delegate.applicationOpen({address}, AfterLoad::play); },
-         PlaybackMode::playing},
-        {"opened only, after a text that was to be played",
-         [&] {
-             delegate.applicationOpen({"file:///a.txt"}, AfterLoad::play);
-             delegate.applicationOpen({address});
-         },
-         PlaybackMode::idle},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        row.open();
-        ASSERT_TRUE(waitForLoad());
-        EXPECT_EQ(mode(), row.mode);
-    }
-}
-
-TEST_F(AppDelegateTest, ComesToTheFrontOnceForWhatIsOpened) {
-    launch();
-    delegate.window()->showMinimized();
-    int raised = 0;
-    const EventCounter counter(*delegate.window(), QEvent::ZOrderChange, raised);
-    delegate.applicationOpen({"file://" + QString(files.write("a.mid", smallSong()).c_str())},
-                             AfterLoad::wait, "a token");
-    EXPECT_FALSE(delegate.window()->isMinimized());
-    EXPECT_EQ(raised, 1);
-    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "a token");
-    qunsetenv("XDG_ACTIVATION_TOKEN");
-}
-
-TEST_F(AppDelegateTest, CarriesOutTheActionsOfALauncher) {
-    delegate.applicationOpenFile(files.write("a.mid", smallSong()));
-    launch();
-    ASSERT_TRUE(waitForLoad());
-    for (const auto& [action, mode] : {std::pair{"play-pause", PlaybackMode::playing},
-                                       {"dance", PlaybackMode::playing},
+    EXPECT_EQ(choices, 1);
+    EXPECT_EQ(mode(), PlaybackMode::playing);
+    for (const auto& [action, mode] : {std::pair{"dance", PlaybackMode::playing},
                                        {"play-pause", PlaybackMode::paused},
                                        {"stop", PlaybackMode::idle}}) {
         delegate.performAction(action);
@@ -235,171 +119,162 @@ TEST_F(AppDelegateTest, CarriesOutTheActionsOfALauncher) {
     }
 }
 
-TEST_F(AppDelegateTest, KeepsAnActionUntilTheWindowIsThere) {
-    delegate.performAction("open");
+TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
     launch();
-    EXPECT_THAT(recorded.settled(), Contains(StartsWith("Open MIDI File panel cancelled")));
+    EXPECT_THAT(lines(), Not(Contains(HasSubstr("openPendingMIDIURLs"))));
+    const auto one = files.write("one.MID", smallSong());
+    const std::string loading = "Loading one.MID | AppDelegate.openMIDIURLs";
+    const struct {
+        const char* name;
+        std::function<void()> handOver;
+        Lines lines;
+        PlaybackMode mode;
+    } rows[] = {
+        {"addresses, one of the web among them, to be played",
+         [&] {
+             delegate.applicationOpen(
+                 {"https://a.example/b.mid", "file:b.mid", "file://localhost" + QString(one.c_str())},
+                 AfterLoad::play, "a token");
+         },
+         {"User Action: Opened Tambrel from Finder with 3 URL(s) | AppDelegate.application(_:open:)",
+          evaluating(3), loading},
+         PlaybackMode::playing},
+        {"a text",
+         [&] { EXPECT_TRUE(delegate.applicationOpenFile("/a.txt")); },
+         {"User Action: Opened Tambrel with file /a.txt | AppDelegate.application(_:openFile:)",
+          evaluating(1), "No supported MIDI URLs found | AppDelegate.openMIDIURLs"},
+         PlaybackMode::playing},
+        {"an event of the desktop",
+         [&] {
+             QFileOpenEvent event(QString(one.c_str()));
+             QCoreApplication::sendEvent(qApp, &event);
+         },
+         {"User Action: Opened Tambrel with file " + one.string() + " | AppDelegate.application(_:openFile:)",
+          evaluating(1), loading},
+         PlaybackMode::idle},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        beeps = 0;
+        delegate.window()->showMinimized();
+        row.handOver();
+        EXPECT_FALSE(delegate.window()->isMinimized());
+        EXPECT_TRUE(delegate.window()->isActiveWindow());
+        const bool opens = row.lines.back() == loading;
+        EXPECT_TRUE(!opens || waitForLoad());
+        EXPECT_EQ(lines(), row.lines);
+        EXPECT_EQ(beeps, opens ? 0 : 1);
+        EXPECT_EQ(mode(), row.mode);
+    }
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "a token");
+    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
-TEST_F(AppDelegateTest, RemembersWhereTheWindowIs) {
-    launch();
-    const QRect available = QApplication::primaryScreen()->availableGeometry();
+TEST_F(AppDelegateTest, KeepsThePlaceOfTheWindowAndEndsTheSessionThatHasBegunOnce) {
+    const auto ended = StartsWith("Application Session Ended Normally");
+    delegate.applicationDidFinishLaunching();
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(recorded.taken(), Not(Contains(ended)));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view != nullptr; }));
     auto* window = delegate.window();
     EXPECT_EQ(window->centralWidget()->size(), QSize(480, 480));
     EXPECT_EQ(window->minimumSize(), window->maximumSize());
-    EXPECT_LE((window->geometry().center() - available.center()).manhattanLength(), 2);
 
     const TambrelWindowPlacementStore store(settings);
     window->setGeometry({QPoint(40, 50), window->size()});
     EXPECT_TRUE(QTest::qWaitFor([&] { return store.savedFrame({480, 480}) == QRectF(40, 50, 480, 480); }));
     settings.clear();
-    delegate.applicationWillTerminate();
-    EXPECT_EQ(store.savedFrame({480, 480}), QRectF(40, 50, 480, 480));
-    EXPECT_THAT(recorded.taken(), Contains(StartsWith("Application Session Ended Normally")));
-}
-
-TEST_F(AppDelegateTest, EndsNoSessionThatHasNotBegun) {
-    delegate.applicationDidFinishLaunching();
-    delegate.applicationWillTerminate();
-    EXPECT_THAT(recorded.taken(), Not(Contains(StartsWith("Application Session Ended Normally"))));
-}
-
-TEST_F(AppDelegateTest, HasEverythingWrittenWhenTheSessionIsAboutToEnd) {
-    launch();
-    settings.clear();
     static_cast<void>(recorded.taken());
     QObject manager; // Nobody asks it anything.
     QMetaObject::invokeMethod(qApp, "commitDataRequest", Qt::DirectConnection,
                               QGenericArgument("QSessionManager&", &manager));
-    QFile defaults(settings.fileName());
-    ASSERT_TRUE(defaults.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(defaults.readAll().contains("TambrelMainWindowFrame"));
-    EXPECT_THAT(recorded.taken(), ElementsAre(StartsWith("Application Session Ended Normally")));
+    EXPECT_THAT(content(settings.fileName().toStdString()), HasSubstr("TambrelMainWindowFrame=\"{{40, 50}"));
+    EXPECT_THAT(recorded.taken(), ElementsAre(ended));
     delegate.applicationWillTerminate();
     EXPECT_THAT(recorded.taken(), IsEmpty());
 }
 
-/// With diagnostics or without.
-class MenuTest : public AppDelegateTest {
-protected:
-    MenuTest() : AppDelegateTest(GetParam()) {
-        delegate.applicationOpenFile(files.write("a.mid", smallSong()));
-        launch();
-        EXPECT_TRUE(waitForLoad());
-        activate();
-    }
-    [[nodiscard]] QAction& item(const QString& title) const {
-        for (QAction* action : delegate.window()->findChildren<QAction*>())
-            if (action->text() == title)
-                return *action;
-        throw std::out_of_range(title.toStdString());
-    }
-};
-INSTANTIATE_TEST_SUITE_P(WithAndWithoutDiagnostics, MenuTest, ::testing::Bool(), [](const auto& instance) {
-    return instance.param ? "Diagnostics" : "NoDiagnostics";
-});
-
-TEST_P(MenuTest, HasTheWholeTable) {
+TEST_F(AppDelegateTest, HasTheWholeMenu) {
+    launch();
     Lines table;
     for (const QAction* menu : delegate.window()->menuBar()->actions()) {
-        table.push_back(menu->text().remove('&').toStdString());
+        table.push_back(menu->text().remove('&').toStdString() + ":");
         for (const QAction* entry : menu->menu()->actions())
             if (!entry->isSeparator())
-                table.push_back("  " + entry->text().toStdString() + (entry->isEnabled() ? "" : " (off)") +
-                                (entry->shortcut().isEmpty() ? "" : ": ") +
-                                entry->shortcut().toString(QKeySequence::PortableText).toStdString());
+                table.back() += (entry->isEnabled() ? " [" : " [off ") + entry->text().toStdString() + "]" +
+                                entry->shortcut().toString(QKeySequence::PortableText).toStdString();
     }
-    Lines expected{"Tambrel",
-                   "  About Tambrel",
-                   "  Get Info: Ctrl+I",
-                   "  Services (off)",
-                   "  Hide Tambrel: Ctrl+H",
-                   "  Hide Others (off): Ctrl+Alt+H",
-                   "  Show All",
-                   "  Quit Tambrel: Ctrl+Q",
-                   "File",
-                   "  Open MIDI File...: Ctrl+O",
-                   "Transport",
-                   "  Play/Pause: Space",
-                   "  Return to Zero: Ctrl+R",
-                   "  Stop: Ctrl+.",
-                   "Window",
-                   "  Minimize: Ctrl+M",
-                   "  Zoom (off)",
-                   "  Bring All to Front",
-                   "Help",
-                   "  Tambrel Help: Ctrl+?"};
-    if (GetParam())
-        expected.insert(expected.begin() + 14, {"Debug", "  Debugging Window: Ctrl+B"});
-    EXPECT_EQ(table, expected);
+    EXPECT_THAT(table,
+                ElementsAre("Tambrel: [About Tambrel] [Get Info]Ctrl+I [off Services] [Hide Tambrel]Ctrl+H "
+                            "[off Hide Others]Ctrl+Alt+H [Show All] [Quit Tambrel]Ctrl+Q",
+                            "File: [Open MIDI File...]Ctrl+O",
+                            "Transport: [Play/Pause]Space [Return to Zero]Ctrl+R [Stop]Ctrl+.",
+                            "Debug: [Debugging Window]Ctrl+B",
+                            "Window: [Minimize]Ctrl+M [off Zoom] [Bring All to Front]",
+                            "Help: [Tambrel Help]Ctrl+?"));
 }
 
-TEST_P(MenuTest, IsSteeredByItsKeysWhateverHasTheFocus) {
+TEST_F(AppDelegateTest, IsSteeredAndHiddenByKeysWhateverHasTheFocus) {
+    delegate.applicationOpenFile(files.write("a.mid", smallSong()));
+    launch();
+    ASSERT_TRUE(waitForLoad());
+    activate();
     const struct {
-        const char* name;
-        int key;
-        Qt::KeyboardModifiers modifiers;
+        const char* key;
         PlaybackMode mode;
         double position;
-    } rows[] = {
-        {"plays", Qt::Key_Space, Qt::NoModifier, PlaybackMode::playing, 4},
-        {"pauses", Qt::Key_Space, Qt::NoModifier, PlaybackMode::paused, 4},
-        {"returns to zero", Qt::Key_R, Qt::ControlModifier, PlaybackMode::paused, 0},
-        {"stops", Qt::Key_Period, Qt::ControlModifier, PlaybackMode::idle, 0},
-    };
-    for (const char* focused : {"timeline", "playPauseButton", "stopButton", "clearButton"}) {
-        child<QWidget>(focused).setFocus();
+    } rows[] = {{"Space", PlaybackMode::playing, 4},
+                {"Space", PlaybackMode::paused, 4},
+                {"Ctrl+R", PlaybackMode::paused, 0},
+                {"Ctrl+.", PlaybackMode::idle, 0}};
+    for (const char* focused : {"timeline", "playPauseButton", "clearButton"}) {
+        delegate.window()->findChild<QWidget*>(focused)->setFocus();
         view->seek(4);
         for (const auto& row : rows) {
-            SCOPED_TRACE(std::string(focused) + " " + row.name);
-            QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(row.key), row.modifiers);
+            SCOPED_TRACE(std::string(focused) + " " + row.key);
+            QTest::keySequence(QApplication::focusWidget(), QKeySequence(row.key));
             EXPECT_EQ(mode(), row.mode);
             EXPECT_EQ(view->player().position(), row.position);
         }
     }
-    QTest::keyClick(delegate.window(), Qt::Key_B, Qt::ControlModifier);
-    EXPECT_EQ(debuggingWindows, GetParam() ? 1 : 0);
-}
-
-TEST_P(MenuTest, HidesAndShowsTheWindow) {
-    for (const char* hiding : {"Hide Tambrel", "Minimize"}) {
-        item(hiding).trigger();
-        EXPECT_TRUE(delegate.window()->isMinimized()) << hiding;
-        item("Show All").trigger();
-        EXPECT_FALSE(delegate.window()->isMinimized());
+    QTest::keySequence(delegate.window(), QKeySequence("Ctrl+B"));
+    EXPECT_EQ(debuggingWindows, 1);
+    for (const char* hiding : {"Ctrl+H", "Ctrl+M"}) {
         activate();
+        QTest::keySequence(delegate.window(), QKeySequence(hiding));
+        EXPECT_TRUE(delegate.window()->isMinimized()) << hiding;
+        item("Show All")->trigger();
+        EXPECT_FALSE(delegate.window()->isMinimized());
     }
 }
 
-class AboutPanelTest : public AppDelegateTest {
-protected:
-    AboutPanelTest() { launch(); }
-    [[nodiscard]] QDialog* panel() const { return delegate.window()->findChild<QDialog*>("aboutPanel"); }
+struct WithoutDiagnosticsTest : AppDelegateTest {
+    WithoutDiagnosticsTest() : AppDelegateTest(false) {}
 };
 
-TEST_F(AboutPanelTest, IsOnePanelThatBlocksNothing) {
-    const std::pair<Qt::Key, Qt::KeyboardModifiers> ways[] = {
-        {Qt::Key_I, Qt::ControlModifier},
-        {Qt::Key_Question, Qt::ControlModifier},
-        {Qt::Key_F1, Qt::NoModifier},
-    };
-    for (const auto& [key, modifiers] : ways) {
-        activate();
-        QTest::keyClick(delegate.window(), key, modifiers);
-        ASSERT_TRUE(panel()) << key;
-        EXPECT_FALSE(panel()->isModal());
-        EXPECT_EQ(delegate.window()->findChildren<QDialog*>().size(), 1);
-        QTest::keyClick(panel(), Qt::Key_Escape);
-        EXPECT_TRUE(QTest::qWaitFor([this] { return panel() == nullptr; })) << "Escape closes it";
-    }
+TEST_F(WithoutDiagnosticsTest, HasNoDebuggingWindow) {
+    launch();
+    EXPECT_TRUE(item("Stop"));
+    EXPECT_FALSE(item("Debugging Window"));
 }
 
-TEST_F(AboutPanelTest, LetsTheKeyboardReachAllItsTexts) {
+TEST_F(AppDelegateTest, ShowsOneAboutPanelThatBlocksNothingAndThatTheKeyboardReaches) {
+    launch();
+    for (const char* key : {"Ctrl+I", "Ctrl+?", "F1"}) {
+        activate();
+        QTest::keySequence(delegate.window(), QKeySequence(key));
+        ASSERT_TRUE(aboutPanel()) << key;
+        EXPECT_FALSE(aboutPanel()->isModal());
+        QTest::keyClick(aboutPanel(), Qt::Key_Escape);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return aboutPanel() == nullptr; })) << "Escape closes it";
+    }
     delegate.showInfo();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return panel()->isAncestorOf(QApplication::focusWidget()); }));
+    delegate.showInfo();
+    EXPECT_EQ(delegate.window()->findChildren<QDialog*>().size(), 1);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return aboutPanel()->isAncestorOf(QApplication::focusWidget()); }));
     std::map<std::string, std::string> texts;
     for (int i = 0; i < 5; ++i) {
-        QTest::keyClick(panel(), Qt::Key_Tab);
+        QTest::keyClick(aboutPanel(), Qt::Key_Tab);
         auto* focused = QApplication::focusWidget();
         const auto* text = qobject_cast<QPlainTextEdit*>(focused);
         auto* seen = QAccessible::queryAccessibleInterface(focused);
