@@ -24,6 +24,14 @@ std::string evaluating(int count) {
     return "Evaluating " + std::to_string(count) + " incoming URL(s) | AppDelegate.openMIDIURLs";
 }
 
+struct RaiseCounter : QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == QEvent::ZOrderChange;
+        return false;
+    }
+    int count = 0;
+};
+
 class AppDelegateTest : public ::testing::Test {
 protected:
     explicit AppDelegateTest(bool diagnosticsEnabled = true) : recorded(diagnosticsEnabled) {}
@@ -153,13 +161,16 @@ TEST_F(AppDelegateTest, OpensTheFirstFileThatIsSupportedWhicheverWayItComes) {
           evaluating(1), loading},
          PlaybackMode::idle},
     };
+    RaiseCounter raises;
+    delegate.window()->installEventFilter(&raises);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         beeps = 0;
         delegate.window()->showMinimized();
+        raises.count = 0;
         row.handOver();
         EXPECT_FALSE(delegate.window()->isMinimized());
-        EXPECT_TRUE(delegate.window()->isActiveWindow());
+        EXPECT_EQ(raises.count, 1);
         const bool opens = row.lines.back() == loading;
         EXPECT_TRUE(!opens || waitForLoad());
         EXPECT_EQ(lines(), row.lines);

@@ -51,12 +51,6 @@ TEST(WindowPlacement, MovesAFrameIntoTheScreenItBelongsTo) {
     }
 }
 
-TEST(WindowPlacement, CentersAWindowOnTheFirstScreenThatIsUsable) {
-    EXPECT_EQ(Store::centeredFrame(window, {{0, 0, -5, 900}, right}), windowAt(1360, 210));
-    EXPECT_EQ(Store::centeredFrame(window, {{0, 0, 400, 300}}), windowAt(-40, -90));
-    EXPECT_EQ(Store::centeredFrame(window, {}), windowAt(0, 0));
-}
-
 class SavedWindowPlacement : public ::testing::Test {
 protected:
     QTemporaryDir folder;
@@ -82,23 +76,14 @@ TEST_F(SavedWindowPlacement, WritesNoFrameThatCouldNotBeUsed) {
 }
 
 TEST_F(SavedWindowPlacement, IgnoresGarbage) {
-    const struct {
-        const char* name;
-        QVariant value;
-    } rows[] = {
-        {"nothing", {}},
-        {"words", "on the left, please"},
-        {"five numbers", "{{1, 2}, {3, 4, 5}}"},
-        {"more after the end", "{{1, 2}, {3, 4}} and so on"},
-        {"no width", "{{1, 2}, {0, 4}}"},
-        {"a negative height", "{{1, 2}, {3, -4}}"},
-        {"a place that is no number", "{{1, nan}, {3, 4}}"},
-        {"a number too large", "{{1e999, 2}, {3, 4}}"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        defaults.setValue(Store::frameKey, row.value);
+    for (const QVariant& value :
+         {QVariant(), QVariant("on the left, please"), QVariant("{{1, 2}, {3, 4, 5}}"),
+          QVariant("{{1, 2}, {3, 4}} and so on"), QVariant("{{1, 2}, {0, 4}}"), QVariant("{{1, 2}, {3, -4}}"),
+          QVariant("{{1, nan}, {3, 4}}"), QVariant("{{1e999, 2}, {3, 4}}"), QVariant(7)}) {
+        SCOPED_TRACE(value.toString().toStdString());
+        defaults.setValue(Store::frameKey, value);
         EXPECT_EQ(store.launchFrame(window, pair), windowAt(260, 172.5));
+        EXPECT_EQ(store.launchFrame(window, {}), windowAt(0, 0));
     }
 }
 

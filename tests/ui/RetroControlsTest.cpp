@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontInfo>
 #include <QHelpEvent>
 #include <QToolTip>
 
@@ -80,6 +81,7 @@ TEST(RetroButton, MarksTheFocusOnlyOnceTheUserSteersByKeyboard) {
 
 TEST(RetroLabel, ShowsWhatFitsAndExposesTheWholeText) {
     const QString name = "A <b>Long</b> Walk & a Short One.mid";
+    EXPECT_TRUE(QFontInfo(RetroTheme::mono()).fixedPitch());
     const int whole = qCeil(QFontMetricsF(RetroTheme::songName()).horizontalAdvance(name));
     const int least = qCeil(QFontMetricsF(RetroTheme::mono()).horizontalAdvance(name));
     const struct {
