@@ -25,7 +25,6 @@ TEST(SMFByteCodec, readsVariableLengthQuantitiesOfAtMostFourBytes) {
         {"zero", {0x00}, 1, 0u, 1},
         {"largest of one byte, more data behind it", {0x7F, 0x05}, 2, 127u, 1},
         {"smallest of two bytes", {0x81, 0x00}, 2, 128u, 2},
-        {"four bytes", {0x81, 0x80, 0x80, 0x00}, 4, 0x200000u, 4},
         {"largest", {0xFF, 0xFF, 0xFF, 0x7F}, 4, 0x0FFFFFFFu, 4},
         {"padded with leading zero groups", {0x80, 0x80, 0x00}, 3, 0u, 3},
         {"five bytes", {0x81, 0x80, 0x80, 0x80, 0x00}, 5, std::nullopt, 0},
@@ -41,32 +40,11 @@ TEST(SMFByteCodec, readsVariableLengthQuantitiesOfAtMostFourBytes) {
 }
 
 TEST(SMFByteCodec, writesTheShortestVariableLengthQuantity) {
-    const std::pair<std::uint32_t, Bytes> rows[] = {
-        {0, {0x00}},
-        {127, {0x7F}},
-        {128, {0x81, 0x00}},
-        {16383, {0xFF, 0x7F}},
-        {16384, {0x81, 0x80, 0x00}},
-        {0x0FFFFFFF, {0xFF, 0xFF, 0xFF, 0x7F}},
-        {0x10000000, {0x81, 0x80, 0x80, 0x80, 0x00}},
-        {0xFFFFFFFF, {0x8F, 0xFF, 0xFF, 0xFF, 0x7F}},
-    };
-    for (const auto& [value, expected] : rows) {
-        SCOPED_TRACE(value);
-        Bytes written{0xEE};
-        SMFByteCodec::appendVarLen(value, written);
-        EXPECT_EQ(written.front(), 0xEE) << "what was there before stays";
-        EXPECT_EQ(Bytes(written.begin() + 1, written.end()), expected);
-    }
-}
-
-TEST(SMFByteCodec, writesAndReadsBigEndianIntegers) {
     Bytes written;
-    SMFByteCodec::appendU16(0x8123, written);
-    SMFByteCodec::appendU32(0xFEDCBA98, written);
-    EXPECT_EQ(written, (Bytes{0x81, 0x23, 0xFE, 0xDC, 0xBA, 0x98}));
-    EXPECT_EQ(SMFByteCodec::readU16(written, 0), 0x8123);
-    EXPECT_EQ(SMFByteCodec::readU32(written, 2), 0xFEDCBA98u);
+    for (const std::uint32_t value : {0u, 127u, 128u, 16383u, 16384u, 0x0FFFFFFFu, 0x10000000u, 0xFFFFFFFFu})
+        SMFByteCodec::appendVarLen(value, written);
+    EXPECT_EQ(written, (Bytes{0x00, 0x7F, 0x81, 0x00, 0xFF, 0x7F, 0x81, 0x80, 0x00, 0xFF, 0xFF, 0xFF,
+                              0x7F, 0x81, 0x80, 0x80, 0x80, 0x00, 0x8F, 0xFF, 0xFF, 0xFF, 0x7F}));
 }
 
 Bytes withByte(Bytes file, std::size_t at, std::uint8_t byte) {
@@ -81,7 +59,6 @@ Bytes cutTo(Bytes file, std::size_t size) {
 
 TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
     const Bytes song = smfBytes(1, 480, {TrackBuilder().noteOn(1, 9, 36)});
-    EXPECT_TRUE(SMFByteCodec::hasHeader(cutTo(song, 14)));
     struct Row {
         const char* name;
         Bytes bytes;
@@ -98,22 +75,17 @@ TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const MIDIData data{Bytes(row.bytes)};
-        EXPECT_EQ(SMFByteCodec::hasHeader(data), row.isRead);
         EXPECT_EQ(MIDIFileInfo::parse(data) != MIDIFileInfo{}, row.isRead);
         EXPECT_EQ(!MIDI2ClipBuilder::build(data).empty(), row.isRead);
         EXPECT_EQ(!MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data), row.isRead);
     }
 }
 
-// A file of tracks with 3, 0 and 7 data bytes, whose chunks begin at 14, 25 and 33.
-Bytes threeTracks() {
-    return smfBytes(
-        1, 480, {TrackBuilder().raw({1, 2, 3}), TrackBuilder(), TrackBuilder().raw({1, 2, 3, 4, 5, 6, 7})});
-}
-
 TEST(SMFTrackChunk, discoveryEndsAtTheFirstChunkThatIsNoWholeTrack) {
-    const Bytes file = threeTracks();
-    ASSERT_EQ(file.size(), 48u);
+    // Tracks with 3, 0 and 7 data bytes, whose chunks begin at 14, 25 and 33.
+    const Bytes file = smfBytes(
+        1, 480, {TrackBuilder().raw({1, 2, 3}), TrackBuilder(), TrackBuilder().raw({1, 2, 3, 4, 5, 6, 7})});
+    const SMFTrackChunk chunks[] = {{0, 14, 22, 25, 3}, {1, 25, 33, 33, 0}, {2, 33, 41, 48, 7}};
     Bytes trailing = file;
     trailing.insert(trailing.end(), {'M', 'T', 'r', 'k', 0, 0, 0});
     struct Row {
@@ -124,31 +96,20 @@ TEST(SMFTrackChunk, discoveryEndsAtTheFirstChunkThatIsNoWholeTrack) {
     };
     const Row rows[] = {
         {"all of them, the last ending with the data", file, 3, 3},
-        {"none declared", file, 0, 0},
         {"fewer declared than present", file, 2, 2},
         {"more declared than present", file, 65535, 3},
         {"a foreign chunk hides those behind it", withByte(file, 25, 'X'), 3, 1},
-        {"lower case is foreign", withByte(file, 26, 't'), 3, 1},
         {"the last one byte short", cutTo(file, 47), 3, 2},
         {"cut inside a chunk header", cutTo(file, 32), 3, 1},
         {"a length beyond any file", withByte(file, 18, 0xFF), 3, 0},
         {"stray bytes behind the last", trailing, 65535, 3},
-        {"shorter than a header", cutTo(file, 13), 3, 0},
         {"empty", {}, 3, 0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(SMFTrackEventWalker::trackChunks(row.file, row.declared).size(), row.found);
+        EXPECT_EQ(SMFTrackEventWalker::trackChunks(row.file, row.declared),
+                  std::vector(chunks, chunks + row.found));
     }
-}
-
-TEST(SMFTrackChunk, saysWhereAChunkLies) {
-    const Bytes file = threeTracks();
-    const auto chunks = SMFTrackEventWalker::trackChunks(file, 3);
-    ASSERT_EQ(chunks.size(), 3u);
-    EXPECT_EQ(chunks[0], (SMFTrackChunk{0, 14, 22, 25, 3}));
-    EXPECT_EQ(chunks[1], (SMFTrackChunk{1, 25, 33, 33, 0}));
-    EXPECT_EQ(chunks[2], (SMFTrackChunk{2, 33, 41, 48, 7}));
 }
 
 } // namespace
