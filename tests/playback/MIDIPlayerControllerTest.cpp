@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <limits>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -18,7 +19,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+const std::string stopsTimer = "Stopping playback timer | stopTimer";
+const std::string startsTimer = "Starting playback timer | startTimer";
+const std::string resets = "Resetting AVMIDIPlayer before load | load(data:position:modeAfterLoad:)";
 
 class MIDIPlayerControllerTest : public ::testing::Test {
 protected:
@@ -41,31 +44,26 @@ protected:
     /// What has been logged since the last call, without the class's name.
     [[nodiscard]] std::vector<std::string> lines() {
         auto entries = recorded.taken();
-        const std::string prefix = "MIDIPlayerController.";
+        const std::string name = "MIDIPlayerController.";
         for (std::string& entry : entries)
-            if (const auto found = entry.find(prefix); found != std::string::npos)
-                entry.erase(found, prefix.size());
+            entry.erase(entry.find(name), name.size());
         return entries;
     }
 
-    void forget() {
-        static_cast<void>(recorded.taken());
-        events.clear();
-        script.calls.clear();
-    }
-
-    /// Brings a fresh controller to the mode, with or without a song of 10 seconds at `position`.
-    void enter(PlaybackMode mode, bool loaded = true, double position = 4) {
+    /// Brings a fresh controller to the mode; with a song of 10 seconds when there is a position.
+    void enter(PlaybackMode mode, std::optional<double> position) {
         controller.unload();
         script.duration = 10;
-        if (loaded)
+        if (position)
             controller.load({});
         if (mode != PlaybackMode::idle)
             controller.play();
         if (mode == PlaybackMode::paused)
             controller.pause();
-        script.position = position;
-        forget();
+        script.position = position.value_or(0);
+        static_cast<void>(recorded.taken());
+        events.clear();
+        script.calls.clear();
     }
 
     RecordedLog recorded;
@@ -74,24 +72,16 @@ protected:
     MIDIPlayerController controller{script.factory(), recorded.log};
 };
 
-const auto stopsTimer = "Stopping playback timer | stopTimer";
-const auto startsTimer = "Starting playback timer | startTimer";
-const auto resets = "Resetting AVMIDIPlayer before load | load(data:position:modeAfterLoad:)";
-const auto loads = "Loading MIDI playback data | load(data:)";
-
 TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
     using Controller = MIDIPlayerController;
-    using Texts = std::vector<std::string>;
-    constexpr auto idle = PlaybackMode::idle;
-    constexpr auto playing = PlaybackMode::playing;
-    constexpr auto paused = PlaybackMode::paused;
+    using enum PlaybackMode;
     const auto seekTo = [](double seconds) { return [seconds](Controller& c) { c.seek(seconds); }; };
-    const auto play = [](Controller& c) { c.play(); };
-    const auto pause = [](Controller& c) { c.pause(); };
-    const auto toggle = [](Controller& c) { c.togglePlayPause(); };
-    const auto stop = [](Controller& c) { c.stop(); };
-    const auto rtz = [](Controller& c) { c.rtz(); };
-    const auto unload = [](Controller& c) { c.unload(); };
+    const auto play = &Controller::play;
+    const auto pause = &Controller::pause;
+    const auto toggle = &Controller::togglePlayPause;
+    const auto stop = &Controller::stop;
+    const auto rtz = &Controller::rtz;
+    const auto unload = &Controller::unload;
     const auto reload = [](Controller& c) { c.reloadForPlayback({}, 99); };
     const std::string starts = "Starting playback | play";
     const std::string pauses = "Pausing playback | pause";
@@ -99,110 +89,85 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
     const std::string stops = "Stopping playback and returning to zero | stop";
     const std::string returns = "Returning playhead to zero | rtz";
     const std::string clears = "Clearing MIDI playback data | unload";
-    const Texts reloadLines{"Reloading MIDI playback data at current position | "
-                            "reloadForPlayback(data:position:)",
-                            resets, stopsTimer,
-                            "AVMIDIPlayer loaded; duration 10.0 | load(data:position:modeAfterLoad:)"};
 
     const struct {
         const char* name;
         PlaybackMode from;
-        bool loaded;
-        double position;
+        std::optional<double> position; // Of a song of 10 seconds.
         std::function<void(Controller&)> command;
-        PlaybackMode to;
-        double newPosition;
-        Texts events;
-        Texts calls;
-        Texts lines;
+        std::vector<std::string> outcome; // Mode and place, what is reported, the player's calls, the log.
     } rows[] = {
         // clang-format off
-        {"play without a song", idle, false, 0, play, idle, 0, {}, {},
-         {"Play ignored because no MIDI file is loaded | play"}},
-        {"pause without a song", idle, false, 0, pause, idle, 0, {}, {}, {notActive}},
-        {"stop without a song", idle, false, 0, stop, idle, 0, {}, {},
-         {"Stop ignored because no MIDI file is loaded | stop"}},
-        {"rtz without a song", idle, false, 0, rtz, idle, 0, {}, {},
-         {"RTZ ignored because no MIDI file is loaded | rtz"}},
-        {"seek without a song", idle, false, 0, seekTo(1), idle, 0, {}, {},
-         {"Seek ignored because no MIDI file is loaded | seek(to:)"}},
-        {"unload without a song", idle, false, 0, unload, idle, 0,
-         {"mode idle", "loaded 0", "progress 0 of 0"}, {}, {clears}},
+        {"play without a song", idle, {}, play, {"idle at 0", "Play ignored because no MIDI file is loaded | play"}},
+        {"pause without a song", idle, {}, pause, {"idle at 0", notActive}},
+        {"stop without a song", idle, {}, stop, {"idle at 0", "Stop ignored because no MIDI file is loaded | stop"}},
+        {"rtz without a song", idle, {}, rtz, {"idle at 0", "RTZ ignored because no MIDI file is loaded | rtz"}},
+        {"seek without a song", idle, {}, seekTo(1),
+         {"idle at 0", "Seek ignored because no MIDI file is loaded | seek(to:)"}},
+        {"unload without a song", idle, {}, unload, {"idle at 0", "mode idle", "loaded 0", "progress 0 of 0", clears}},
 
-        {"play in the middle", idle, true, 4, play, playing, 4, {"mode playing"}, {"play"},
-         {starts, startsTimer}},
-        {"play after a pause resumes", paused, true, 4, play, playing, 4, {"mode playing"}, {"play"},
-         {starts, startsTimer}},
-        {"play just short of the end", idle, true, 9.97, play, playing, 9.97, {"mode playing"}, {"play"},
-         {starts, startsTimer}},
-        {"play within the tolerance of the end restarts", idle, true, 9.99, play, playing, 0,
-         {"mode playing"}, {"play"}, {starts, startsTimer}},
-        {"play while playing repeats itself", playing, true, 4, play, playing, 4, {"mode playing"}, {"play"},
-         {starts, startsTimer, stopsTimer}},
-
-        {"pause while playing keeps the place", playing, true, 4, pause, paused, 4,
-         {"mode paused", "progress 4 of 10"}, {"stop"}, {pauses, stopsTimer}},
-        {"pause while idle", idle, true, 4, pause, idle, 4, {}, {}, {notActive}},
-        {"pause while paused", paused, true, 4, pause, paused, 4, {}, {}, {notActive}},
-
-        {"toggle while idle", idle, true, 4, toggle, playing, 4, {"mode playing"}, {"play"},
-         {"Toggling playback from idle | togglePlayPause", starts, startsTimer}},
-        {"toggle while playing", playing, true, 4, toggle, paused, 4, {"mode paused", "progress 4 of 10"},
-         {"stop"}, {"Toggling playback from playing | togglePlayPause", pauses, stopsTimer}},
-        {"toggle while paused", paused, true, 4, toggle, playing, 4, {"mode playing"}, {"play"},
-         {"Toggling playback from paused | togglePlayPause", starts, startsTimer}},
-
-        {"stop while playing", playing, true, 4, stop, idle, 0, {"mode idle", "progress 0 of 10"}, {"stop"},
-         {stops, stopsTimer}},
-        {"stop while idle reports again", idle, true, 4, stop, idle, 0, {"mode idle", "progress 0 of 10"},
-         {"stop"}, {stops}},
-
-        {"rtz while playing plays on", playing, true, 4, rtz, playing, 0, {"progress 0 of 10"}, {}, {returns}},
-        {"rtz while paused", paused, true, 4, rtz, paused, 0, {"progress 0 of 10"}, {}, {returns}},
-
-        {"seek while playing plays on", playing, true, 4, seekTo(7.5), playing, 7.5, {"progress 7.5 of 10"},
-         {}, {"Seeking to 7.5 seconds | seek(to:)"}},
-        {"seek before the start", idle, true, 4, seekTo(-3), idle, 0, {"progress 0 of 10"}, {},
-         {"Seeking to -3.0 seconds | seek(to:)"}},
-        {"seek past the end", paused, true, 4, seekTo(12.5), paused, 10, {"progress 10 of 10"}, {},
-         {"Seeking to 12.5 seconds | seek(to:)"}},
-        {"seek to no number", idle, true, 4, seekTo(notANumber), idle, 0, {"progress 0 of 10"}, {},
-         {"Seeking to nan seconds | seek(to:)"}},
-
-        {"reload while playing ends idle and clamped", playing, true, 4, reload, idle, 10,
-         {"mode idle", "loaded 10", "progress 10 of 10"}, {"stop", "prepare"}, reloadLines},
-        {"unload while playing", playing, true, 4, unload, idle, 0,
-         {"mode idle", "loaded 0", "progress 0 of 0"}, {"stop"}, {clears, stopsTimer}},
+        {"play after a pause resumes", paused, 4, play,
+         {"playing at 4", "mode playing", "player: play", starts, startsTimer}},
+        {"play just short of the end", idle, 9.97, play,
+         {"playing at 9.97", "mode playing", "player: play", starts, startsTimer}},
+        {"play within the tolerance of the end restarts", idle, 9.99, play,
+         {"playing at 0", "mode playing", "player: play", starts, startsTimer}},
+        {"play while playing repeats itself", playing, 4, play,
+         {"playing at 4", "mode playing", "player: play", starts, startsTimer, stopsTimer}},
+        {"pause while paused", paused, 4, pause, {"paused at 4", notActive}},
+        {"toggle while idle", idle, 4, toggle,
+         {"playing at 4", "mode playing", "player: play", "Toggling playback from idle | togglePlayPause", starts,
+          startsTimer}},
+        {"toggle while playing", playing, 4, toggle,
+         {"paused at 4", "mode paused", "progress 4 of 10", "player: stop",
+          "Toggling playback from playing | togglePlayPause", pauses, stopsTimer}},
+        {"stop while playing", playing, 4, stop,
+         {"idle at 0", "mode idle", "progress 0 of 10", "player: stop", stops, stopsTimer}},
+        {"stop while idle reports again", idle, 4, stop,
+         {"idle at 0", "mode idle", "progress 0 of 10", "player: stop", stops}},
+        {"rtz while playing plays on", playing, 4, rtz, {"playing at 0", "progress 0 of 10", returns}},
+        {"seek while playing plays on", playing, 4, seekTo(7.5),
+         {"playing at 7.5", "progress 7.5 of 10", "Seeking to 7.5 seconds | seek(to:)"}},
+        {"seek before the start", idle, 4, seekTo(-3),
+         {"idle at 0", "progress 0 of 10", "Seeking to -3.0 seconds | seek(to:)"}},
+        {"seek past the end", paused, 4, seekTo(12.5),
+         {"paused at 10", "progress 10 of 10", "Seeking to 12.5 seconds | seek(to:)"}},
+        {"seek to no number", idle, 4, seekTo(std::numeric_limits<double>::quiet_NaN()),
+         {"idle at 0", "progress 0 of 10", "Seeking to nan seconds | seek(to:)"}},
+        {"reload while playing ends idle and clamped", playing, 4, reload,
+         {"idle at 10", "mode idle", "loaded 10", "progress 10 of 10", "player: stop", "player: prepare",
+          "Reloading MIDI playback data at current position | reloadForPlayback(data:position:)", resets, stopsTimer,
+          "AVMIDIPlayer loaded; duration 10.0 | load(data:position:modeAfterLoad:)"}},
+        {"unload while playing", playing, 4, unload,
+         {"idle at 0", "mode idle", "loaded 0", "progress 0 of 0", "player: stop", clears, stopsTimer}},
         // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        enter(row.from, row.loaded, row.position);
+        enter(row.from, row.position);
         row.command(controller);
-        EXPECT_EQ(controller.mode(), row.to);
-        EXPECT_EQ(controller.position(), row.newPosition);
-        EXPECT_EQ(events, row.events);
-        EXPECT_EQ(script.calls, row.calls);
-        EXPECT_EQ(lines(), row.lines);
+        std::vector outcome{std::string(text(controller.mode())) + " at " + number(controller.position())};
+        outcome.insert(outcome.end(), events.begin(), events.end());
+        for (const std::string& call : script.calls)
+            outcome.push_back("player: " + call);
+        std::ranges::copy(lines(), std::back_inserter(outcome));
+        EXPECT_EQ(outcome, row.outcome);
     }
 }
 
-TEST_F(MIDIPlayerControllerTest, LoadsASongIdleAtZeroAndLogsItsDuration) {
+TEST_F(MIDIPlayerControllerTest, LoadsASongIdleAtZeroAndReleasesTheOldOne) {
     script.duration = 93.4;
     controller.load({});
     EXPECT_THAT(events, ElementsAre("mode idle", "loaded 93.4", "progress 0 of 93.4"));
-    EXPECT_THAT(lines(), ElementsAre(loads, resets,
-                                     "AVMIDIPlayer loaded; duration 93.4 | "
-                                     "load(data:position:modeAfterLoad:)"));
     controller.load({});
-    EXPECT_EQ(script.alive, 1) << "the old player is released";
+    EXPECT_EQ(script.alive, 1);
     controller.unload();
     EXPECT_EQ(script.alive, 0);
     EXPECT_EQ(controller.duration(), 0);
 }
 
 TEST_F(MIDIPlayerControllerTest, KeepsTheOldSongStoppedWhenALoadFails) {
-    enter(PlaybackMode::playing);
+    enter(PlaybackMode::playing, 4);
     script.refusal = "no bank";
     EXPECT_THROW(controller.load({}), std::runtime_error);
     EXPECT_EQ(controller.mode(), PlaybackMode::playing);
@@ -210,7 +175,7 @@ TEST_F(MIDIPlayerControllerTest, KeepsTheOldSongStoppedWhenALoadFails) {
     EXPECT_EQ(controller.position(), 4);
     EXPECT_THAT(script.calls, ElementsAre("stop"));
     EXPECT_THAT(events, IsEmpty());
-    EXPECT_THAT(lines(), ElementsAre(loads, resets, stopsTimer));
+    EXPECT_THAT(lines(), ElementsAre("Loading MIDI playback data | load(data:)", resets, stopsTimer));
 }
 
 TEST_F(MIDIPlayerControllerTest, AlwaysRestartsASongWithoutLength) {
@@ -222,7 +187,7 @@ TEST_F(MIDIPlayerControllerTest, AlwaysRestartsASongWithoutLength) {
 }
 
 TEST_F(MIDIPlayerControllerTest, ReportsProgressTwentyTimesASecondAndLogsNothingMeanwhile) {
-    enter(PlaybackMode::playing);
+    enter(PlaybackMode::playing, 4);
     QElapsedTimer elapsed;
     elapsed.start();
     ASSERT_TRUE(QTest::qWaitFor([this] { return events.size() >= 4; }, 10'000));
@@ -234,7 +199,7 @@ TEST_F(MIDIPlayerControllerTest, ReportsProgressTwentyTimesASecondAndLogsNothing
 
 // A handle that is dragged past the end and back, faster than the timer looks.
 TEST_F(MIDIPlayerControllerTest, EndsPlaybackBeforeTheHandleLeavesTheEnd) {
-    enter(PlaybackMode::playing, true, 10);
+    enter(PlaybackMode::playing, 10);
     script.playing = false;
     controller.seek(4);
     EXPECT_THAT(events, ElementsAre("mode idle", "progress 0 of 10", "progress 4 of 10"));
@@ -250,25 +215,20 @@ TEST_F(MIDIPlayerControllerTest, EndsPlaybackOnlyWhenThePlayerHasStoppedAtTheEnd
         {"still sounding past the end", 10, true, false},
         {"stopped by itself short of the end", 9.97, false, false},
         {"stopped within the tolerance", 9.985, false, true},
-        {"stopped past the end", 10.5, false, true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        enter(PlaybackMode::playing, true, row.position);
+        enter(PlaybackMode::playing, row.position);
         script.playing = row.playing;
         // Two ticks when playback goes on, the end's own report otherwise.
         ASSERT_TRUE(QTest::qWaitFor([this] { return events.size() >= 2; }, 10'000));
         const std::string tick = "progress " + number(row.position) + " of 10";
-        if (row.ends) {
-            EXPECT_THAT(events, ElementsAre(tick, "mode idle", "progress 0 of 10"));
-            EXPECT_THAT(lines(),
-                        ElementsAre("Playback reached end of file | finishPlaybackIfNeeded", stopsTimer));
-            EXPECT_EQ(controller.position(), 0);
-        } else {
-            EXPECT_THAT(events, ElementsAre(tick, tick));
-            EXPECT_THAT(lines(), IsEmpty());
-            EXPECT_EQ(controller.mode(), PlaybackMode::playing);
-        }
+        using Texts = std::vector<std::string>;
+        EXPECT_EQ(events, row.ends ? Texts({tick, "mode idle", "progress 0 of 10"}) : Texts({tick, tick}));
+        EXPECT_EQ(lines(), row.ends
+                               ? Texts({"Playback reached end of file | finishPlaybackIfNeeded", stopsTimer})
+                               : Texts());
+        EXPECT_EQ(controller.position(), row.ends ? 0 : row.position);
     }
 }
 

@@ -15,8 +15,6 @@ using testing::TrackBuilder;
 
 class TambrelPlaybackStateTest : public ::testing::Test {
 protected:
-    std::vector<std::string> linesSince() { return recorded.taken(); }
-
     RecordedLog recorded;
     const MIDIData song{smfBytes(0, 480, {TrackBuilder().noteOn(0, 9, 36, 64).noteOff(480, 9, 36)})};
     const MIDIData silence{smfBytes(0, 480, {TrackBuilder().tempo(0, 500'000)})};
@@ -40,26 +38,26 @@ TEST_F(TambrelPlaybackStateTest, startsEverySongWithLoudnessOff) {
 
 TEST_F(TambrelPlaybackStateTest, makesTheLoudnessVariantOnceForEachSong) {
     EXPECT_FALSE(state.selectedSnapshot("caller").has_value());
-    EXPECT_THAT(linesSince(),
+    EXPECT_THAT(recorded.taken(),
                 ElementsAre("No MIDI data is loaded for caller | TambrelPlaybackState.selectedSnapshot"));
 
     state.replaceLoadedMIDI(song);
-    EXPECT_THAT(linesSince(),
+    EXPECT_THAT(recorded.taken(),
                 ElementsAre("Replacing loaded playback snapshot | TambrelPlaybackState.replaceLoadedMIDI"));
     const auto original = state.selectedSnapshot("caller");
     EXPECT_TRUE(original->data.sharesBytesWith(song));
     EXPECT_FALSE(original->isLoud);
-    EXPECT_THAT(linesSince(), IsEmpty());
+    EXPECT_THAT(recorded.taken(), IsEmpty());
 
     state.setLoudnessEnabled(true);
     const auto loud = state.selectedSnapshot("caller");
     EXPECT_TRUE(loud->isLoud);
     EXPECT_TRUE(
         std::ranges::equal(loud->data.view(), MIDILoudnessProcessor::boostedDrumsAndBass(song).view()));
-    EXPECT_THAT(linesSince(), ElementsAre("Generating loudness-processed MIDI data for caller | "
-                                          "TambrelPlaybackState.selectedSnapshot"));
+    EXPECT_THAT(recorded.taken(), ElementsAre("Generating loudness-processed MIDI data for caller | "
+                                              "TambrelPlaybackState.selectedSnapshot"));
     EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(loud->data));
-    EXPECT_THAT(linesSince(), IsEmpty());
+    EXPECT_THAT(recorded.taken(), IsEmpty());
 
     state.replaceLoadedMIDI(silence);
     state.setLoudnessEnabled(true);
@@ -79,7 +77,7 @@ TEST_F(TambrelPlaybackStateTest, keepsWhatTheLoaderBuiltAsItIs) {
     state.cacheImportedMIDI2ClipCompanion(song);
     EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
     EXPECT_THAT(
-        linesSince(),
+        recorded.taken(),
         ElementsAre("MIDI 2.0 companion ready for caller; bytes 28; UMP words 5; channel voice words 1" +
                         name,
                     "MIDI 2.0 companion unavailable for caller" + name,
@@ -95,16 +93,16 @@ TEST_F(TambrelPlaybackStateTest, rebuildsTheCompanionOnlyForAnotherVariant) {
         "MIDI 2.0 companion ready; bytes 48; UMP words 10; channel voice words 2" + name;
     const std::string reusing = "Reusing MIDI 2.0 clip companion for caller" + name;
     state.prepareMIDI2ClipCompanion({song, false}, "caller");
-    EXPECT_THAT(linesSince(), ElementsAre(generating, ready));
+    EXPECT_THAT(recorded.taken(), ElementsAre(generating, ready));
     const MIDIData first = *state.midi2ClipCompanionData();
     EXPECT_TRUE(std::ranges::equal(first.view(), MIDI2ClipBuilder::build(song).view()));
 
     state.prepareMIDI2ClipCompanion({song, false}, "caller");
-    EXPECT_THAT(linesSince(), ElementsAre(reusing));
+    EXPECT_THAT(recorded.taken(), ElementsAre(reusing));
     EXPECT_TRUE(state.midi2ClipCompanionData()->sharesBytesWith(first));
 
     state.prepareMIDI2ClipCompanion({song, true}, "caller");
-    EXPECT_THAT(linesSince(), ElementsAre(generating, ready));
+    EXPECT_THAT(recorded.taken(), ElementsAre(generating, ready));
     EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), true);
 
     for (int i = 0; i < 2; ++i) { // What is not there is not reused.
@@ -112,7 +110,7 @@ TEST_F(TambrelPlaybackStateTest, rebuildsTheCompanionOnlyForAnotherVariant) {
         state.prepareMIDI2ClipCompanion({silence, false}, "caller");
         EXPECT_FALSE(state.midi2ClipCompanionData().has_value());
         EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
-        EXPECT_EQ(linesSince().back(), "MIDI 2.0 companion unavailable for current MIDI data" + name);
+        EXPECT_EQ(recorded.taken().back(), "MIDI 2.0 companion unavailable for current MIDI data" + name);
     }
 }
 
