@@ -24,7 +24,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::smfBytes;
 using testing::TrackBuilder;
-using Texts = std::vector<std::string>;
 
 const std::string here = " | TambrelTransportCoordinator.";
 const std::string preparing = here + "prepareSelectedPlaybackData";
@@ -56,7 +55,7 @@ protected:
     }
 
     /// What has been logged, but for the player's own lines.
-    [[nodiscard]] Texts lines() {
+    [[nodiscard]] std::vector<std::string> lines() {
         auto taken = recorded.taken();
         std::erase_if(taken, [](const std::string& line) {
             return line.find("MIDIPlayerController.") != std::string::npos;
@@ -84,28 +83,23 @@ protected:
 };
 
 TEST_F(TambrelTransportCoordinatorTest, LogsEveryCommandBeforeItIsCarriedOut) {
+    EXPECT_THAT(lines(),
+                ElementsAre("Connecting MIDI player callbacks to the interface" + here + "wirePlayer"));
     coordinator->playPause();
-    EXPECT_THAT(recorded.taken(),
-                ElementsAre("Connecting MIDI player callbacks to the interface" + here + "wirePlayer", play,
-                            "Preparing selected playback data" + preparing,
-                            "No MIDI data is loaded for TambrelTransportCoordinator."
-                            "prepareSelectedPlaybackData | TambrelPlaybackState.selectedSnapshot",
-                            "Toggling playback from idle | MIDIPlayerController.togglePlayPause",
-                            "Play ignored because no MIDI file is loaded | MIDIPlayerController.play"));
+    EXPECT_THAT(lines(), ElementsAre(play, "Preparing selected playback data" + preparing,
+                                     "No MIDI data is loaded for TambrelTransportCoordinator."
+                                     "prepareSelectedPlaybackData | TambrelPlaybackState.selectedSnapshot"));
     loadSong();
     coordinator->playPause();
     EXPECT_THAT(lines(), ElementsAre(play, "Preparing selected playback data" + preparing,
                                      "Playback data already matches Loudness setting" + preparing,
                                      modeLine("playing")));
     coordinator->playPause();
-    EXPECT_THAT(lines(), ElementsAre(play, modeLine("paused")));
-    script.position = 4;
     coordinator->rtz();
-    EXPECT_THAT(lines(), ElementsAre("User Action: Clicked RTZ button or menu item" + here + "rtz"));
-    EXPECT_EQ(player.position(), 0);
-    EXPECT_EQ(player.mode(), PlaybackMode::paused);
     coordinator->stop();
-    EXPECT_THAT(lines(), ElementsAre("User Action: Clicked Stop button or menu item" + here + "stop",
+    EXPECT_THAT(lines(), ElementsAre(play, modeLine("paused"),
+                                     "User Action: Clicked RTZ button or menu item" + here + "rtz",
+                                     "User Action: Clicked Stop button or menu item" + here + "stop",
                                      modeLine("idle")));
 }
 
@@ -118,17 +112,11 @@ TEST_F(TambrelTransportCoordinatorTest, ShowsNoProgressInASongOfNoLengthAndLogsN
 }
 
 TEST_F(TambrelTransportCoordinatorTest, LetsThePlayerOutliveIt) {
-    const std::string loadedLine = "Loaded MIDI duration 00:01:02.50" + here + "player.onLoaded";
-    player.onLoaded(62.5);
-    EXPECT_EQ(timeline.duration(), 62.5);
-    EXPECT_THAT(recorded.taken(), Contains(loadedLine));
     coordinator.reset();
-    timeline.setDuration(0);
     playPause.setText("as it was");
     player.onLoaded(62.5);
     player.onProgress(1, 2);
     player.onStateChange(PlaybackMode::paused);
-    EXPECT_THAT(recorded.taken(), ElementsAre(loadedLine));
     EXPECT_EQ(timeline.duration(), 0);
     EXPECT_EQ(playPause.text(), "as it was");
 }
@@ -138,15 +126,11 @@ TEST_F(TambrelTransportCoordinatorTest, SwapsTheSongForItsLoudVariantWhenPlaybac
     coordinator->playPause();
     coordinator->playPause();
     script.position = 4;
+    coordinator->toggleLoudness();
+    EXPECT_EQ(script.songs.size(), 1U) << "until Play";
+    status.setText("something else");
     static_cast<void>(recorded.taken());
 
-    coordinator->toggleLoudness();
-    EXPECT_THAT(recorded.taken(), ElementsAre("User Action: Enabled Loudness" + here + "toggleLoudness"));
-    EXPECT_EQ(loudness.text(), "Loudness On");
-    EXPECT_EQ(status.text(), "Loudness On");
-    EXPECT_EQ(script.songs.size(), 1U) << "until Play";
-
-    status.setText("something else");
     coordinator->playPause();
     EXPECT_EQ(status.text(), "Loudness On");
     ASSERT_EQ(script.songs.size(), 2U);
@@ -167,24 +151,26 @@ TEST_F(TambrelTransportCoordinatorTest, SwapsTheSongForItsLoudVariantWhenPlaybac
 
     coordinator->stop();
     coordinator->toggleLoudness();
-    EXPECT_EQ(loudness.text(), "Loudness");
-    EXPECT_EQ(status.text(), "Loaded");
-    EXPECT_THAT(lines(), Contains("User Action: Disabled Loudness" + here + "toggleLoudness"));
+    status.setText("something else");
     coordinator->playPause();
     EXPECT_TRUE(script.songs.back().sharesBytesWith(song));
     EXPECT_EQ(status.text(), "Loaded");
     EXPECT_THAT(lines(),
                 Contains("Playback snapshot is now original | TambrelPlaybackState.markPlaybackLoaded"));
-    EXPECT_FALSE(state.loadedPlaybackIsLoud());
 }
 
 TEST_F(TambrelTransportCoordinatorTest, ReloadsNothingWhenLoudnessIsBackWhereItWas) {
     loadSong();
     coordinator->toggleLoudness();
+    EXPECT_EQ(loudness.text(), "Loudness On");
+    EXPECT_EQ(status.text(), "Loudness On");
     coordinator->toggleLoudness();
+    EXPECT_EQ(loudness.text(), "Loudness");
+    EXPECT_EQ(status.text(), "Loaded");
+    EXPECT_THAT(lines(), ElementsAre("User Action: Enabled Loudness" + here + "toggleLoudness",
+                                     "User Action: Disabled Loudness" + here + "toggleLoudness"));
     coordinator->playPause();
     EXPECT_EQ(script.songs.size(), 1U);
-    EXPECT_THAT(lines(), Contains("Playback data already matches Loudness setting" + preparing));
 }
 
 TEST_F(TambrelTransportCoordinatorTest, PlaysTheOldVariantWhenTheLoudOneCannotBePlayed) {
@@ -192,22 +178,19 @@ TEST_F(TambrelTransportCoordinatorTest, PlaysTheOldVariantWhenTheLoudOneCannotBe
     coordinator->toggleLoudness();
     script.refusal = "no bank";
     static_cast<void>(recorded.taken());
-    const auto refused = [&] { return Contains("Error: no bank" + preparing).Times(1); };
     coordinator->playPause();
-    const Texts first = lines();
-    EXPECT_THAT(first, refused());
-    EXPECT_THAT(first, Contains("Could not prepare MIDI playback: no bank" + preparing));
+    const auto entries = lines();
+    EXPECT_THAT(entries, Contains("Error: no bank" + preparing).Times(1));
+    EXPECT_THAT(entries, Contains("Could not prepare MIDI playback: no bank" + preparing));
     EXPECT_EQ(status.text(), "Playback Error");
     EXPECT_EQ(beeps, 1);
     EXPECT_EQ(player.mode(), PlaybackMode::playing);
-    EXPECT_TRUE(state.loudnessEnabled());
     EXPECT_FALSE(state.loadedPlaybackIsLoud());
 
     coordinator->stop();
     script.refusal.clear();
     coordinator->playPause();
     EXPECT_TRUE(state.loadedPlaybackIsLoud()) << "the next Play tries again";
-    EXPECT_EQ(status.text(), "Loudness On");
     EXPECT_EQ(beeps, 1);
 }
 

@@ -5,20 +5,22 @@
 namespace tambrel::testing {
 namespace {
 
-// Payloads of system-exclusive messages.
-const Bytes gmOn{0x7E, 0x7F, 0x09, 0x01, 0xF7};
-const Bytes gsReset{0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7};
-const Bytes xgOn{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7};
-const Bytes halfVolume{0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7};
-
 /// GS use for rhythm of a part (0 is channel 10, 1 to 9 the channels of these numbers).
-Bytes rhythmPart(int part, int map) {
-    return {0x41, 0x10,
-            0x42, 0x12,
-            0x40, static_cast<std::uint8_t>(0x10 | part),
-            0x15, static_cast<std::uint8_t>(map),
-            0x00, 0xF7};
+Bytes rhythmPart(std::uint8_t part, std::uint8_t map) {
+    return {0x41, 0x10, 0x42, 0x12, 0x40, static_cast<std::uint8_t>(0x10 | part), 0x15, map, 0x00, 0xF7};
 }
+
+// Payloads of system-exclusive messages.
+const Bytes systemMessages[] = {
+    {0x7E, 0x7F, 0x09, 0x01, 0xF7},                               // General MIDI on.
+    {0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7}, // GS reset.
+    {0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7},             // XG on.
+    {0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7},                   // Half the master volume.
+    rhythmPart(0, 0),
+    rhythmPart(0, 1),
+    rhythmPart(1, 0),
+    rhythmPart(1, 1),
+};
 
 } // namespace
 
@@ -30,14 +32,6 @@ TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
     const auto oneOf = [&upTo](std::initializer_list<int> values) {
         return std::data(values)[upTo(static_cast<int>(values.size()) - 1)];
     };
-    const Bytes systemMessages[] = {gmOn,
-                                    gsReset,
-                                    xgOn,
-                                    halfVolume,
-                                    rhythmPart(0, 0),
-                                    rhythmPart(0, 1),
-                                    rhythmPart(1, 0),
-                                    rhythmPart(1, 1)};
     TrackBuilder track;
     for (int event = 0; event < eventCount; ++event) {
         const int channel = oneOf({0, 1, 9});

