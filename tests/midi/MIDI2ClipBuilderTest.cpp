@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace tambrel {
 namespace {
 
@@ -29,12 +31,7 @@ Bytes clip(std::uint32_t ticksPerQuarter, const std::vector<std::uint32_t>& pack
 }
 
 TEST(MIDI2ClipBuilder, writesChannelMessagesBetweenClockstamps) {
-    struct Row {
-        const char* name;
-        TrackBuilder track;
-        std::vector<std::uint32_t> packets;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, TrackBuilder, std::vector<std::uint32_t>> rows[] = {
         {"nothing to say", TrackBuilder().tempo(0, 500'000).sysex(9, {0xF7}), {}},
         {"running status", note().raw({1, 4, 5}), {0x00400000, 0x20903C64, 0x00400001, 0x20900405}},
         {"one data byte", TrackBuilder().program(1, 2, 3), {0x00400001, 0x20C20300}},
@@ -46,9 +43,9 @@ TEST(MIDI2ClipBuilder, writesChannelMessagesBetweenClockstamps) {
          TrackBuilder().raw({1, 0xF8, 0}).program(1, 0, 1),
          {0x00400002, 0x20C00100}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(built(smfBytes(1, 480, {row.track})), clip(480, row.packets));
+    for (const auto& [name, track, packets] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(built(smfBytes(1, 480, {track})), clip(480, packets));
     }
     const auto two = {TrackBuilder().program(5, 0, 1).program(0, 0, 2), TrackBuilder().program(5, 1, 3)};
     EXPECT_EQ(built(smfBytes(2, 96, two)),

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace tambrel {
 namespace {
 
@@ -41,12 +43,7 @@ TrackBuilder channel1() {
 }
 
 TEST(MIDI2ClipImporter, turnsChannelVoiceIntoEventsFromTheStartOfTheClip) {
-    struct Row {
-        const char* name;
-        Words clip;
-        TrackBuilder track;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Words, TrackBuilder> rows[] = {
         {"MIDI 1.0, programs and pressures with one data byte, all cut to seven bits",
          {note, 0x20903C00, 0x20803C40, 0x20C0057F, 0x20D0057F, 0x20B08785},
          channel1()
@@ -82,20 +79,15 @@ TEST(MIDI2ClipImporter, turnsChannelVoiceIntoEventsFromTheStartOfTheClip) {
          {0xF0200000, 0, 0, 1, at | 5, note},
          channel1().noteOn(0, 0, 60, 100)},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(imported(row.clip), song({plainConductor(), row.track}));
+    for (const auto& [name, clip, track] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(imported(clip), song({plainConductor(), track}));
     }
 }
 
 TEST(MIDI2ClipImporter, putsTempoAndTimeSignaturesIntoTheConductorsTrack) {
-    struct Row {
-        const char* name;
-        Words clip;
-        TrackBuilder conductor;
-    };
     const auto onlyTempo = [](std::uint32_t tempo) { return signature(0, {4, 2, 24, 8}).tempo(0, tempo); };
-    const Row rows[] = {
+    const std::tuple<const char*, Words, TrackBuilder> rows[] = {
         {"tempo", {0xD0100000, 60'000'099, 0, 0}, onlyTempo(600'000)},
         {"a tempo too fast", {0xD0100000, 50, 0, 0}, onlyTempo(1)},
         {"a tempo too slow", {0xD0100000, 0xFFFFFFFF, 0, 0}, onlyTempo(0xFFFFFF)},
@@ -112,11 +104,11 @@ TEST(MIDI2ClipImporter, putsTempoAndTimeSignaturesIntoTheConductorsTrack) {
          {0xD0100001, 0x04070800, 0, 0},
          TrackBuilder().tempo(0, 500'000).meta(0, MetaType::timeSignature, {4, 7, 24, 8})},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, packets, conductor] : rows) {
+        SCOPED_TRACE(name);
         Words clip{note};
-        clip.insert(clip.end(), row.clip.begin(), row.clip.end());
-        EXPECT_EQ(imported(clip), song({row.conductor, channel1().noteOn(0, 0, 60, 100)}));
+        clip.insert(clip.end(), packets.begin(), packets.end());
+        EXPECT_EQ(imported(clip), song({conductor, channel1().noteOn(0, 0, 60, 100)}));
     }
 }
 
@@ -159,12 +151,7 @@ TEST(MIDI2ClipImporter, refusesWhatItCannotPlay) {
     lastTick.insert(lastTick.end(), {at | 0xFFF, note});
     EXPECT_NO_THROW(static_cast<void>(imported(lastTick)));
     lastTick.insert(lastTick.end(), {at | 1, note});
-    struct Row {
-        const char* name;
-        Bytes clip;
-        const char* description;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Bytes, const char*> rows[] = {
         {"nothing", {}, "MIDI 2.0 clip data is missing the SMF2CLIP signature."},
         {"half a word", halfAWord, "MIDI 2.0 clip payload is not aligned to 32-bit UMP words."},
         {"a signature alone", clipBytes({}), "MIDI 2.0 clip did not contain playable channel voice events."},
@@ -180,13 +167,13 @@ TEST(MIDI2ClipImporter, refusesWhatItCannotPlay) {
          "UMP type 0x4 expected 2 word(s), only 1 remain."},
         {"past the last tick", clipBytes(lastTick), "MIDI 2.0 clip delta clockstamp timing overflowed."},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, clip, description] : rows) {
+        SCOPED_TRACE(name);
         try {
-            static_cast<void>(MIDI2ClipImporter::importPlayableSMF(row.clip));
+            static_cast<void>(MIDI2ClipImporter::importPlayableSMF(clip));
             ADD_FAILURE() << "imported";
         } catch (const MIDI2ClipImportError& error) {
-            EXPECT_EQ(error.description(), row.description);
+            EXPECT_EQ(error.description(), description);
         }
     }
 }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tambrel {
 
 static void PrintTo(const MIDIPhrase& phrase, std::ostream* out) {
@@ -57,13 +59,7 @@ TEST(MIDIFileInfo, namesLanesByTrackOrByChannel) {
 }
 
 TEST(MIDIFileInfo, reportsTheFirstUsableTempoAndKey) {
-    struct Row {
-        const char* name;
-        TrackBuilder track;
-        std::optional<double> tempo;
-        std::optional<std::string> key;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, TrackBuilder, std::optional<double>, std::optional<std::string>> rows[] = {
         {"none", TrackBuilder().noteOn(1, 0, 60), {}, {}},
         {"the first ones stay",
          TrackBuilder().tempo(0, 500'000).key(0, 2, false).tempo(9, 250'000).key(9, 3, false), 120.0,
@@ -88,11 +84,11 @@ TEST(MIDIFileInfo, reportsTheFirstUsableTempoAndKey) {
         {"only mode 1 is minor", TrackBuilder().meta(0, MetaType::keySignature, {0, 2}), {}, "C major"},
         {"nothing past a defect", TrackBuilder().raw({0x00, 0xF8, 0x00}).tempo(0, 500'000), {}, {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const MIDIFileInfo info = MIDIFileInfo::parse(smfBytes(1, 480, {TrackBuilder(), row.track}));
-        EXPECT_EQ(info.tempoBPM, row.tempo);
-        EXPECT_EQ(info.keySignature, row.key);
+    for (const auto& [name, track, tempo, key] : rows) {
+        SCOPED_TRACE(name);
+        const MIDIFileInfo info = MIDIFileInfo::parse(smfBytes(1, 480, {TrackBuilder(), track}));
+        EXPECT_EQ(info.tempoBPM, tempo);
+        EXPECT_EQ(info.keySignature, key);
     }
 }
 
@@ -103,22 +99,17 @@ TEST(MIDIFileInfo, splitsPhrasesAtGapsLongerThanTwoQuarters) {
             TrackBuilder().noteOn(0, 0, 60).noteOn(distance, 0, 60).endOfTrack(10'000 - distance);
         return MIDIFileInfo::parse(smfBytes(1, division, {track})).timelineLanes.at(0).phrases;
     };
-    struct Row {
-        const char* name;
-        int division;
-        std::uint32_t gap;
-    };
-    const Row rows[] = {{"ticks per quarter", 480, 960},
-                        {"division 0 counts as 1", 0, 2},
-                        {"time code: ticks per frame", timeCodeDivision(25, 40), 80},
-                        {"time code without ticks", timeCodeDivision(25, 0), 2}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const double end = row.gap / 10'000.0;
-        EXPECT_EQ(phrases(row.division, row.gap), (std::vector<MIDIPhrase>{{0, end + 0.01}}));
-        const double start = (row.gap + 1) / 10'000.0;
-        EXPECT_EQ(phrases(row.division, row.gap + 1),
-                  (std::vector<MIDIPhrase>{{0, 0.01}, {start, start + 0.01}}));
+    const std::tuple<const char*, int, std::uint32_t> rows[] = {
+        {"ticks per quarter", 480, 960},
+        {"division 0 counts as 1", 0, 2},
+        {"time code: ticks per frame", timeCodeDivision(25, 40), 80},
+        {"time code without ticks", timeCodeDivision(25, 0), 2}};
+    for (const auto& [name, division, gap] : rows) {
+        SCOPED_TRACE(name);
+        const double end = gap / 10'000.0;
+        EXPECT_EQ(phrases(division, gap), (std::vector<MIDIPhrase>{{0, end + 0.01}}));
+        const double start = (gap + 1) / 10'000.0;
+        EXPECT_EQ(phrases(division, gap + 1), (std::vector<MIDIPhrase>{{0, 0.01}, {start, start + 0.01}}));
     }
 }
 

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tambrel {
 namespace {
 
@@ -14,14 +16,7 @@ using testing::smfBytes;
 using testing::TrackBuilder;
 
 TEST(SMFByteCodec, readsVariableLengthQuantitiesOfAtMostFourBytes) {
-    struct Row {
-        const char* name;
-        Bytes bytes;
-        std::int64_t limit;
-        std::optional<std::uint32_t> value;
-        std::int64_t offsetAfter;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Bytes, std::int64_t, std::optional<std::uint32_t>, std::int64_t> rows[] = {
         {"zero", {0x00}, 1, 0u, 1},
         {"largest of one byte, more data behind it", {0x7F, 0x05}, 2, 127u, 1},
         {"smallest of two bytes", {0x81, 0x00}, 2, 128u, 2},
@@ -31,11 +26,11 @@ TEST(SMFByteCodec, readsVariableLengthQuantitiesOfAtMostFourBytes) {
         {"cut off by the limit, not by the data", {0x81, 0x00}, 1, std::nullopt, 0},
         {"nothing left", {0x00}, 0, std::nullopt, 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, bytes, limit, value, offsetAfter] : rows) {
+        SCOPED_TRACE(name);
         std::int64_t offset = 0;
-        EXPECT_EQ(SMFByteCodec::readVarLen(row.bytes, offset, row.limit), row.value);
-        EXPECT_EQ(offset, row.offsetAfter);
+        EXPECT_EQ(SMFByteCodec::readVarLen(bytes, offset, limit), value);
+        EXPECT_EQ(offset, offsetAfter);
     }
 }
 
@@ -59,12 +54,7 @@ Bytes cutTo(Bytes file, std::size_t size) {
 
 TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
     const Bytes song = smfBytes(1, 480, {TrackBuilder().noteOn(1, 9, 36)});
-    struct Row {
-        const char* name;
-        Bytes bytes;
-        bool isRead;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Bytes, bool> rows[] = {
         {"a song", song, true},
         {"empty", {}, false},
         {"13 bytes", cutTo(song, 13), false},
@@ -72,12 +62,12 @@ TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
         {"a header of 8 bytes", withByte(song, 7, 8), false},
         {"a header of more than 16 million bytes", withByte(song, 4, 1), false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const MIDIData data{Bytes(row.bytes)};
-        EXPECT_EQ(MIDIFileInfo::parse(data) != MIDIFileInfo{}, row.isRead);
-        EXPECT_EQ(!MIDI2ClipBuilder::build(data).empty(), row.isRead);
-        EXPECT_EQ(!MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data), row.isRead);
+    for (const auto& [name, bytes, isRead] : rows) {
+        SCOPED_TRACE(name);
+        const MIDIData data{Bytes(bytes)};
+        EXPECT_EQ(MIDIFileInfo::parse(data) != MIDIFileInfo{}, isRead);
+        EXPECT_EQ(!MIDI2ClipBuilder::build(data).empty(), isRead);
+        EXPECT_EQ(!MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data), isRead);
     }
 }
 
@@ -88,13 +78,7 @@ TEST(SMFTrackChunk, discoveryEndsAtTheFirstChunkThatIsNoWholeTrack) {
     const SMFTrackChunk chunks[] = {{0, 14, 22, 25, 3}, {1, 25, 33, 33, 0}, {2, 33, 41, 48, 7}};
     Bytes trailing = file;
     trailing.insert(trailing.end(), {'M', 'T', 'r', 'k', 0, 0, 0});
-    struct Row {
-        const char* name;
-        Bytes file;
-        std::int64_t declared;
-        std::size_t found;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Bytes, std::int64_t, std::size_t> rows[] = {
         {"all of them, the last ending with the data", file, 3, 3},
         {"fewer declared than present", file, 2, 2},
         {"more declared than present", file, 65535, 3},
@@ -105,10 +89,9 @@ TEST(SMFTrackChunk, discoveryEndsAtTheFirstChunkThatIsNoWholeTrack) {
         {"stray bytes behind the last", trailing, 65535, 3},
         {"empty", {}, 3, 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(SMFTrackEventWalker::trackChunks(row.file, row.declared),
-                  std::vector(chunks, chunks + row.found));
+    for (const auto& [name, bytes, declared, found] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(SMFTrackEventWalker::trackChunks(bytes, declared), std::vector(chunks, chunks + found));
     }
 }
 

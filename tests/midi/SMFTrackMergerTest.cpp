@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tambrel {
 namespace {
 
@@ -83,11 +85,7 @@ TEST(SMFTrackMerger, staysLinearAndInOrderForUnevenSongs) {
     const auto longest = notes(16, [](int) { return 0x0FFFFFFF; });
     const auto approaching = notes(28, [](int i) { return i == 0 ? 10 : 1 << (27 - i); });
     const auto lastTick = TrackBuilder(longest).program(15, 0, 0).program(0, 0, 0);
-    struct Row {
-        const char* name;
-        std::vector<TrackBuilder> tracks;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::vector<TrackBuilder>> rows[] = {
         {"no track", {}},
         {"empty tracks between", {{}, sparse, {}, sparse, {}}},
         {"alike", {dense, dense, dense}},
@@ -99,9 +97,9 @@ TEST(SMFTrackMerger, staysLinearAndInOrderForUnevenSongs) {
         {"up to the last tick", {longest, lastTick, lastTick, sparse}},
         {"hundreds of tracks", std::vector<TrackBuilder>(400, notes(100, [](int i) { return i * 7 % 50; }))},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_LE(expectTheOrderOfSorting(smfBytes(1, 480, row.tracks), SMFMalformedEventPolicy::skip), 2);
+    for (const auto& [name, tracks] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_LE(expectTheOrderOfSorting(smfBytes(1, 480, tracks), SMFMalformedEventPolicy::skip), 2);
     }
 }
 

@@ -2,16 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tambrel {
 namespace {
 
 TEST(UTF8, replacesEveryByteThatBelongsToNoCharacter) {
-    struct Row {
-        const char* name;
-        std::string text;
-        std::string repaired;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"one to four bytes", "aé€😀", "aé€😀"},
         {"Latin-1", "caf\xE9.mid", "caf\uFFFD.mid"},
         {"a lone continuation", "\x80z", "\uFFFDz"},
@@ -23,10 +20,10 @@ TEST(UTF8, replacesEveryByteThatBelongsToNoCharacter) {
         {"past the last character", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
         {"no continuation at the end", "\xE2\x82z", "\uFFFD\uFFFDz"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(UTF8::repaired(row.text), row.repaired);
-        EXPECT_EQ(UTF8::isValid(row.text), row.text == row.repaired);
+    for (const auto& [name, text, repaired] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(UTF8::repaired(text), repaired);
+        EXPECT_EQ(UTF8::isValid(text), text == repaired);
     }
 }
 

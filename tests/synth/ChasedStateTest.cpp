@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <map>
+#include <tuple>
 
 namespace tambrel {
 namespace {
@@ -105,11 +106,7 @@ private:
 
 // What random songs have been seen to leave out.
 TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
-    struct Row {
-        const char* name;
-        std::vector<MIDIMessage> song;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::vector<MIDIMessage>> rows[] = {
         {"tuning, low half before and after the high half",
          {cc(38, 64), cc(101, 0), cc(100, 1), cc(6, 70), cc(38, 1), cc(100, 2), cc(6, 60), cc(101, 127),
           cc(100, 127), cc(6, 33)}},
@@ -122,11 +119,11 @@ TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
         {"a drum part, which ignores banks, and back",
          {cc(0, 8), program(5), rhythm(2), program(8), cc(0, 1), rhythm(0), program(6)}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, song] : rows) {
+        SCOPED_TRACE(name);
         Comparison comparison;
         ChasedState state;
-        for (const MIDIMessage message : row.song) {
+        for (const MIDIMessage message : song) {
             comparison.play(message);
             state.apply(message);
             EXPECT_EQ(comparison.seek(state), "");

@@ -5,6 +5,7 @@
 
 #include <random>
 #include <thread>
+#include <tuple>
 
 namespace tambrel {
 namespace {
@@ -50,12 +51,7 @@ double firstAudible(const std::vector<float>& sound) {
 TEST_F(SequencerTest, EventsLandWithinOneBlockOfTheirTime) {
     const auto note = [](std::uint32_t ticks) { return TrackBuilder().noteOn(ticks, 9, 76); };
     const auto tempos = TrackBuilder().tempo(0, 300'000).tempo(500, 1'000'001).tempo(1, 77'777);
-    struct Row {
-        const char* name;
-        std::shared_ptr<const Timeline> song;
-        double start;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::shared_ptr<const Timeline>, double> rows[] = {
         {"at once", timeline({note(0)}), 0},
         {"between blocks", timeline({note(7)}), 0},
         {"after a seek", timeline({note(2999)}), 2.5},
@@ -67,12 +63,12 @@ TEST_F(SequencerTest, EventsLandWithinOneBlockOfTheirTime) {
     synthesizer->render(direct.data(), right.data(), 4800);
     const double attack = firstAudible(direct);
     ASSERT_LT(attack, 4800);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const double due = row.song->tempoMap().secondsAt(row.song->events().front().tick) - row.start;
+    for (const auto& [name, song, start] : rows) {
+        SCOPED_TRACE(name);
+        const double due = song->tempoMap().secondsAt(song->events().front().tick) - start;
         sequencer.halt();
         render(0.1);
-        sequencer.play(row.song, row.start);
+        sequencer.play(song, start);
         EXPECT_NEAR(firstAudible(render(due + 0.2)) - attack, due * sampleRate, 64);
     }
 }
