@@ -46,20 +46,13 @@ TEST(MIDI2ClipImporter, turnsChannelVoiceIntoEventsFromTheStartOfTheClip) {
     const std::tuple<const char*, Words, TrackBuilder> rows[] = {
         {"MIDI 1.0, programs and pressures with one data byte, all cut to seven bits",
          {note, 0x20903C00, 0x20803C40, 0x20C0057F, 0x20D0057F, 0x20B08785},
-         channel1()
-             .noteOn(0, 0, 60, 100)
-             .noteOn(0, 0, 60, 0)
-             .noteOff(0, 0, 60)
-             .program(0, 0, 5)
-             .channelPressure(0, 0, 5)
-             .control(0, 0, 7, 5)},
-        {"MIDI 2.0 notes, of which the softest stays one",
-         {0x40903C00, 0x01FF0000, 0x40903C00, 0xFFFF0000, 0x40803C00, 0x80FFFFFF},
-         channel1().noteOn(0, 0, 60, 1).noteOn(0, 0, 60, 127).noteOff(0, 0, 60)},
-        {"MIDI 2.0 values, which are not rounded",
-         {0x40B00700, 0x7FFFFFFF, 0x40A03C00, 0x02000000, 0x40D00000, 0xFE000000},
-         channel1().control(0, 0, 7, 63).polyphonicPressure(0, 0, 60, 1).channelPressure(0, 0, 127)},
-        {"MIDI 2.0 program, its bank left out", {0x40C00001, 0xA1007F7F}, channel1().program(0, 0, 0x21)},
+         channel1().raw(
+             {0, 0x90, 60, 100, 0, 0x90, 60, 0, 0, 0x80, 60, 64, 0, 0xC0, 5, 0, 0xD0, 5, 0, 0xB0, 7, 5})},
+        {"MIDI 2.0, the softest note stays one, the program loses its bank, nothing is rounded",
+         {0x40903C00, 0x01FF0000, 0x40903C00, 0xFFFF0000, 0x40803C00, 0x80FFFFFF, 0x40C00001, 0xA1007F7F,
+          0x40B00700, 0x7FFFFFFF, 0x40A03C00, 0x02000000, 0x40D00000, 0xFE000000},
+         channel1().raw({0,    0x90, 60, 1,    0, 0x90, 60, 127,  0,  0x80, 60, 64,   0,
+                         0xC0, 0x21, 0,  0xB0, 7, 63,   0,  0xA0, 60, 1,    0,  0xD0, 127})},
         {"MIDI 2.0 pitch bend, both ends and what lies just below the middle and the top",
          {0x40E00000, 0, 0x40E00000, 0x80000000, 0x40E00000, 0xFFFFFFFE, 0x40E00000, 0xFFFFFFFF},
          channel1().pitchBend(0, 0, 0).pitchBend(0, 0, 8191).pitchBend(0, 0, 16382).pitchBend(0, 0, 16383)},
@@ -86,22 +79,18 @@ TEST(MIDI2ClipImporter, turnsChannelVoiceIntoEventsFromTheStartOfTheClip) {
 }
 
 TEST(MIDI2ClipImporter, putsTempoAndTimeSignaturesIntoTheConductorsTrack) {
-    const auto onlyTempo = [](std::uint32_t tempo) { return signature(0, {4, 2, 24, 8}).tempo(0, tempo); };
     const std::tuple<const char*, Words, TrackBuilder> rows[] = {
-        {"tempo", {0xD0100000, 60'000'099, 0, 0}, onlyTempo(600'000)},
-        {"a tempo too fast", {0xD0100000, 50, 0, 0}, onlyTempo(1)},
-        {"a tempo too slow", {0xD0100000, 0xFFFFFFFF, 0, 0}, onlyTempo(0xFFFFFF)},
-        {"the tempo of any group", {0xD5100000, 50'000'000, 0, 0}, onlyTempo(500'000)},
-        {"a tempo for one channel", {0xD0000000, 50'000'000, 0, 0}, plainConductor()},
-        {"a tempo in pieces", {0xD0500000, 50'000'000, 0, 0}, plainConductor()},
-        {"another bank", {0xD0100100, 50'000'000, 0, 0}, plainConductor()},
+        {"tempos within bounds, of any group",
+         {0xD5100000, 60'000'099, 0, 0, 0xD0100000, 50, 0, 0, 0xD0100000, 0xFFFFFFFF, 0, 0},
+         signature(0, {4, 2, 24, 8}).tempo(0, 600'000).tempo(0, 1).tempo(0, 0xFFFFFF)},
         {"both, later",
          {0xF0200000, 0, 0, 0, at | 9, 0xD0100001, 0x03020C00, 0, 0, 0xD0100000, 50'000'000, 0, 0},
          signature(9, {3, 2, 24, 12}).tempo(0, 500'000)},
-        {"time signature without beats", {0xD0100001, 0x00020800, 0, 0}, plainConductor()},
-        {"denominator exponent 8", {0xD0100001, 0x04080800, 0, 0}, plainConductor()},
-        {"denominator exponent 7",
-         {0xD0100001, 0x04070800, 0, 0},
+        {"tempos for one channel, in pieces, of another bank",
+         {0xD0000000, 50'000'000, 0, 0, 0xD0500000, 50'000'000, 0, 0, 0xD0100100, 50'000'000, 0, 0},
+         plainConductor()},
+        {"time signatures without beats, and of the longest and too long a denominator",
+         {0xD0100001, 0x00020800, 0, 0, 0xD0100001, 0x04070800, 0, 0, 0xD0100001, 0x04080800, 0, 0},
          TrackBuilder().tempo(0, 500'000).meta(0, MetaType::timeSignature, {4, 7, 24, 8})},
     };
     for (const auto& [name, packets, conductor] : rows) {

@@ -38,32 +38,21 @@ private:
 
     void append(TrackBuilder& track, std::uint32_t delta) {
         const int channel = upTo(15);
-        switch (upTo(9)) {
-        case 0:
+        const int kind = upTo(9);
+        if (kind == 0)
             track.noteOff(delta, channel, upTo(127));
-            break;
-        case 1:
+        else if (kind == 1)
             track.control(delta, channel, upTo(127), upTo(127));
-            break;
-        case 2:
+        else if (kind == 2)
             track.program(delta, channel, upTo(127));
-            break;
-        case 3:
+        else if (kind == 3)
             track.tempo(delta, static_cast<std::uint32_t>(upTo(2) * 250'000));
-            break;
-        case 4:
+        else if (kind == 4)
             track.key(delta, upTo(18) - 9, upTo(1) == 1);
-            break;
-        case 5:
+        else if (kind == 5)
             track.sysex(delta, {1, 2, 0xF7});
-            break;
-        case 6:
-            track.noteOn(delta, channel, upTo(127), upTo(2)).raw({upTo(9), upTo(127), upTo(2)});
-            break;
-        default:
-            track.noteOn(delta, channel, upTo(127), upTo(127));
-            break;
-        }
+        else
+            track.noteOn(delta, channel, upTo(127), upTo(127)).raw({upTo(9), upTo(127), upTo(2)});
     }
 
     std::mt19937 engine_;

@@ -54,17 +54,10 @@ Bytes cutTo(Bytes file, std::size_t size) {
 
 TEST(SMFByteCodec, knowsDataThatIsNoStandardMIDIFileSoThatNobodyReadsOn) {
     const Bytes song = smfBytes(1, 480, {TrackBuilder().noteOn(1, 9, 36)});
-    const std::tuple<const char*, Bytes, bool> rows[] = {
-        {"a song", song, true},
-        {"empty", {}, false},
-        {"13 bytes", cutTo(song, 13), false},
-        {"a foreign type", withByte(song, 3, 'x'), false},
-        {"a header of 8 bytes", withByte(song, 7, 8), false},
-        {"a header of more than 16 million bytes", withByte(song, 4, 1), false},
-    };
-    for (const auto& [name, bytes, isRead] : rows) {
-        SCOPED_TRACE(name);
+    for (const Bytes& bytes : {song, Bytes{}, cutTo(song, 13), withByte(song, 3, 'x'), withByte(song, 7, 8),
+                               withByte(song, 4, 1)}) {
         const MIDIData data{Bytes(bytes)};
+        const bool isRead = bytes == song;
         EXPECT_EQ(MIDIFileInfo::parse(data) != MIDIFileInfo{}, isRead);
         EXPECT_EQ(!MIDI2ClipBuilder::build(data).empty(), isRead);
         EXPECT_EQ(!MIDILoudnessProcessor::boostedDrumsAndBass(data).sharesBytesWith(data), isRead);

@@ -38,7 +38,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitFor(condition, 10'000));
     }
 
-    ~GeneralMIDIEngineTest() override { EXPECT_THAT(failures, IsEmpty()); }
+    void TearDown() override { EXPECT_THAT(failures, IsEmpty()); }
 
     int argumentCount = 1;
     char argument[6] = "tests";

@@ -21,7 +21,7 @@ protected:
 
     /// The left channel of what is rendered in calls of `block` frames.
     static std::vector<float> render(Sequencer& sequencer, double seconds, int block) {
-        std::vector<float> sound, left(static_cast<std::size_t>(block)), right(left);
+        std::vector<float> sound, left(static_cast<std::size_t>(block), 1), right(left); // All to be written.
         while (static_cast<double>(sound.size()) < seconds * sampleRate) {
             sequencer.renderAudio(left.data(), right.data(), block);
             sound.insert(sound.end(), left.begin(), left.end());
@@ -34,12 +34,11 @@ protected:
     Sequencer sequencer{sampleRate};
 };
 
-/// An organ chord under the pedal for two seconds, then two seconds of silence.
-std::shared_ptr<const Timeline> chordAndSilence() {
+/// An organ's note under the pedal for two seconds, then two seconds of silence.
+std::shared_ptr<const Timeline> noteAndSilence() {
     TrackBuilder track;
-    track.program(0, 0, 19).control(0, 0, 64, 127).noteOn(0, 0, 60, 127).noteOn(0, 0, 67, 127);
-    track.noteOff(1900, 0, 60).noteOff(0, 0, 67).control(100, 0, 64, 0).endOfTrack(2000);
-    return timeline({track});
+    track.program(0, 0, 19).control(0, 0, 64, 127).noteOn(0, 0, 60, 127).noteOff(1900, 0, 60);
+    return timeline({track.control(100, 0, 64, 0).endOfTrack(2000)});
 }
 
 double firstAudible(const std::vector<float>& sound) {
@@ -98,14 +97,13 @@ TEST_F(SequencerTest, SoundsTheSameWhateverTheDeviceAsksFor) {
 TEST_F(SequencerTest, NothingSoundsAfterAHaltOrASeekIntoSilence) {
     for (const int block : {64, 1024, 37}) {
         SCOPED_TRACE(block);
-        sequencer.play(chordAndSilence(), 0);
+        sequencer.play(noteAndSilence(), 0);
         ASSERT_GT(peak(render(0.5)), 0.01F);
-        sequencer.play(chordAndSilence(), 2.5);
+        sequencer.play(noteAndSilence(), 2.5);
         render(0.05, block);
         EXPECT_LT(peak(render(0.5, block)), inaudible);
-        EXPECT_GT(sequencer.position(), 2.9);
 
-        sequencer.play(chordAndSilence(), 0);
+        sequencer.play(noteAndSilence(), 0);
         ASSERT_GT(peak(render(0.5)), 0.01F);
         sequencer.halt();
         EXPECT_FALSE(sequencer.isSilent());
@@ -142,8 +140,8 @@ TEST_F(SequencerTest, PositionRunsUpToTheDurationAndTheLastNotesRingOut) {
 }
 
 TEST_F(SequencerTest, TheLatestOrderCountsAndTheOthersAreFreed) {
-    auto first = chordAndSilence(), second = chordAndSilence();
-    const auto third = chordAndSilence();
+    auto first = noteAndSilence(), second = noteAndSilence();
+    const auto third = noteAndSilence();
     const std::weak_ptr<const Timeline> oldSongs[] = {first, second};
     sequencer.play(std::exchange(first, nullptr), 1);
     EXPECT_EQ(sequencer.position(), 1);
@@ -169,7 +167,7 @@ TEST_F(SequencerTest, TheLatestOrderCountsAndTheOthersAreFreed) {
 
 TEST_F(SequencerTest, WaitsInSilenceForTheSynthesizer) {
     Sequencer early(sampleRate);
-    early.play(chordAndSilence(), 0);
+    early.play(noteAndSilence(), 0);
     EXPECT_EQ(peak(render(early, 0.02, 1024)), 0);
     EXPECT_EQ(early.position(), 0);
     early.setSynthesizer(*synthesizer);
@@ -177,7 +175,7 @@ TEST_F(SequencerTest, WaitsInSilenceForTheSynthesizer) {
 }
 
 TEST_F(SequencerTest, TakesOrdersFromAnotherThread) {
-    const std::shared_ptr<const Timeline> songs[] = {chordAndSilence(),
+    const std::shared_ptr<const Timeline> songs[] = {noteAndSilence(),
                                                      timeline({TrackBuilder().endOfTrack(5)})};
     std::jthread rendering([this](const std::stop_token& stop) {
         std::vector<float> left(1024), right(1024);

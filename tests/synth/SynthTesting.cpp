@@ -35,37 +35,26 @@ TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
     TrackBuilder track;
     for (int event = 0; event < eventCount; ++event) {
         const int channel = oneOf({0, 1, 9});
-        switch (upTo(20)) {
-        case 0:
+        const int kind = upTo(20);
+        if (kind == 0)
             track.sysex(1, systemMessages[static_cast<std::size_t>(upTo(7))]);
-            break;
-        case 1:
-        case 2:
+        else if (kind <= 2)
             track.program(1, channel, upTo(127));
-            break;
-        case 3:
+        else if (kind == 3)
             track.pitchBend(1, channel, upTo(16383));
-            break;
-        case 4:
+        else if (kind == 4)
             track.channelPressure(1, channel, upTo(2));
-            break;
-        case 5:
+        else if (kind == 5)
             track.polyphonicPressure(1, channel, upTo(2), upTo(127));
-            break;
-        case 6:
+        else if (kind == 6)
             track.control(1, channel, upTo(127), upTo(127));
-            break;
-        case 7:
+        else if (kind == 7)
             track.control(1, channel, 121, 0);
-            break;
-        case 8:
-        case 9:
+        else if (kind <= 9)
             track.control(1, channel, oneOf({0, 32}), oneOf({0, 1, 8, 120, 127}));
-            break;
-        default:
+        else
             track.control(1, channel, oneOf({6, 6, 38, 98, 99, 100, 101}),
                           oneOf({0, 0, 1, 2, 3, 60, 101, 120, 127}));
-        }
     }
     return track;
 }

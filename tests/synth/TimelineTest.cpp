@@ -84,22 +84,11 @@ TEST(TimelineTest, LeavesOutWhatIsNoMessageAndKeepsDataBytesInRange) {
                                     .raw({0, 0x90, 0xBC, 0xE4, 0, 0xC0, 0xFF, 0, 0x80, 60, 0xFF})
                                     .sysex(0, {0x7E, 0x7F, 0x06, 0x01, 0xF7})
                                     .sysex(0, {0x41, 0x10, 0x42, 0x12, 0x40, 0x11, 0x15, 0xFF})});
-    std::vector<MIDIMessage> messages;
-    for (const TimelineEvent& event : song->events())
-        messages.push_back(event.message);
-    EXPECT_THAT(messages, ElementsAre(MIDIMessage{0x90, 60, 100, 0}, MIDIMessage{0xC0, 127, 0, 0},
-                                      MIDIMessage{0x80, 60, 127, 0},
-                                      MIDIMessage::system(SystemMessage::rhythmPart, 0, 127)));
-}
-
-TEST(TimelineTest, StopsWhenAsked) {
-    TrackBuilder track;
-    for (int note = 0; note < 70'000; ++note)
-        track.noteOn(0, 0, 60);
-    std::stop_source stop;
-    stop.request_stop();
-    EXPECT_THROW(static_cast<void>(Timeline::build(smfBytes(0, 480, {track}), stop.get_token())),
-                 TimelineCancelled);
+    const MIDIMessage messages[] = {{0x90, 60, 100, 0},
+                                    {0xC0, 127, 0, 0},
+                                    {0x80, 60, 127, 0},
+                                    MIDIMessage::system(SystemMessage::rhythmPart, 0, 127)};
+    EXPECT_TRUE(std::ranges::equal(song->events(), messages, {}, &TimelineEvent::message));
 }
 
 TEST(TempoMapTest, FindsEveryTickAgainFromItsTime) {
