@@ -24,57 +24,44 @@ TEST(MIDIFileInfo, namesLanesByTrackOrByChannel) {
     const TrackBuilder drumsToo = TrackBuilder().noteOn(0, 9, 36).noteOn(10, 0, 60).noteOn(10, 9, 36);
     const TrackBuilder silent = TrackBuilder().noteOn(10, 0, 60, 0).noteOff(10, 0, 60);
     const TrackBuilder atOnce = TrackBuilder().noteOn(0, 0, 60).noteOn(0, 1, 60);
-    struct Row {
-        const char* name;
-        Bytes file;
-        std::int64_t trackCount;
-        std::int64_t displayTrackCount;
-        std::string labels;
-        bool wasExploded = false;
-    };
-    const Row rows[] = {
-        {"a track without notes has no lane", smfBytes(1, 480, {conductor, notes, notes}), 3, 3, "2 3 "},
-        {"tracks of format 1 stay whole", smfBytes(1, 480, {drumsToo}), 1, 1, "1 "},
+    // What is shown of each file: tracks, lanes by their labels, and whether channels have become tracks.
+    const std::tuple<const char*, Bytes, std::int64_t, std::int64_t, std::string, bool> rows[] = {
+        {"a track without notes has no lane", smfBytes(1, 480, {conductor, notes, notes}), 3, 3, "2 3 ",
+         false},
+        {"tracks of format 1 stay whole", smfBytes(1, 480, {drumsToo}), 1, 1, "1 ", false},
         {"format 0 on two channels", smfBytes(0, 480, {drumsToo}), 1, 2, "1 2 ", true},
-        {"format 0 on one channel", smfBytes(0, 480, {notes}), 1, 1, "1 "},
-        {"format 0 without struck notes", smfBytes(0, 480, {silent}), 1, 1, ""},
+        {"format 0 on one channel", smfBytes(0, 480, {notes}), 1, 1, "1 ", false},
+        {"format 0 without struck notes", smfBytes(0, 480, {silent}), 1, 1, "", false},
         {"format 0 with more than one track", smfBytes(0, 480, {notes, drumsToo}), 2, 2, "1 2 ", true},
         {"format 0 with everything at tick 0", smfBytes(0, 480, {atOnce}), 1, 2, "", true},
-        {"fewer tracks than declared", smfBytes(1, 480, {notes}, 7), 7, 7, "1 "},
-        {"no tracks declared", smfBytes(1, 480, {notes}, 0), 0, 0, ""},
-        {"format 2", smfBytes(2, 480, {notes}), 1, 1, ""},
+        {"fewer tracks than declared", smfBytes(1, 480, {notes}, 7), 7, 7, "1 ", false},
+        {"no tracks declared", smfBytes(1, 480, {notes}, 0), 0, 0, "", false},
+        {"format 2", smfBytes(2, 480, {notes}), 1, 1, "", false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const MIDIFileInfo info = MIDIFileInfo::parse(row.file);
+    for (const auto& [name, file, trackCount, displayTrackCount, expectedLabels, wasExploded] : rows) {
+        SCOPED_TRACE(name);
+        const MIDIFileInfo info = MIDIFileInfo::parse(file);
         std::string labels;
         for (const MIDITrackPhraseLane& lane : info.timelineLanes)
             labels += lane.label + " ";
-        EXPECT_EQ(info.trackCount, row.trackCount);
-        EXPECT_EQ(info.displayTrackCount, row.displayTrackCount);
-        EXPECT_EQ(labels, row.labels);
-        EXPECT_EQ(info.wasExplodedFromFormat0, row.wasExploded);
+        EXPECT_EQ(info.trackCount, trackCount);
+        EXPECT_EQ(info.displayTrackCount, displayTrackCount);
+        EXPECT_EQ(labels, expectedLabels);
+        EXPECT_EQ(info.wasExplodedFromFormat0, wasExploded);
         EXPECT_EQ(info.isSupportedFormat, info.format <= 1);
     }
 }
 
 TEST(MIDIFileInfo, reportsTheFirstUsableTempoAndKey) {
     const std::tuple<const char*, TrackBuilder, std::optional<double>, std::optional<std::string>> rows[] = {
-        {"none", TrackBuilder().noteOn(1, 0, 60), {}, {}},
-        {"the first ones stay",
-         TrackBuilder().tempo(0, 500'000).key(0, 2, false).tempo(9, 250'000).key(9, 3, false), 120.0,
-         "D major"},
+        {"the first key stays", TrackBuilder().key(0, 2, false).key(9, 3, false), {}, "D major"},
+        {"the first tempo stays", TrackBuilder().tempo(0, 500'000).tempo(9, 250'000), 120.0, {}},
         {"a tempo of zero is passed over", TrackBuilder().tempo(0, 0).tempo(9, 0x0F4240), 60.0, {}},
         {"a tempo is not rounded", TrackBuilder().tempo(0, 16'777'215), 60e6 / 16'777'215, {}},
-        {"short payloads are passed over",
-         TrackBuilder().meta(0, MetaType::setTempo, {7, 8}).meta(0, MetaType::keySignature, {1}),
-         {},
-         {}},
-        {"long payloads are read",
-         TrackBuilder()
-             .meta(0, MetaType::setTempo, {7, 0xA1, 0x20, 9})
-             .meta(0, MetaType::keySignature, {1, 1, 9}),
-         120.0, "E minor"},
+        {"a short tempo is passed over", TrackBuilder().meta(0, MetaType::setTempo, {7, 8}), {}, {}},
+        {"a short key is passed over", TrackBuilder().meta(0, MetaType::keySignature, {1}), {}, {}},
+        {"a long tempo is read", TrackBuilder().meta(0, MetaType::setTempo, {7, 0xA1, 0x20, 9}), 120.0, {}},
+        {"a long key is read", TrackBuilder().meta(0, MetaType::keySignature, {1, 1, 9}), {}, "E minor"},
         {"minor, most flats", TrackBuilder().key(0, -7, true), {}, "Ab minor"},
         {"minor, most sharps", TrackBuilder().key(0, 7, true), {}, "A# minor"},
         {"major, most flats", TrackBuilder().key(0, -7, false), {}, "Cb major"},

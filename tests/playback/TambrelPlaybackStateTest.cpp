@@ -36,19 +36,14 @@ TEST_F(TambrelPlaybackStateTest, startsEverySongWithLoudnessOff) {
 }
 
 TEST_F(TambrelPlaybackStateTest, makesTheLoudnessVariantOnceForEachSong) {
-    EXPECT_FALSE(state.selectedSnapshot("caller").has_value());
     state.replaceLoadedMIDI(song);
     EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(song));
-    static_cast<void>(recorded.taken());
     state.setLoudnessEnabled(true);
     const auto loud = state.selectedSnapshot("caller");
     EXPECT_TRUE(loud->isLoud);
     EXPECT_TRUE(
         std::ranges::equal(loud->data.view(), MIDILoudnessProcessor::boostedDrumsAndBass(song).view()));
     EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(loud->data));
-    EXPECT_THAT(recorded.taken(), ElementsAre("Generating loudness-processed MIDI data for caller | "
-                                              "TambrelPlaybackState.selectedSnapshot"));
-
     state.replaceLoadedMIDI(silence);
     state.setLoudnessEnabled(true);
     EXPECT_EQ(state.selectedSnapshot("caller")->data.size(), silence.size()) << "not the song before";

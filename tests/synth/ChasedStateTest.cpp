@@ -133,35 +133,25 @@ TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
 }
 
 TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeavesInRandomSongs) {
-    for (std::uint32_t seed = 1; seed <= 30; ++seed) {
+    TrackBuilder millionNotes;
+    millionNotes.noteOn(1, 5, 60);
+    for (int pair = 0; pair < 1'000'000; ++pair)
+        millionNotes.raw({1, 60, 0, 0, 60, 100});
+    for (std::uint32_t seed = 0; seed <= 30; ++seed) {
         SCOPED_TRACE(seed);
-        const auto song = timeline({randomTrack(seed, 300)});
+        const bool isLong = seed == 0;
+        const auto song =
+            isLong ? timeline({millionNotes, randomTrack(7, 200'000)}) : timeline({randomTrack(seed, 300)});
         Comparison comparison;
         for (std::size_t index = 0; index < song->events().size(); ++index) {
-            if (index % 11 == 0) {
+            if (isLong ? index % 300'007 == 0 || (index + 1) % 65'536 <= 2 : index % 11 == 0) {
                 ASSERT_EQ(comparison.seek(song->stateBefore(index)), "") << "before event " << index;
             }
-            comparison.play(song->events()[index].message);
+            if (const auto message = song->events()[index].message; message.status != 0x95)
+                comparison.play(message);
         }
         ASSERT_EQ(comparison.seek(song->stateBefore(song->events().size())), "");
         ASSERT_EQ(comparison.goOn(), "");
-    }
-}
-
-TEST(ChasedStateTest, IsRightAnywhereInAMillionNotes) {
-    TrackBuilder notes;
-    notes.noteOn(1, 5, 60);
-    for (int pair = 0; pair < 1'000'000; ++pair)
-        notes.raw({1, 60, 0, 0, 60, 100});
-    const auto song = timeline({notes, randomTrack(7, 200'000)});
-    ASSERT_GT(song->events().size(), 2'000'000U);
-    Comparison comparison;
-    for (std::size_t index = 0; index < song->events().size(); ++index) {
-        if (index % 300'007 == 0 || (index + 1) % 65'536 <= 2) {
-            ASSERT_EQ(comparison.seek(song->stateBefore(index)), "") << "before event " << index;
-        }
-        if (const auto message = song->events()[index].message; message.status != 0x95)
-            comparison.play(message);
     }
 }
 
