@@ -87,6 +87,7 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
     const auto reload = [](Controller& c) { c.reloadForPlayback({}, 99); };
     const std::string starts = "Starting playback | play";
     const std::string pauses = "Pausing playback | pause";
+    const std::string noSong = " ignored because no MIDI file is loaded | ";
     const std::string notActive = "Pause ignored because playback is not active | pause";
     const std::string stops = "Stopping playback and returning to zero | stop";
     const std::string returns = "Returning playhead to zero | rtz";
@@ -94,17 +95,16 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
 
     // The mode before; the place in a song of 10 seconds, if there is one; what comes of the command: mode
     // and place, what is reported, what the player is told, what is logged.
-    const std::tuple<const char*, PlaybackMode, std::optional<double>, std::function<void(Controller&)>,
-                     Texts>
-        rows[] = {
-            // clang-format off
-        {"play without a song", idle, {}, play, {"idle at 0", "Play ignored because no MIDI file is loaded | play"}},
+    using Command = std::function<void(Controller&)>;
+    const std::tuple<const char*, PlaybackMode, std::optional<double>, Command, Texts> rows[] = {
+        // clang-format off
+        {"play without a song", idle, {}, play, {"idle at 0", "Play" + noSong + "play"}},
         {"pause without a song", idle, {}, pause, {"idle at 0", notActive}},
-        {"stop without a song", idle, {}, stop, {"idle at 0", "Stop ignored because no MIDI file is loaded | stop"}},
-        {"rtz without a song", idle, {}, rtz, {"idle at 0", "RTZ ignored because no MIDI file is loaded | rtz"}},
-        {"seek without a song", idle, {}, seekTo(1),
-         {"idle at 0", "Seek ignored because no MIDI file is loaded | seek(to:)"}},
-        {"unload without a song", idle, {}, unload, {"idle at 0", "mode idle", "loaded 0", "progress 0 of 0", clears}},
+        {"stop without a song", idle, {}, stop, {"idle at 0", "Stop" + noSong + "stop"}},
+        {"rtz without a song", idle, {}, rtz, {"idle at 0", "RTZ" + noSong + "rtz"}},
+        {"seek without a song", idle, {}, seekTo(1), {"idle at 0", "Seek" + noSong + "seek(to:)"}},
+        {"unload without a song", idle, {}, unload,
+         {"idle at 0", "mode idle", "loaded 0", "progress 0 of 0", clears}},
 
         {"play just short of the end", idle, 9.97, play,
          {"playing at 9.97", "mode playing", "player: play", starts, startsTimer}},
@@ -114,8 +114,8 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
          {"playing at 4", "mode playing", "player: play", starts, startsTimer, stopsTimer}},
         {"pause while paused", paused, 4, pause, {"paused at 4", notActive}},
         {"toggle while paused resumes", paused, 4, toggle,
-         {"playing at 4", "mode playing", "player: play", "Toggling playback from paused | togglePlayPause", starts,
-          startsTimer}},
+         {"playing at 4", "mode playing", "player: play", "Toggling playback from paused | togglePlayPause",
+          starts, startsTimer}},
         {"toggle while playing", playing, 4, toggle,
          {"paused at 4", "mode paused", "progress 4 of 10", "player: stop",
           "Toggling playback from playing | togglePlayPause", pauses, stopsTimer}},
@@ -134,12 +134,12 @@ TEST_F(MIDIPlayerControllerTest, CarriesOutEveryCommandInEveryMode) {
          {"idle at 0", "progress 0 of 10", "Seeking to nan seconds | seek(to:)"}},
         {"reload while playing ends idle and clamped", playing, 4, reload,
          {"idle at 10", "mode idle", "loaded 10", "progress 10 of 10", "player: stop", "player: prepare",
-          "Reloading MIDI playback data at current position | reloadForPlayback(data:position:)", resets, stopsTimer,
-          "AVMIDIPlayer loaded; duration 10.0 | load(data:position:modeAfterLoad:)"}},
+          "Reloading MIDI playback data at current position | reloadForPlayback(data:position:)", resets,
+          stopsTimer, "AVMIDIPlayer loaded; duration 10.0 | load(data:position:modeAfterLoad:)"}},
         {"unload while playing", playing, 4, unload,
          {"idle at 0", "mode idle", "loaded 0", "progress 0 of 0", "player: stop", clears, stopsTimer}},
-            // clang-format on
-        };
+        // clang-format on
+    };
     for (const auto& [name, from, position, command, expected] : rows) {
         SCOPED_TRACE(name);
         enter(from, position);
