@@ -59,7 +59,7 @@ TEST(MIDI2ClipBuilder, writesTheDivisionButForTimeCode) {
 }
 
 TEST(MIDI2ClipBuilder, countsWordByWord) {
-    Bytes partial = clipBytes({0x20903C64, 0x2FFFFFFF, 0x40000000, 0x20000000});
+    Bytes partial = clipBytes({0x20903C64, 0x2FFFFFFF, 0x30000000, 0x20000000});
     partial.insert(partial.end(), {0x20, 0x90, 0x3C});
     Bytes foreign = clipBytes({0x20903C64});
     foreign[7] = 'Q';

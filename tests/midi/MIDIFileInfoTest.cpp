@@ -101,13 +101,13 @@ TEST(MIDIFileInfo, splitsPhrasesAtGapsLongerThanTwoQuarters) {
 }
 
 TEST(MIDIFileInfo, gathersTheNotesOfAChannelFromAllTracks) {
-    const auto notesAt = [](std::uint32_t first, std::uint32_t distance) {
-        return TrackBuilder().noteOn(first, 0, 60).noteOn(distance, 0, 60);
-    };
-    const auto file =
-        smfBytes(0, 480, {notesAt(0, 2000), notesAt(900, 600), notesAt(400, 2000), notesAt(5000, 5000)});
-    EXPECT_EQ(MIDIFileInfo::parse(file).timelineLanes.at(0).phrases,
-              (std::vector<MIDIPhrase>{{0, 0.25}, {0.5, 0.51}, {1, 1.005}}));
+    // The second track's notes bridge the gap between two of the first one's, the last just so.
+    const auto scattered =
+        TrackBuilder().noteOn(100, 0, 60).noteOn(2660, 0, 60).noteOn(2240, 0, 60).noteOn(5000, 0, 60);
+    const auto close = TrackBuilder().noteOn(0, 0, 60).noteOn(900, 0, 60).noteOn(900, 0, 60);
+    const MIDIFileInfo info = MIDIFileInfo::parse(smfBytes(0, 480, {scattered, close}));
+    EXPECT_EQ(info.timelineLanes.at(0).phrases,
+              (std::vector<MIDIPhrase>{{0, 0.276 + 0.01}, {0.5, 0.51}, {1, 1.005}}));
 }
 
 } // namespace

@@ -57,10 +57,8 @@ TEST_F(OfflineRendererTest, LeavesTheFolderAsItWasWhenItFailsOrIsStopped) {
     std::ofstream(folder / "old.wav") << "old";
     std::filesystem::create_directory(folder / "directory");
     std::filesystem::create_symlink("/dev/null", folder / "device");
-    TrackBuilder many; // Enough that building the timeline notices that it should stop.
-    for (int note = 0; note < 70'000; ++note)
-        many.noteOn(1, 0, 60);
-    const auto song = smfBytes(1, milliseconds(), {many});
+    // Enough that building the timeline notices that it should stop.
+    const auto song = smfBytes(1, milliseconds(), {randomTrack(1, 70'000)});
     for (const char* output : {"directory", "directory/", "device", "old.wav/new.wav"})
         EXPECT_THROW(renderToWAV(song, folder / output, options), RenderError) << output;
     std::stop_source stop;

@@ -89,6 +89,13 @@ TEST(TimelineTest, LeavesOutWhatIsNoMessageAndKeepsDataBytesInRange) {
     EXPECT_TRUE(std::ranges::equal(song->events(), messages, {}, &TimelineEvent::message));
 }
 
+TEST(TimelineTest, StopsWhenAsked) {
+    std::stop_source stop;
+    stop.request_stop();
+    const auto song = smfBytes(0, 480, {randomTrack(1, 70'000)});
+    EXPECT_THROW(static_cast<void>(Timeline::build(song, stop.get_token())), TimelineCancelled);
+}
+
 TEST(TempoMapTest, FindsEveryTickAgainFromItsTime) {
     TempoMap map(quarter);
     map.setTempo(100, 16'777'215);
