@@ -5,32 +5,22 @@
 namespace tambrel {
 namespace {
 
-using Text = std::string;
-
 TEST(ApplicationInfo, EnablesDiagnosticsByIdentifierOrSwitch) {
-    struct Row {
+    const struct {
         const char* name;
         std::optional<std::string> identifier;
         ApplicationInfo::DiagnosticsSwitch diagnosticsSwitch;
         bool enabled;
-    };
-    const Row rows[] = {
-        {"nothing at all", {}, {}, false},
-        {"beta identifier, no switch", "software.kestrune.tambrel.beta", {}, true},
+    } rows[] = {
         {"beta identifier overrules a false switch", "software.kestrune.tambrel.beta", false, true},
         {"beta inside the identifier", "software.beta.tambrel", {}, false},
-        {"beta without its point", "software.tambrelbeta", {}, false},
-        {"beta in capitals", "software.kestrune.tambrel.BETA", {}, false},
+        {"beta without its point", "software.kestrune.tambrelbeta", {}, false},
         {"Boolean true", "software.kestrune.tambrel", true, true},
-        {"Boolean false", {}, false, false},
-        {"text YES", {}, Text("YES"), true},
-        {"text True", {}, Text("True"), true},
-        {"text 1", {}, Text("1"), true},
-        {"text no", {}, Text("no"), false},
-        {"text 0", {}, Text("0"), false},
-        {"text on", {}, Text("on"), false},
-        {"empty text", {}, Text(), false},
-        {"start of a text that enables", {}, Text("tru"), false},
+        {"text YES", {}, std::string("YES"), true},
+        {"text True", {}, std::string("True"), true},
+        {"text 1", {}, std::string("1"), true},
+        {"text on", {}, std::string("on"), false},
+        {"start of a text that enables", {}, std::string("tru"), false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

@@ -1,19 +1,7 @@
-#include "RecordingWindow.h"
-#include "TestFiles.h"
+#include "BetaLogTesting.h"
 
-#include <gmock/gmock.h>
-
-#include <QCoreApplication>
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <sys/resource.h>
@@ -24,96 +12,24 @@ namespace tambrel {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-constexpr auto logFile = "Tambrel-beta-log.txt";
-constexpr auto marker = "Tambrel-session-active.marker";
-
-/// Makes writes beyond this size of a file fail, after a part, as on a full disk.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(std::size_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
-        const rlimit limit{bytes, before_.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before_{};
-};
-
-/// One program run after another on the same settings and folder.
-class TambrelBetaLogTest : public ::testing::Test {
+class TambrelBetaLogTest : public BetaLogTest {
 protected:
-    /// A program run up to its start, with the answers it will get.
-    TambrelBetaLog& startRun(std::optional<bool> answer = true) {
-        endRun();
-        run_ = newRun(answer);
-        return *run_;
-    }
-
-    /// Another program run, besides the one that `startRun` started.
-    std::unique_ptr<TambrelBetaLog> newRun(std::optional<bool> answer = true) {
-        auto log = std::make_unique<TambrelBetaLog>();
-        log->configure(TambrelBetaLogServices{
-            .info = info,
-            .settings = settings,
-            .ask =
-                [this, answer](const ModalQuestion& question) {
-                    asked.push_back(question.message + '/' + question.informative + '/' +
-                                    question.firstButton + '/' + question.secondButton);
-                    return answer;
-                },
-            .composeEmail = [this](const EmailDraft&, const std::function<void()>&) { ++emails; },
-            .makeDebugWindow = RecordingWindow::maker([this](const auto& line) { window.push_back(line); }),
-            .profiler = profiler,
-            .folder = folder,
-            .environment =
-                [this](const char* name) {
-                    return underTest && std::string(name) == "XCTestConfigurationFilePath"
-                               ? std::optional<std::string>("")
-                               : std::nullopt;
-                },
-            .now = [] { return std::chrono::system_clock::from_time_t(1'700'000'000); },
-        });
-        // So that the opening of the window is not in the file.
-        const auto allowed = settings.value("TambrelBetaLogFileEnabled");
-        settings.remove("TambrelBetaLogFileEnabled");
-        log->showDebugWindow();
-        if (allowed.isValid())
-            settings.setValue("TambrelBetaLogFileEnabled", allowed);
+    /// Starts a run whose window is open, which is not in the file.
+    void startRunWithWindow() {
+        allowFile(false);
+        startRun();
+        log.showDebugWindow();
         window.clear();
-        return log;
+        allowFile();
     }
 
-    /// Ends the run without a word, as a crash would, but with everything written.
-    void endRun() {
-        if (run_)
-            run_->close();
-    }
-
-    /// Returns when everything submitted so far has been done and reported back.
-    void settle() { settle(*run_); }
-    static void settle(TambrelBetaLog& log) {
-        bool settled = false;
-        log.inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return settled; }, 10'000));
-    }
-
-    void allowFile(bool allowed = true) {
-        settings.setValue("TambrelBetaLogConsentAsked", true);
-        settings.setValue("TambrelBetaLogFileEnabled", allowed);
-    }
-
-    [[nodiscard]] bool exists(const char* name) const { return QFile::exists(folder + '/' + name); }
-
-    [[nodiscard]] std::string content(const char* name) const {
-        return tambrel::content((folder + '/' + name).toStdString());
+    [[nodiscard]] std::string content(const QString& file) const {
+        return tambrel::content(file.toStdString());
     }
 
     /// The lines after the header, without their time stamps.
@@ -126,25 +42,7 @@ protected:
         return lines;
     }
 
-    int argumentCount = 1;
-    char argument[6] = "tests";
-    char* arguments[2] = {argument, nullptr};
-    QCoreApplication application{argumentCount, arguments};
-    QTemporaryDir home;
-    QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
-
-    ApplicationInfo info{.diagnosticsSwitch = true};
-    QString folder = home.filePath("data/Beta Logs");
-    SystemProfiler profiler{.tools = {}};
-    bool underTest = false;
-    int emails = 0;
-    std::vector<std::string> asked;
-    std::vector<std::string> window;
-    const std::string stamp =
-        makeMediumDateTimeFormatter("C")(std::chrono::system_clock::from_time_t(1'700'000'000));
-
-private:
-    std::unique_ptr<TambrelBetaLog> run_;
+    const QString marker = folder + "/Tambrel-session-active.marker";
 };
 
 const auto consentQuestion = "Allow Tambrel to create a beta log file?/The beta log is used only for crashes "
@@ -158,353 +56,265 @@ const auto startEntry = "Application Session Started | TambrelBetaLog.startSessi
 const auto endEntry = "Application Session Ended Normally | TambrelBetaLog.finishSession";
 
 TEST_F(TambrelBetaLogTest, WritesOneLineForEachKindOfEntryToWindowAndFile) {
-    allowFile();
-    auto& log = startRun();
+    info = {.displayName = "First",
+            .name = "Second",
+            .shortVersion = "1.2",
+            .build = "34",
+            .identifier = "tambrel.beta"};
+    startRunWithWindow();
     log.procedure("A.b");
     log.procedure("A.b", "Detail");
-    log.procedure("A.b", [] { return std::string("Composed"); });
     log.function("A.c", "");
     log.function("A.c", std::string("two\nlines"));
     log.userAction("Clicked Play", "A.d(_:)");
     log.userAction([] { return std::string("Opened ☃.mid"); }, "A.d(_:)");
     log.error(std::runtime_error("out of tune"), "A.e");
-    endRun();
+    log.close();
 
     std::string expected;
-    for (const char* line :
-         {"Procedure Ran | A.b", "Detail | A.b", "Composed | A.b", "Function Entered | A.c",
-          "two\nlines | A.c", "User Action: Clicked Play | A.d(_:)", "User Action: Opened ☃.mid | A.d(_:)",
-          "Error: out of tune | A.e"})
-        expected += '[' + stamp + "] " + line + '\n';
-    std::string shown;
-    for (const auto& line : window)
-        shown += line;
-    EXPECT_EQ(shown, expected);
+    for (const char* text : {"Procedure Ran | A.b", "Detail | A.b", "Function Entered | A.c",
+                             "two\nlines | A.c", "User Action: Clicked Play | A.d(_:)",
+                             "User Action: Opened ☃.mid | A.d(_:)", "Error: out of tune | A.e"})
+        expected += line(text);
+    EXPECT_EQ(window, expected);
     EXPECT_EQ(content(logFile),
               "Tambrel betaLOG\nCreated: " + stamp +
                   "\nPurpose: crash and freeze reports for Kestrune Software beta testing.\n\n"
-                  "Tambrel App Info:\nApp Name: Tambrel\nVersion: Unknown\nBuild: Unknown\n"
-                  "Bundle Identifier: Unknown\nDiagnostics Enabled: YES\nCollected: " +
+                  "Tambrel App Info:\nApp Name: First\nVersion: 1.2\nBuild: 34\n"
+                  "Bundle Identifier: tambrel.beta\nDiagnostics Enabled: YES\nCollected: " +
                   stamp + '\n' + expected);
 }
 
-TEST_F(TambrelBetaLogTest, ReportsTheApplicationsInformationUnderItsDisplayNameIfThereIsOne) {
-    info = {.name = "Second", .shortVersion = "1.2", .build = "34", .identifier = "tambrel.beta"};
-    for (const std::string name : {"Second", "First"}) {
-        EXPECT_EQ(startRun().applicationInfoReport(),
-                  "Tambrel App Info:\nApp Name: " + name +
-                      "\nVersion: 1.2\nBuild: 34\nBundle Identifier: tambrel.beta\n"
-                      "Diagnostics Enabled: YES\nCollected: " +
-                      stamp);
-        info.displayName = "First";
-    }
-}
-
 TEST_F(TambrelBetaLogTest, DoesNothingAtAllWhileDiagnosticsAreOff) {
-    allowFile();
-    settings.remove("TambrelBetaLogConsentAsked");
+    settings.setValue("TambrelBetaLogFileEnabled", true);
     info.diagnosticsSwitch = std::string("on");
+    startRun();
     TambrelBetaLog unconfigured;
     const auto useless = []() -> std::string { throw std::logic_error("composed although off"); };
-    for (TambrelBetaLog* log : {&startRun(), &unconfigured}) {
-        EXPECT_EQ(log->startSession(), TambrelBetaLog::Launch::goesOn);
-        log->procedure("A.b", useless);
-        log->function("A.b", useless);
-        log->userAction(useless, "A.b");
-        log->error(std::runtime_error("ignored"), "A.b");
-        log->showDebugWindow();
-        log->emailDebugWindowText("text");
-        log->revealBetaLogFile();
-        log->finishSession();
-        log->close();
+    for (TambrelBetaLog* off : {&log, &unconfigured}) {
+        EXPECT_EQ(off->startSession(), TambrelBetaLog::Launch::goesOn);
+        off->procedure("A.b", useless);
+        off->function("A.b", useless);
+        off->userAction(useless, "A.b");
+        off->error(std::runtime_error("ignored"), "A.b");
+        off->showDebugWindow();
+        off->emailDebugWindowText("text");
+        off->revealBetaLogFile();
+        off->finishSession();
+        off->close();
     }
     EXPECT_THAT(asked, IsEmpty());
-    EXPECT_THAT(window, IsEmpty());
+    EXPECT_EQ(window, "");
     EXPECT_FALSE(QFile::exists(folder));
 }
 
 TEST_F(TambrelBetaLogTest, AsksForConsentOnceAndKeepsTheAnswer) {
-    for (const bool allowed : {true, false}) {
+    for (const bool allowed : {false, true}) {
         SCOPED_TRACE(allowed ? "Allow" : "Not Now");
         settings.clear();
         asked.clear();
-        for (int run = 0; run < 2; ++run) {
-            auto& log = startRun(run == 0 ? allowed : !allowed);
+        for (const bool answer : {allowed, !allowed}) {
+            startRun(answer);
             log.startSession();
             log.finishSession();
         }
-        endRun();
+        log.close();
         EXPECT_THAT(asked, ElementsAre(consentQuestion));
-        QSettings stored(settings.fileName(), QSettings::IniFormat);
-        EXPECT_TRUE(stored.value("TambrelBetaLogConsentAsked").toBool());
-        EXPECT_EQ(stored.value("TambrelBetaLogFileEnabled").toBool(), allowed);
-        EXPECT_EQ(exists(logFile), allowed);
-        QDir(folder).removeRecursively();
+        EXPECT_EQ(QFile::exists(logFile), allowed);
     }
 }
 
-TEST_F(TambrelBetaLogTest, ObeysTheSettingAtEachEntry) {
-    allowFile();
-    auto& log = startRun();
+TEST_F(TambrelBetaLogTest, ObeysTheSettingAndRecreatesADeletedFileAtEachEntry) {
+    info.name = "Second";
+    startRunWithWindow();
     log.procedure("A.b", "first");
     allowFile(false);
     log.procedure("A.b", "second");
     allowFile();
     log.procedure("A.b", "third");
-    endRun();
+    log.waitUntilWritten();
     EXPECT_THAT(entries(), ElementsAre("first | A.b", "third | A.b"));
-    EXPECT_EQ(window.size(), 3u);
-}
-
-TEST_F(TambrelBetaLogTest, KeepsAMarkerFromTheStartOfASessionToItsNormalEnd) {
-    allowFile();
-    auto& log = startRun();
-    log.startSession();
-    settle();
-    EXPECT_EQ(content(marker), "Session active since " + stamp + '\n');
-    EXPECT_THAT(window, IsEmpty()) << "the start line is for the file only";
-    log.finishSession();
-    endRun();
-    EXPECT_FALSE(exists(marker));
-    EXPECT_THAT(entries(), ElementsAre(startEntry, endEntry));
-}
-
-TEST_F(TambrelBetaLogTest, OffersABugReportAfterARunThatDidNotEnd) {
-    const struct {
-        const char* name;
-        bool crashed;
-        bool accepts;
-        std::vector<std::string> questions;
-        int emails;
-    } rows[] = {
-        {"ended normally", false, true, {}, 0},
-        {"crashed, user accepts", true, true, {crashQuestion}, 1},
-        {"crashed, user declines", true, false, {crashQuestion}, 0},
-    };
-    allowFile();
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        QDir(folder).removeRecursively();
-        asked.clear();
-        window.clear();
-        emails = 0;
-        auto& first = startRun();
-        first.startSession();
-        if (!row.crashed)
-            first.finishSession();
-        startRun(row.accepts).startSession();
-        settle(); // The question.
-        settle(); // The report.
-        endRun();
-        EXPECT_EQ(asked, row.questions);
-        EXPECT_EQ(emails, row.emails);
-        EXPECT_EQ(entries().back(), row.crashed ? crashEntry : startEntry);
-        EXPECT_TRUE(exists(marker));
-    }
-}
-
-TEST_F(TambrelBetaLogTest, LeavesTheMarkerToTheRunThatHasIt) {
-    allowFile();
-    startRun().startSession();
-    settle();
-    for (const bool firstCrashes : {false, true}) {
-        SCOPED_TRACE(firstCrashes ? "the first one crashes" : "both go on");
-        const auto second = newRun();
-        second->startSession();
-        settle(*second);
-        if (firstCrashes)
-            endRun();
-        second->finishSession();
-        second->close();
-        EXPECT_TRUE(exists(marker));
-        EXPECT_THAT(asked, IsEmpty());
-    }
-    startRun().startSession();
-    settle();
-    EXPECT_THAT(asked, ElementsAre(crashQuestion));
-}
-
-TEST_F(TambrelBetaLogTest, AsksAgainWhatTheProgramsEndLeftUnanswered) {
-    auto& first = startRun(std::nullopt);
-    EXPECT_EQ(first.startSession(), TambrelBetaLog::Launch::isOver);
-    first.finishSession();
-    endRun();
-    EXPECT_FALSE(settings.contains("TambrelBetaLogConsentAsked"));
-    EXPECT_FALSE(QFile::exists(folder));
-    startRun(true).startSession(); // And crashes.
-    for (const auto answer : {std::optional<bool>(), std::optional(false), std::optional(false)}) {
-        auto& next = startRun(answer);
-        next.startSession();
-        settle();
-        next.finishSession();
-    }
-    endRun();
-    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion, crashQuestion, crashQuestion));
-}
-
-TEST_F(TambrelBetaLogTest, OffersAReportAgainThatTheProgramsEndInterrupted) {
-    allowFile();
-    startRun().startSession();
-    profiler = {.tools = {{.program = "sleep", .arguments = {"600"}}}, .limit = std::chrono::minutes(10)};
-    auto& interrupted = startRun();
-    interrupted.startSession();
-    settle();
-    interrupted.finishSession();
-    endRun();
-    EXPECT_EQ(emails, 0);
-    EXPECT_TRUE(exists(marker));
-
-    profiler = {.tools = {}};
-    auto& last = startRun();
-    last.startSession();
-    settle(); // The question.
-    settle(); // The report.
-    last.finishSession();
-    endRun();
-    EXPECT_EQ(emails, 1);
-    EXPECT_THAT(asked, ElementsAre(crashQuestion, crashQuestion));
-    EXPECT_FALSE(exists(marker));
+    EXPECT_EQ(window, line("first | A.b") + line("second | A.b") + line("third | A.b"));
+    ASSERT_TRUE(QFile::remove(logFile));
+    log.procedure("A.b", "fourth");
+    log.close();
+    EXPECT_THAT(content(logFile), StartsWith("Tambrel betaLOG\nCreated: "));
+    EXPECT_THAT(content(logFile), HasSubstr("\nApp Name: Second\nVersion: Unknown\n"));
+    EXPECT_THAT(entries(), ElementsAre("fourth | A.b"));
 }
 
 TEST_F(TambrelBetaLogTest, BeginsAnotherSessionWhenTheUserGoesOnAfterTheEnd) {
-    allowFile();
-    auto& log = startRun();
+    startRunWithWindow();
     const auto marked = [&] {
         log.waitUntilWritten();
-        return exists(marker);
+        return content(marker);
     };
     log.startSession();
+    EXPECT_EQ(marked(), "Session active since " + stamp + '\n');
+    EXPECT_EQ(window, "") << "the start line is for the file only";
     log.finishSession();
     log.procedure("A.b");
-    EXPECT_FALSE(marked());
+    EXPECT_EQ(marked(), "");
     log.userAction("Clicked Play", "A.b");
-    EXPECT_TRUE(marked());
+    EXPECT_NE(marked(), "");
     log.finishSession();
     log.finishSession();
-    EXPECT_FALSE(marked());
+    EXPECT_EQ(marked(), "");
     EXPECT_THAT(asked, IsEmpty());
     EXPECT_THAT(entries(), ElementsAre(startEntry, endEntry, "Procedure Ran | A.b", startEntry,
                                        "User Action: Clicked Play | A.b", endEntry));
 }
 
-TEST_F(TambrelBetaLogTest, StartsNoSessionUnderAUnitTestRunnerButStillWritesEntries) {
-    underTest = true;
-    startRun().startSession();
-    endRun();
-    EXPECT_THAT(asked, IsEmpty());
-    EXPECT_FALSE(QFile::exists(folder));
-
+TEST_F(TambrelBetaLogTest, LeavesTheMarkerToTheRunThatHasIt) {
     allowFile();
-    auto& log = startRun();
+    startRun();
+    log.startSession();
+    settle(log);
+    for (const bool firstCrashes : {false, true}) {
+        SCOPED_TRACE(firstCrashes ? "the first one crashes" : "both go on");
+        TambrelBetaLog second;
+        second.configure(services());
+        second.startSession();
+        settle(second);
+        if (firstCrashes)
+            log.close();
+        second.finishSession();
+        second.close();
+        EXPECT_TRUE(QFile::exists(marker));
+        EXPECT_THAT(asked, IsEmpty());
+    }
+    startRun();
+    log.startSession();
+    settle(log);
+    EXPECT_THAT(asked, ElementsAre(crashQuestion));
+}
+
+TEST_F(TambrelBetaLogTest, AsksAgainWhatTheProgramsEndLeftUnanswered) {
+    startRun(std::nullopt);
+    EXPECT_EQ(log.startSession(), TambrelBetaLog::Launch::isOver);
+    log.finishSession();
+    log.close();
+    EXPECT_FALSE(settings.contains("TambrelBetaLogConsentAsked"));
+    EXPECT_FALSE(QFile::exists(folder));
+    startRun();
+    log.startSession(); // And crashes.
+    for (const auto answer : {std::optional<bool>(), std::optional(false), std::optional(false)}) {
+        startRun(answer);
+        log.startSession();
+        settle(log);
+        log.finishSession();
+    }
+    log.close();
+    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion, crashQuestion, crashQuestion));
+    EXPECT_THAT(entries(), ElementsAre(startEntry, startEntry, crashEntry, endEntry, startEntry, crashEntry,
+                                       endEntry, startEntry, endEntry));
+    EXPECT_THAT(drafts, IsEmpty());
+}
+
+TEST_F(TambrelBetaLogTest, OffersAReportAgainThatTheProgramsEndInterrupted) {
+    allowFile();
+    startRun();
+    log.startSession();
+    profiler = {.tools = {{.program = "sleep", .arguments = {"600"}}}, .limit = std::chrono::minutes(10)};
+    startRun();
+    log.startSession();
+    settle(log);
+    log.finishSession();
+    log.close();
+    EXPECT_THAT(drafts, IsEmpty());
+    EXPECT_TRUE(QFile::exists(marker));
+
+    profiler = {.tools = {}};
+    startRun();
+    log.startSession();
+    settle(log); // The question.
+    settle(log); // The report.
+    log.finishSession();
+    log.close();
+    EXPECT_EQ(drafts.size(), 1u);
+    EXPECT_THAT(asked, ElementsAre(crashQuestion, crashQuestion));
+    EXPECT_FALSE(QFile::exists(marker));
+}
+
+TEST_F(TambrelBetaLogTest, StartsNoSessionUnderAUnitTestRunnerButStillWritesEntries) {
+    environment = [](const char* name) {
+        return std::string_view(name) == "XCTestConfigurationFilePath" ? std::optional<std::string>("")
+                                                                       : std::nullopt;
+    };
+    settings.setValue("TambrelBetaLogFileEnabled", true);
+    startRun();
     log.startSession();
     log.procedure("A.b", "later");
-    endRun();
-    EXPECT_FALSE(exists(marker));
+    log.close();
+    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_FALSE(QFile::exists(marker));
     EXPECT_THAT(entries(), ElementsAre("later | A.b"));
 }
 
-TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowOnly) {
-    const QString plainFile = home.filePath("plain");
-    ASSERT_TRUE(QFile(plainFile).open(QIODevice::WriteOnly));
-    folder = plainFile + "/sub";
+TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowAndStillDetectsACrash) {
     allowFile();
-    auto& log = startRun();
+    startRun();
     log.startSession();
-    settle();
-    log.procedure("A.b", "Detail");
-    settle();
-    log.finishSession();
-    endRun();
-    const auto reason = std::generic_category().message(ENOTDIR) + '\n';
-    ASSERT_EQ(window.size(), 4u);
-    EXPECT_EQ(window[0], '[' + stamp + "] betaLOG file setup failed: " + reason);
-    EXPECT_EQ(window[2], '[' + stamp + "] betaLOG write failed: " + reason);
-    EXPECT_THAT(asked, IsEmpty());
+    log.close();
+    ASSERT_TRUE(QFile::remove(logFile) && QDir().mkpath(logFile));
+    startRunWithWindow();
+    log.startSession();
+    settle(log); // The question.
+    settle(log); // The report.
+    EXPECT_THAT(asked, ElementsAre(crashQuestion));
+    const auto reason = std::generic_category().message(EISDIR);
+    EXPECT_EQ(window, line("betaLOG file setup failed: " + reason) + line(crashEntry) +
+                          line("betaLOG write failed: " + reason));
 }
 
 TEST_F(TambrelBetaLogTest, WritesWholeLinesOnlyToADiskThatIsFull) {
-    allowFile();
-    auto& log = startRun();
+    startRunWithWindow();
     log.procedure("A.b", "before");
-    settle();
-    const auto whole = content(logFile);
-    const std::string first = '[' + stamp + "] ☃";
-    {
-        const FileSizeLimit limit(whole.size() + first.size() - 1); // Inside the first letter.
-        log.procedure("A.b", "☃");
-        settle();
-    }
-    EXPECT_EQ(content(logFile), whole);
-    EXPECT_EQ(window.back(),
-              '[' + stamp + "] betaLOG write failed: " + std::generic_category().message(EFBIG) + '\n');
+    settle(log);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    const auto start = '[' + stamp + "] ";
+    const rlimit full{content(logFile).size() + start.size() + 1, unlimited.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    log.procedure("A.b", "☃"); // Of which one byte has room.
+    settle(log);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    EXPECT_EQ(window, line("before | A.b") + line("☃ | A.b") +
+                          line("betaLOG write failed: " + std::generic_category().message(EFBIG)));
+    EXPECT_THAT(content(logFile), EndsWith("before | A.b\n"));
     log.procedure("A.b", "after");
-    endRun();
+    log.close();
     EXPECT_THAT(entries(), ElementsAre("before | A.b", "after | A.b"));
-}
-
-TEST_F(TambrelBetaLogTest, DetectsACrashEvenWhenTheLogFileCannotBeWritten) {
-    allowFile();
-    startRun().startSession();
-    endRun();
-    ASSERT_TRUE(QFile::remove(folder + '/' + logFile));
-    ASSERT_TRUE(QDir().mkpath(folder + '/' + logFile));
-    startRun().startSession();
-    settle();
-    endRun();
-    EXPECT_THAT(asked, ElementsAre(crashQuestion));
-    ASSERT_FALSE(window.empty());
-    EXPECT_THAT(window[0], StartsWith('[' + stamp + "] betaLOG file setup failed: "));
-}
-
-TEST_F(TambrelBetaLogTest, RecreatesADeletedFileWithItsHeader) {
-    allowFile();
-    auto& log = startRun();
-    log.procedure("A.b", "first");
-    settle();
-    ASSERT_TRUE(QFile::remove(folder + '/' + logFile));
-    log.procedure("A.b", "second");
-    endRun();
-    EXPECT_THAT(content(logFile), StartsWith("Tambrel betaLOG\nCreated: "));
-    EXPECT_THAT(entries(), ElementsAre("second | A.b"));
 }
 
 TEST_F(TambrelBetaLogTest, WritesEverythingInOrderBeforeItCloses) {
     allowFile();
-    auto& log = startRun();
+    startRun();
     std::vector<std::string> expected;
     for (int i = 0; i < 300; ++i) {
         log.procedure("A.b", std::to_string(i));
         expected.push_back(std::to_string(i) + " | A.b");
     }
     log.procedure("A.b", "not UTF-8: \xff");
-    endRun();
+    log.close();
     EXPECT_EQ(entries(), expected);
     EXPECT_FALSE(log.diagnosticsEnabled());
 }
 
 TEST_F(TambrelBetaLogTest, KeepsItsWindowWhenALostDisplayEndsTheProgram) {
-    class LastingWindow : public RecordingWindow {
-    public:
-        using RecordingWindow::RecordingWindow;
-        ~LastingWindow() override { _exit(2); }
-    };
     const auto loseDisplay = [this] {
-        auto& log = TambrelBetaLog::shared();
-        log.configure({.info = info, .settings = settings, .ask = {}, .makeDebugWindow = [](TambrelBetaLog&) {
-                           return std::make_unique<LastingWindow>([](const std::string&) {});
-                       }});
-        log.showDebugWindow();
+        auto world = services();
+        world.makeDebugWindow = RecordingWindow::maker(
+            [alarm = std::shared_ptr<void>(nullptr, [](void*) { _exit(2); })](const std::string&) {});
+        TambrelBetaLog::shared().configure(std::move(world));
+        TambrelBetaLog::shared().showDebugWindow();
         std::exit(1); // What the toolkit does then.
     };
     EXPECT_EXIT(loseDisplay(), ::testing::ExitedWithCode(1), "");
 }
 
-TEST_F(TambrelBetaLogTest, FormsFileTimeStampsAndFolders) {
-    const auto expected = QDateTime::fromSecsSinceEpoch(1'700'000'000);
-    const auto text = startRun().fileTimestamp();
-    EXPECT_EQ(QDateTime::fromString(QString::fromStdString(text), "yyyyMMdd-HHmmss"), expected);
-    EXPECT_EQ(betaLogFolder("/home/a/.local/share"),
-              "/home/a/.local/share/Kestrune Software/Tambrel/Beta Logs");
+TEST(BetaLogFolder, IsATemporaryOneForAUserWithoutApplicationData) {
     EXPECT_EQ(betaLogFolder(""), QDir::tempPath() + "/Kestrune Software/Tambrel/Beta Logs");
 }
 
