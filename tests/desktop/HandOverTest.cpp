@@ -2,8 +2,6 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QRect>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -11,6 +9,7 @@ namespace tambrel {
 namespace {
 
 using ::testing::Contains;
+using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr const char* launched = "Application launch procedure started";
@@ -85,17 +84,6 @@ TEST_F(HandOverTest, OpensFilesOfEveryNameInTheWindowThatIsThere) {
     EXPECT_EQ(session.count(launched), 1);
 }
 
-TEST_F(HandOverTest, OpensTheFirstOfSeveralAndComplainsOfTheOthers) {
-    session.writeSong("second.mid");
-    auto second = session.start({"notes.txt", "second.mid", "third.mid"});
-    EXPECT_EQ(DesktopSession::statusOf(*second), 0);
-    EXPECT_EQ(DesktopSession::errorsOf(*second), "tambrel: notes.txt: Not a file that Tambrel opens.\n");
-    EXPECT_TRUE(session.logs("Loaded second.mid; "));
-    EXPECT_EQ(session.run({"notes.txt"}), 0);
-    EXPECT_TRUE(session.logs("No supported MIDI URLs found"));
-    EXPECT_EQ(session.count("Loading third.mid"), 0);
-}
-
 TEST_F(HandOverTest, TakesTwentyFilesInASecond) {
     constexpr int count = 20;
     std::vector<DesktopSession::Program> others;
@@ -105,8 +93,7 @@ TEST_F(HandOverTest, TakesTwentyFilesInASecond) {
     }
     for (const auto& other : others)
         EXPECT_EQ(DesktopSession::statusOf(*other), 0);
-    for (int i = 0; i < count; ++i)
-        EXPECT_EQ(session.count("Loading song " + std::to_string(i) + ".mid"), 1) << i;
+    EXPECT_EQ(session.count("Loading song "), count);
     const auto lines = session.log();
     const auto last = std::find_if(lines.rbegin(), lines.rend(),
                                    [](const std::string& line) { return line.starts_with("Loading song "); });
@@ -120,7 +107,10 @@ TEST_F(HandOverTest, DisturbsNothingThatPlaysUnlessThereIsAFileToOpen) {
     EXPECT_EQ(act("play-pause"), 0);
     EXPECT_TRUE(session.logs(plays));
     EXPECT_EQ(session.run({}), 0);
-    EXPECT_EQ(session.run({"--play", "notes.txt"}), 0);
+    auto useless = session.start({"--play", "notes.txt"});
+    EXPECT_EQ(DesktopSession::statusOf(*useless), 0);
+    EXPECT_EQ(DesktopSession::errorsOf(*useless), "tambrel: notes.txt: Not a file that Tambrel opens.\n");
+    EXPECT_TRUE(session.logs("No supported MIDI URLs found"));
     EXPECT_EQ(call("Activate", {"{'desktop-startup-id': <'one_TIME2'>}"}), 0);
     EXPECT_EQ(act("dance"), 0);
     EXPECT_EQ(session.count("Playback state changed to idle"), 1) << "that of the song's loading";
@@ -130,7 +120,7 @@ TEST_F(HandOverTest, DisturbsNothingThatPlaysUnlessThereIsAFileToOpen) {
     EXPECT_EQ(call("Open", {uris, "{'activation-token': <'none'>}"}), 0);
     EXPECT_TRUE(session.logs("Loaded a b.mid; "));
     session.writeSong("next.mid");
-    EXPECT_EQ(session.run({"--play", "next.mid"}), 0);
+    EXPECT_EQ(session.run({"--play", "notes.txt", "next.mid", "song.mid"}), 0);
     EXPECT_TRUE(session.logs("Loaded next.mid; "));
     EXPECT_TRUE(session.logs(plays, 2));
     EXPECT_EQ(act("stop"), 0);
@@ -228,39 +218,20 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereTheOwnerOfTheNameDoesNotAnswer) {
     QDBusConnection::disconnectFromBus("mute");
 }
 
-TEST_F(FirstStartTest, ReopensWhereItWas) {
+TEST_F(FirstStartTest, ReopensWhereItWasAsFarAsThatIsOnAScreen) {
     QFile screens(QString::fromStdString((session.songs() / "two.json").string()));
     ASSERT_TRUE(screens.open(QIODevice::WriteOnly));
     screens.write(R"({"screens": [
         {"name": "left", "x": 0, "y": 0, "width": 1000, "height": 800, "logicalDpi": 96, "dpr": 1},
         {"name": "right", "x": 1000, "y": 0, "width": 900, "height": 700, "logicalDpi": 96, "dpr": 1}]})");
     screens.close();
-    const struct {
-        const char* name;
-        const char* saved;
-        QRect place; // Where the content's top left may be.
-    } rows[] = {
-        {"never opened", "", {255, 120, 10, 45}},
-        {"over the edge of the second screen", "{{1600, 100}, {480, 500}}", {1420, 100, 1, 1}},
-        {"garbage", "{{nan, inf}, {-1, 0}}", {255, 120, 10, 45}},
-    };
-    int times = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        session.setDefaults(QString("TambrelMainWindowFrame=\"%1\"\n").arg(row.saved));
-        QString firstTime;
-        for (const char* time : {"once", "again"}) {
-            SCOPED_TRACE(time);
-            auto program = session.start({"-platform", "offscreen:configfile=" + screens.fileName()});
-            EXPECT_TRUE(session.logs(begun, ++times));
-            EXPECT_EQ(DesktopSession::end(*program), 0);
-            const auto text = content(session.defaultsFile().toStdString());
-            const auto frame = QRegularExpression("\"\\{\\{(-?\\d+), (-?\\d+)\\}, \\{480, ")
-                                   .match(QString::fromStdString(text));
-            EXPECT_TRUE(row.place.contains(frame.captured(1).toInt(), frame.captured(2).toInt())) << text;
-            EXPECT_TRUE(firstTime.isEmpty() || firstTime == frame.captured()) << "it creeps";
-            firstTime = frame.captured();
-        }
+    session.setDefaults("TambrelMainWindowFrame=\"{{1600, 100}, {480, 500}}\"\n");
+    for (const int time : {1, 2}) {
+        SCOPED_TRACE(time);
+        auto program = session.start({"-platform", "offscreen:configfile=" + screens.fileName()});
+        EXPECT_TRUE(session.logs(begun, time));
+        EXPECT_EQ(DesktopSession::end(*program), 0);
+        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{1420, 100}, {480, "));
     }
 }
 
