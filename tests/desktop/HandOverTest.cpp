@@ -138,10 +138,12 @@ TEST_F(HandOverTest, OpensASecondWindowWhenThatIsWanted) {
     EXPECT_TRUE(session.hasMarker()) << "the first window's";
 }
 
-TEST_F(HandOverTest, OutlivesTheBus) {
+TEST_F(HandOverTest, PlaysWithoutTheBusThatWasThere) {
+    EXPECT_EQ(call("ActivateAction", {"play-pause", "[]", "{}"}), 0);
+    EXPECT_TRUE(session.logs(plays));
     session.endBus();
-    auto second = session.start({"song.mid"});
-    EXPECT_TRUE(session.logs("Loaded song.mid; ", 2)) << "and without one, everybody has a window";
+    auto second = session.start({"--play", "song.mid"});
+    EXPECT_TRUE(session.logs(plays, 2)) << "and without one, everybody has a window";
     EXPECT_EQ(session.count(launched), 2);
     EXPECT_EQ(first->state(), QProcess::Running);
     EXPECT_EQ(DesktopSession::end(*second), 0);
@@ -219,19 +221,14 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereTheOwnerOfTheNameDoesNotAnswer) {
 }
 
 TEST_F(FirstStartTest, ReopensWhereItWasAsFarAsThatIsOnAScreen) {
-    QFile screens(QString::fromStdString((session.songs() / "two.json").string()));
-    ASSERT_TRUE(screens.open(QIODevice::WriteOnly));
-    screens.write(R"({"screens": [
-        {"name": "left", "x": 0, "y": 0, "width": 1000, "height": 800, "logicalDpi": 96, "dpr": 1},
-        {"name": "right", "x": 1000, "y": 0, "width": 900, "height": 700, "logicalDpi": 96, "dpr": 1}]})");
-    screens.close();
-    session.setDefaults("TambrelMainWindowFrame=\"{{1600, 100}, {480, 500}}\"\n");
+    // The screen is 800 by 800.
+    session.setDefaults("TambrelMainWindowFrame=\"{{600, 100}, {480, 500}}\"\n");
     for (const int time : {1, 2}) {
         SCOPED_TRACE(time);
-        auto program = session.start({"-platform", "offscreen:configfile=" + screens.fileName()});
+        auto program = session.start({});
         EXPECT_TRUE(session.logs(begun, time));
         EXPECT_EQ(DesktopSession::end(*program), 0);
-        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{1420, 100}, {480, "));
+        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{320, 100}, {480, "));
     }
 }
 

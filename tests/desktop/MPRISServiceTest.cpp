@@ -156,17 +156,5 @@ TEST_F(MPRISServiceTest, TakesANameOfItsOwnBesideAnotherPlayer) {
     EXPECT_EQ(names(), "tambrel") << "when it is gone";
 }
 
-TEST_F(MPRISServiceTest, DoesWithoutABus) {
-    ::testing::internal::CaptureStderr();
-    bus.end();
-    MPRISService unheard("software.kestrune.tambrel", controls(), {}, QDBusConnection("none"));
-    for (MPRISService* mute : {&service, &unheard}) {
-        mute->setState({playing, song(1)});
-        mute->positionJumped();
-    }
-    QCoreApplication::processEvents();
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
-}
-
 } // namespace
 } // namespace tambrel

@@ -1,5 +1,4 @@
 #include "BetaLogTesting.h"
-#include "BugReportTexts.h"
 #include "CharacterCount.h"
 
 #include <QDateTime>
@@ -18,7 +17,9 @@ using ::testing::StartsWith;
 class BugReportsTest : public BetaLogTest {
 protected:
     BugReportsTest() {
-        profiler.computer = [] { return computer; };
+        profiler.computer = [] {
+            return ComputerFacts{.systemVersion = "☃ 12", .processorCount = 2, .physicalMemory = 1 << 20};
+        };
     }
 
     void writeLog(const std::string& text) const {
@@ -38,18 +39,17 @@ protected:
     }
 
     [[nodiscard]] std::string body(const std::string& report) const {
-        return "TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" + std::string(75, '_') +
-               "\n\n" + appInfo + "\n\nMacintosh Info:\nCollected: " + stamp + "\n\n" +
-               "system_profiler unavailable: system_profiler returned no text.\nmacOS: ☃ 12\n"
-               "Computer Name: Unknown\nProcessor Count: 2\nPhysical Memory: 1 MB\n\n" +
-               report;
+        return head + "\n\nsystem_profiler unavailable: system_profiler returned no text.\n" + computer +
+               "\n\n" + report;
     }
 
-    static inline const ComputerFacts computer{
-        .systemVersion = "☃ 12", .processorCount = 2, .physicalMemory = 1 << 20};
-    const std::string appInfo = "Tambrel App Info:\nApp Name: Tambrel\nVersion: Unknown\nBuild: Unknown\n"
-                                "Bundle Identifier: Unknown\nDiagnostics Enabled: YES\nCollected: " +
-                                stamp;
+    const std::string head = "TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" +
+                             std::string(75, '_') +
+                             "\n\nTambrel App Info:\nApp Name: Tambrel\nVersion: Unknown\nBuild: Unknown\n"
+                             "Bundle Identifier: Unknown\nDiagnostics Enabled: YES\nCollected: " +
+                             stamp + "\n\nMacintosh Info:\nCollected: " + stamp;
+    const std::string computer =
+        "macOS: ☃ 12\nComputer Name: Unknown\nProcessor Count: 2\nPhysical Memory: 1 MB";
 };
 
 TEST_F(BugReportsTest, MailTheWholeLogOrAttachWhatIsTooLongForAnEmail) {
@@ -64,6 +64,10 @@ TEST_F(BugReportsTest, MailTheWholeLogOrAttachWhatIsTooLongForAnEmail) {
         {"6001 characters of three bytes", "☃", room + 1, true},
         {"an attachment of the same second", "x", room + 1, true},
     };
+    const std::string lead =
+        "TYPE YOUR NOTES HERE:\n\nThe full Tambrel beta report is attached as a text file and copied to the "
+        "Clipboard. The latest report text is included below.\n[Earlier report entries were truncated for "
+        "reliable email body delivery.]\n\n";
     const auto attachment = QFileInfo(folder + QDateTime::fromSecsSinceEpoch(time).toString(
                                                    "/'Tambrel-beta-report-'yyyyMMdd-HHmmss'.txt'"));
     allowFile();
@@ -79,7 +83,7 @@ TEST_F(BugReportsTest, MailTheWholeLogOrAttachWhatIsTooLongForAnEmail) {
         const auto full = body(text);
         EXPECT_EQ(draft.recipient, "support@kestrune.example");
         EXPECT_EQ(draft.subject, "Tambrel Bug Report!");
-        EXPECT_EQ(draft.body, row.isAttached ? tailEmailBodyForOversizedReport(full, "Tambrel", 3500) : full);
+        EXPECT_EQ(draft.body, row.isAttached ? lead + std::string(lastCharacters(text, 3350)) : full);
         EXPECT_EQ(order, row.isAttached ? "clipboard email " : "email ");
         EXPECT_EQ(clipboard, row.isAttached ? full : "");
         EXPECT_EQ(content(attachment.filePath().toStdString()), row.isAttached ? full : "");
@@ -138,7 +142,14 @@ TEST_F(BugReportsTest, OpenAMailLinkWhereThereIsNoMailService) {
 }
 
 TEST_F(BugReportsTest, MailTheWindowsTextThroughALinkAndCopyItAlways) {
-    const auto compact = compactMacintoshInfoReport(computer, stamp);
+    const auto compactHead = head + '\n' + computer + "\n\nDebug Console Text:";
+    const std::string end =
+        "\n[The full Tambrel beta report was copied to the Clipboard before this email opened. If anything "
+        "important is missing here, paste the Clipboard contents into this message.]";
+    const std::string kept(static_cast<std::size_t>(3500 - characterCount(compactHead + end)), 'x');
+    const auto compact =
+        compactHead + "[Earlier debug console entries were truncated for reliable email body delivery.]\n\n" +
+        kept + end;
     const std::string longText(static_cast<std::size_t>(3501 - characterCount(body(""))), 'x');
     const struct {
         const char* name;
@@ -146,9 +157,10 @@ TEST_F(BugReportsTest, MailTheWindowsTextThroughALinkAndCopyItAlways) {
         std::string report;
         std::string mailed;
     } rows[] = {
-        {"blanks", " \n\n", "No debug entries recorded yet.", body("No debug entries recorded yet.")},
+        {"blanks", " \t\r\n\u00a0\u2003\u2028", "No debug entries recorded yet.",
+         body("No debug entries recorded yet.")},
         {"3500 characters", longText.substr(1), longText.substr(1), body(longText.substr(1))},
-        {"3501 characters", longText, longText, debugWindowEmailBody(longText, appInfo, compact, 3500)},
+        {"3501 characters", longText, longText, compact},
     };
     startRun();
     for (const auto& row : rows) {

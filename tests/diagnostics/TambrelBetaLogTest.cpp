@@ -106,17 +106,6 @@ TEST_F(TambrelBetaLogTest, DoesNothingAtAllWhileDiagnosticsAreOff) {
     EXPECT_FALSE(QFile::exists(folder));
 }
 
-TEST_F(TambrelBetaLogTest, AsksForConsentOnceWhateverTheAnswer) {
-    for (const bool answer : {false, true}) {
-        startRun(answer);
-        log.startSession();
-        log.finishSession();
-    }
-    log.close();
-    EXPECT_THAT(asked, ElementsAre(consentQuestion));
-    EXPECT_FALSE(QFile::exists(folder));
-}
-
 TEST_F(TambrelBetaLogTest, ObeysTheSettingAndRecreatesADeletedFileAtEachEntry) {
     info.name = "Second";
     startRunWithWindow();
@@ -177,13 +166,20 @@ TEST_F(TambrelBetaLogTest, LeavesTheMarkerToTheRunThatHasIt) {
     EXPECT_THAT(asked, ElementsAre(crashQuestion));
 }
 
-TEST_F(TambrelBetaLogTest, AsksAgainWhatTheProgramsEndLeftUnanswered) {
+TEST_F(TambrelBetaLogTest, AsksAgainOnlyWhatTheProgramsEndLeftUnanswered) {
     startRun(std::nullopt);
     EXPECT_EQ(log.startSession(), TambrelBetaLog::Launch::isOver);
     log.finishSession();
     log.close();
-    EXPECT_FALSE(settings.contains("TambrelBetaLogConsentAsked"));
+    for (const bool answer : {false, true}) {
+        startRun(answer);
+        log.startSession();
+        log.finishSession();
+    }
+    log.close();
+    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion));
     EXPECT_FALSE(QFile::exists(folder));
+    allowFile();
     startRun();
     log.startSession(); // And crashes.
     for (const auto answer : {std::optional<bool>(), std::optional(false), std::optional(false)}) {
@@ -224,21 +220,6 @@ TEST_F(TambrelBetaLogTest, OffersAReportAgainThatTheProgramsEndInterrupted) {
     EXPECT_FALSE(QFile::exists(marker));
 }
 
-TEST_F(TambrelBetaLogTest, StartsNoSessionUnderAUnitTestRunnerButStillWritesEntries) {
-    environment = [](const char* name) {
-        return std::string_view(name) == "XCTestConfigurationFilePath" ? std::optional<std::string>("")
-                                                                       : std::nullopt;
-    };
-    settings.setValue("TambrelBetaLogFileEnabled", true);
-    startRun();
-    log.startSession();
-    log.procedure("A.b", "later");
-    log.close();
-    EXPECT_THAT(asked, IsEmpty());
-    EXPECT_FALSE(QFile::exists(marker));
-    EXPECT_THAT(entries(), ElementsAre("later | A.b"));
-}
-
 TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowAndStillDetectsACrash) {
     allowFile();
     startRun();
@@ -276,9 +257,14 @@ TEST_F(TambrelBetaLogTest, WritesWholeLinesOnlyToADiskThatIsFull) {
     EXPECT_THAT(entries(), ElementsAre("before | A.b", "after | A.b"));
 }
 
-TEST_F(TambrelBetaLogTest, WritesEverythingInOrderBeforeItCloses) {
-    allowFile();
+TEST_F(TambrelBetaLogTest, WritesEverythingInOrderButNoSessionUnderAUnitTestRunner) {
+    environment = [](const char* name) {
+        return std::string_view(name) == "XCTestConfigurationFilePath" ? std::optional<std::string>("")
+                                                                       : std::nullopt;
+    };
+    settings.setValue("TambrelBetaLogFileEnabled", true);
     startRun();
+    log.startSession();
     std::vector<std::string> expected;
     for (int i = 0; i < 300; ++i) {
         log.procedure("A.b", std::to_string(i));
@@ -287,6 +273,8 @@ TEST_F(TambrelBetaLogTest, WritesEverythingInOrderBeforeItCloses) {
     log.procedure("A.b", "not UTF-8: \xff");
     log.close();
     EXPECT_EQ(entries(), expected);
+    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_FALSE(QFile::exists(marker));
     EXPECT_FALSE(log.diagnosticsEnabled());
 }
 
@@ -300,10 +288,6 @@ TEST_F(TambrelBetaLogTest, KeepsItsWindowWhenALostDisplayEndsTheProgram) {
         std::exit(1); // What the toolkit does then.
     };
     EXPECT_EXIT(loseDisplay(), ::testing::ExitedWithCode(1), "");
-}
-
-TEST(BetaLogFolder, IsATemporaryOneForAUserWithoutApplicationData) {
-    EXPECT_EQ(betaLogFolder(""), QDir::tempPath() + "/Kestrune Software/Tambrel/Beta Logs");
 }
 
 } // namespace
