@@ -220,15 +220,19 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereTheOwnerOfTheNameDoesNotAnswer) {
     QDBusConnection::disconnectFromBus("mute");
 }
 
-TEST_F(FirstStartTest, ReopensWhereItWasAsFarAsThatIsOnAScreen) {
-    // The screen is 800 by 800.
-    session.setDefaults("TambrelMainWindowFrame=\"{{600, 100}, {480, 500}}\"\n");
+TEST_F(FirstStartTest, ReopensWhereItWasAsFarAsThatIsOnItsScreen) {
+    const auto screens = session.songs() / "two.json";
+    std::ofstream(screens) << R"({"screens": [
+        {"name": "left", "x": 0, "y": 0, "width": 1000, "height": 800, "logicalDpi": 96, "dpr": 1},
+        {"name": "right", "x": 1000, "y": 0, "width": 900, "height": 700, "logicalDpi": 96, "dpr": 1}]})";
+    session.set("QT_QPA_PLATFORM", QString("offscreen:configfile=") + screens.c_str());
+    session.setDefaults("TambrelMainWindowFrame=\"{{1600, 100}, {480, 500}}\"\n");
     for (const int time : {1, 2}) {
         SCOPED_TRACE(time);
         auto program = session.start({});
         EXPECT_TRUE(session.logs(begun, time));
         EXPECT_EQ(DesktopSession::end(*program), 0);
-        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{320, 100}, {480, "));
+        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{1420, 100}, {480, "));
     }
 }
 

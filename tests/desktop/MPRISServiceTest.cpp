@@ -66,6 +66,7 @@ TEST_F(MPRISServiceTest, DoesWhatIsAskedAndNoMore) {
         {"Play when playing", playing, "Play", {}, ""},
         {"Pause when playing", playing, "Pause", {}, "playPause"},
         {"Pause when paused", paused, "Pause", {}, ""},
+        {"PlayPause", playing, "PlayPause", {}, "playPause"},
         {"Next", playing, "Next", {}, ""},
         {"Previous", playing, "Previous", {}, ""},
         {"on", playing, "Seek", {"int64 2500000"}, "seek 6500000"},

@@ -78,7 +78,8 @@ protected:
     int argumentCount = 1;
     char argument[6] = "tests";
     char* arguments[2] = {argument, nullptr};
-    QCoreApplication application{argumentCount, arguments};
+    const std::unique_ptr<QCoreApplication> application{
+        QCoreApplication::instance() ? nullptr : new QCoreApplication(argumentCount, arguments)};
     QTemporaryDir home;
     QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
 

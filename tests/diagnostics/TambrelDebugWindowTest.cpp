@@ -1,16 +1,12 @@
 #include "TambrelDebugWindowController.h"
 
-#include "TambrelBetaLog.h"
-
-#include <gmock/gmock.h>
+#include "BetaLogTesting.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace tambrel {
 namespace {
@@ -19,26 +15,18 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-class TambrelDebugWindowTest : public ::testing::Test {
+class TambrelDebugWindowTest : public BetaLogTest {
 protected:
     TambrelDebugWindowTest() {
-        log.configure({.info = {.diagnosticsSwitch = true},
-                       .settings = settings,
-                       .ask = {},
-                       .copyToClipboard = [this](const QString& text) { copied = text.toStdString(); },
-                       .makeDebugWindow =
-                           [this](TambrelBetaLog& owner) {
-                               auto made = std::make_unique<TambrelDebugWindowController>(owner);
-                               controller = made.get();
-                               return made;
-                           },
-                       .profiler = {.tools = {}},
-                       .folder = home.path()});
+        auto world = services();
+        world.makeDebugWindow = [this](TambrelBetaLog& owner) {
+            auto made = std::make_unique<TambrelDebugWindowController>(owner);
+            controller = made.get();
+            return made;
+        };
+        log.configure(std::move(world));
         show();
     }
-    ~TambrelDebugWindowTest() override { log.close(); }
-    TambrelDebugWindowTest(const TambrelDebugWindowTest&) = delete;
-    TambrelDebugWindowTest& operator=(const TambrelDebugWindowTest&) = delete;
 
     void show() {
         log.showDebugWindow();
@@ -64,11 +52,7 @@ protected:
         EXPECT_EQ(textView().palette().color(QPalette::Text), text);
     }
 
-    QTemporaryDir home;
-    QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
     TambrelDebugWindowController* controller = nullptr;
-    std::string copied;
-    TambrelBetaLog log;
 };
 
 TEST_F(TambrelDebugWindowTest, ShowsEveryEntryAndItsEndHiddenOrNot) {
@@ -123,8 +107,8 @@ TEST_F(TambrelDebugWindowTest, CopiesClearsMailsAndReveals) {
     click("Clear Window");
     EXPECT_EQ(controller->text(), "");
     click("Email Window Text");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !copied.empty(); }, 30'000));
-    EXPECT_THAT(copied, EndsWith("\n\nNo debug entries recorded yet."));
+    settle(log);
+    EXPECT_THAT(clipboard, EndsWith("\n\nNo debug entries recorded yet."));
     EXPECT_THAT(controller->text(), EndsWith("] User Clicked Email Debugging Window Text | "
                                              "TambrelBetaLog.emailDebugWindowText\n"));
     click("Reveal Log");
