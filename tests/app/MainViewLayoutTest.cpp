@@ -1,4 +1,5 @@
 #include "MainViewLayout.h"
+
 #include "DrivenWindow.h"
 #include "MIDITrackBarsGeometry.h"
 #include "TambrelLoadError.h"

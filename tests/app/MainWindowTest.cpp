@@ -13,6 +13,8 @@ class MainWindowTest : public ::testing::Test {
 protected:
     MainWindowTest() { EXPECT_TRUE(driven.load(files.write("a.mid", smallSong()))); }
 
+    static std::string nameOfFocus() { return QApplication::focusWidget()->objectName().toStdString(); }
+
     TestFiles files;
     PlayerScript script;
     DrivenWindow driven{script.factory()};
@@ -24,25 +26,38 @@ TEST_F(MainWindowTest, TellsAssistiveSoftwareWhatEverythingIs) {
         const char* name;
         QAccessible::Role role;
     } rows[] = {
+        {"titleLabel", "TAMBREL", QAccessible::StaticText},
         {"statusLabel", "Loaded", QAccessible::StaticText},
         {"activityView", "Activity", QAccessible::Graphic},
         {"dropPanel", "MIDI file drop area", QAccessible::Grouping},
+        {"fileLabel", "a.mid", QAccessible::StaticText},
         {"counterView", "00:00:00.00", QAccessible::StaticText},
         {"moduleZone", "Sound module", QAccessible::Graphic},
         {"logoView", "MIDI logo", QAccessible::Graphic},
+        {"gmModuleLabel", "GM Module", QAccessible::StaticText},
+        {"tempoLabel", "120.000 BPS", QAccessible::StaticText},
+        {"keyLabel", "KEY D major", QAccessible::StaticText},
+        {"tracksLabel", "2 Tracks", QAccessible::StaticText},
+        {"lengthLabel", "LENGTH 00:00:10.00", QAccessible::StaticText},
+        {"progressLabel", "PROGRESS 00:00:00.00", QAccessible::StaticText},
         {"timeline", "Timeline", QAccessible::Slider},
         {"trackBarsView", "Track bars", QAccessible::Chart},
+        {"playPauseButton", "Play", QAccessible::Button},
+        {"stopButton", "Stop", QAccessible::Button},
         {"rtzButton", "RTZ", QAccessible::Button},
+        {"loudnessButton", "Loudness", QAccessible::Button},
+        {"clearButton", "Clear", QAccessible::Button},
     };
     for (const auto& row : rows) {
-        const auto* seen = QAccessible::queryAccessibleInterface(&driven.view(row.view));
+        SCOPED_TRACE(row.view);
+        auto* seen = QAccessible::queryAccessibleInterface(&driven.view(row.view));
+        ASSERT_TRUE(seen);
         EXPECT_EQ(seen->text(QAccessible::Name), row.name);
-        EXPECT_EQ(seen->role(), row.role) << row.view;
+        EXPECT_EQ(seen->role(), row.role);
     }
-    int nameless = 0;
-    for (QWidget* view : driven.controller->findChildren<QWidget*>())
-        nameless += QAccessible::queryAccessibleInterface(view)->text(QAccessible::Name).isEmpty();
-    EXPECT_EQ(nameless, 1) << "the frame around the activity view";
+    // All but the frame around the activity view.
+    EXPECT_EQ(driven.controller->findChildren<QWidget*>().size(),
+              static_cast<qsizetype>(std::size(rows)) + 1);
 }
 
 TEST_F(MainWindowTest, GoesThroughItsControlsAsTheEyeDoes) {
@@ -50,11 +65,29 @@ TEST_F(MainWindowTest, GoesThroughItsControlsAsTheEyeDoes) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(driven.window.get()));
     Texts order;
     for (int i = 0; i < 7; ++i) {
-        order.push_back(QApplication::focusWidget()->objectName().toStdString());
+        order.push_back(nameOfFocus());
         QTest::keyClick(driven.window.get(), Qt::Key_Tab);
     }
     EXPECT_THAT(order, ElementsAre("timeline", "playPauseButton", "stopButton", "rtzButton", "loudnessButton",
                                    "clearButton", "timeline"));
+}
+
+TEST_F(MainWindowTest, IsPlayedByKeyboardAlone) {
+    driven.window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(driven.window.get()));
+    const auto press = [&](const char* view, Qt::Key key) {
+        driven.view(view).setFocus();
+        QTest::keyClick(QApplication::focusWidget(), key);
+    };
+    const auto& player = driven.controller->player();
+    press("playPauseButton", Qt::Key_Return);
+    EXPECT_EQ(player.mode(), PlaybackMode::playing);
+    press("timeline", Qt::Key_Right);
+    EXPECT_EQ(player.position(), 5);
+    press("stopButton", Qt::Key_Return);
+    EXPECT_EQ(player.mode(), PlaybackMode::idle);
+    press("clearButton", Qt::Key_Return);
+    EXPECT_EQ(driven.shown(), emptyInterface);
 }
 
 TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {
@@ -79,29 +112,21 @@ TEST_F(MainWindowTest, RepaintsOnlyWhatATickChanges) {
     };
     ASSERT_TRUE(showAt(5));
     static_cast<void>(painting.taken());
-    ASSERT_TRUE(showAt(5.001)); // Nothing of it can be seen but in the counter and in the label.
+    ASSERT_TRUE(showAt(5.05));
     QRegion elsewhere = painting.taken();
+    EXPECT_FALSE(elsewhere.isEmpty());
     for (const char* name : {"counterView", "progressLabel", "activityView"})
         elsewhere -= driven.view(name).geometry();
-    EXPECT_TRUE(elsewhere.isEmpty()) << elsewhere.boundingRect().x() << ", " << elsewhere.boundingRect().y();
-    ASSERT_TRUE(showAt(5.05));
-    const QRegion painted = painting.taken();
+    // A playhead 10 points wide with a little around it, which has moved by 2 points.
     for (const char* name : {"timeline", "trackBarsView"}) {
-        // A playhead 10 points wide with a little around it, which has moved by 2 points.
-        const QRegion part = painted & driven.view(name).geometry();
-        EXPECT_FALSE(part.isEmpty()) << name;
-        EXPECT_LE(part.boundingRect().width(), 16) << name;
+        const QRect place = driven.view(name).geometry();
+        const QRegion painted = elsewhere & place;
+        EXPECT_FALSE(painted.isEmpty()) << name;
+        for (const QRect& part : painted)
+            EXPECT_LE(part.width(), 16) << name;
+        elsewhere -= place;
     }
-    for (const double seconds : {5.1, 9.0, 0.14, 0.0}) {
-        ASSERT_TRUE(showAt(seconds));
-        static_cast<void>(painting.taken());
-        const QImage screen = onScreen(*driven.window);
-        for (const char* name : {"timeline", "trackBarsView"}) {
-            QWidget& view = driven.view(name);
-            const QRect place(view.mapTo(driven.window.get(), QPoint()), view.size());
-            EXPECT_EQ(screen.copy(place), picture(view)) << name << " at " << seconds;
-        }
-    }
+    EXPECT_TRUE(elsewhere.isEmpty()) << elsewhere.boundingRect().x() << ", " << elsewhere.boundingRect().y();
 }
 
 TEST_F(MainWindowTest, RepaintsNothingWhileNothingMoves) {
@@ -109,6 +134,7 @@ TEST_F(MainWindowTest, RepaintsNothingWhileNothingMoves) {
         const char* name;
         std::vector<const char*> clicks;
     } rows[] = {
+        {"idle", {}},
         {"paused", {"playPauseButton", "playPauseButton"}},
         {"stopped", {"stopButton"}},
         {"cleared", {"clearButton"}},

@@ -118,11 +118,12 @@ TEST_F(TambrelMIDITest, ShowsFactsAsText) {
 }
 
 TEST_F(TambrelMIDITest, ShowsFactsAsJSONInRoundTripFormWhateverTheFilesName) {
-    const Outcome outcome = run({"-c",
-                                 "name=$(printf 'a\\377.mid'); cp song.mid \"$name\"; exec \"$0\" info "
-                                 "--json \"$name\" plain.mid",
-                                 TAMBREL_MIDI_PROGRAM},
-                                "/bin/sh");
+    const Outcome outcome =
+        run({"-c",
+             "name=$(printf 'a\\377.mid'); cp song.mid \"$name\"; \"$0\" render \"$name\" "
+             "\"$name.wav\" >/dev/null && exec \"$0\" info --json \"$name\" plain.mid",
+             TAMBREL_MIDI_PROGRAM},
+            "/bin/sh");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.errors, "");
     using JSON = nlohmann::json;

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -220,19 +221,51 @@ TEST_F(FirstStartTest, HasAWindowOfItsOwnWhereTheOwnerOfTheNameDoesNotAnswer) {
     QDBusConnection::disconnectFromBus("mute");
 }
 
-TEST_F(FirstStartTest, ReopensWhereItWasAsFarAsThatIsOnItsScreen) {
-    const auto screens = session.songs() / "two.json";
-    std::ofstream(screens) << R"({"screens": [
+TEST_F(FirstStartTest, ReopensWhereItWas) {
+    QFile screens(QString::fromStdString((session.songs() / "two.json").string()));
+    ASSERT_TRUE(screens.open(QIODevice::WriteOnly));
+    screens.write(R"({"screens": [
         {"name": "left", "x": 0, "y": 0, "width": 1000, "height": 800, "logicalDpi": 96, "dpr": 1},
-        {"name": "right", "x": 1000, "y": 0, "width": 900, "height": 700, "logicalDpi": 96, "dpr": 1}]})";
-    session.set("QT_QPA_PLATFORM", QString("offscreen:configfile=") + screens.c_str());
-    session.setDefaults("TambrelMainWindowFrame=\"{{1600, 100}, {480, 500}}\"\n");
-    for (const int time : {1, 2}) {
-        SCOPED_TRACE(time);
-        auto program = session.start({});
-        EXPECT_TRUE(session.logs(begun, time));
-        EXPECT_EQ(DesktopSession::end(*program), 0);
-        EXPECT_THAT(content(session.defaultsFile().toStdString()), HasSubstr("\"{{1420, 100}, {480, "));
+        {"name": "right", "x": 1000, "y": 0, "width": 900, "height": 700, "logicalDpi": 96, "dpr": 1}]})");
+    screens.close();
+    const QString two = "offscreen:configfile=" + screens.fileName();
+    const QString one = "offscreen"; // 800 by 800.
+    const struct {
+        const char* name;
+        const char* saved;
+        QString platform;
+        int left, right, top, bottom; // Where the content's top left may be.
+    } rows[] = {
+        {"never opened", "", two, 255, 265, 120, 165},
+        {"on the first screen", "{{300, 200}, {480, 500}}", two, 300, 300, 200, 200},
+        {"on the second screen", "{{1300, 100}, {480, 500}}", two, 1300, 1300, 100, 100},
+        {"over its edge", "{{1600, 100}, {480, 500}}", two, 1420, 1420, 100, 100},
+        {"the second screen is gone", "{{1300, 100}, {480, 500}}", one, 155, 165, 120, 165},
+        {"garbage", "over there", one, 155, 165, 120, 165},
+        {"garbage numbers", "{{nan, inf}, {-1, 0}}", one, 155, 165, 120, 165},
+    };
+    int times = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        session.setDefaults(QString("TambrelMainWindowFrame=\"%1\"\n").arg(row.saved));
+        QString firstTime;
+        for (const char* time : {"once", "again"}) {
+            SCOPED_TRACE(time);
+            auto program = session.start({"-platform", row.platform});
+            EXPECT_TRUE(session.logs(begun, ++times));
+            EXPECT_EQ(DesktopSession::end(*program), 0);
+            QFile defaults(session.defaultsFile());
+            ASSERT_TRUE(defaults.open(QIODevice::ReadOnly));
+            const QString text = defaults.readAll();
+            const auto place = QRegularExpression("\"\\{\\{(-?\\d+), (-?\\d+)\\}, \\{480, ").match(text);
+            ASSERT_TRUE(place.hasMatch()) << text.toStdString();
+            const int x = place.captured(1).toInt();
+            const int y = place.captured(2).toInt();
+            EXPECT_TRUE(x >= row.left && x <= row.right) << x;
+            EXPECT_TRUE(y >= row.top && y <= row.bottom) << y;
+            EXPECT_TRUE(firstTime.isEmpty() || firstTime == place.captured()) << "it creeps";
+            firstTime = place.captured();
+        }
     }
 }
 

@@ -11,9 +11,9 @@
 namespace tambrel {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 class TambrelDebugWindowTest : public BetaLogTest {
 protected:
@@ -39,6 +39,16 @@ protected:
         return bar->maximum() > 0 && bar->value() == bar->maximum();
     }
 
+    /// In the order in which they stand.
+    [[nodiscard]] std::vector<std::string> titles() {
+        auto buttons = controller->window().findChildren<QPushButton*>();
+        std::ranges::sort(buttons, {}, &QWidget::x);
+        std::vector<std::string> found;
+        for (const auto* button : buttons)
+            found.push_back(button->text().toStdString());
+        return found;
+    }
+
     void click(const char* title) {
         for (auto* button : controller->window().findChildren<QPushButton*>())
             if (button->text() == title)
@@ -55,9 +65,20 @@ protected:
     TambrelDebugWindowController* controller = nullptr;
 };
 
-TEST_F(TambrelDebugWindowTest, ShowsEveryEntryAndItsEndHiddenOrNot) {
-    EXPECT_THAT(controller->text(), StartsWith("Tambrel Debugging Window opened.\n["));
+TEST_F(TambrelDebugWindowTest, OpensWithItsTextAndButtons) {
+    EXPECT_EQ(controller->window().windowTitle(), "Tambrel betaLOG Debugging Window");
+    EXPECT_EQ(controller->window().size(), QSize(680, 420));
+    EXPECT_THAT(titles(), ElementsAre("White Background", "Email Window Text", "Reveal Log", "Copy Text",
+                                      "Clear Window"));
+    EXPECT_THAT(controller->text(),
+                ::testing::MatchesRegex("Tambrel Debugging Window opened.\n\\[.*\\] User Opened "
+                                        "Debugging Window \\| TambrelBetaLog.showDebugWindow\n"));
     EXPECT_TRUE(textView().isReadOnly());
+    EXPECT_TRUE(QFontInfo(textView().font()).fixedPitch());
+    EXPECT_EQ(textView().font().pixelSize(), 12);
+}
+
+TEST_F(TambrelDebugWindowTest, ShowsEveryEntryAndItsEndHiddenOrNot) {
     click("Clear Window");
     std::string expected;
     const auto append = [&](int count) {
@@ -113,6 +134,8 @@ TEST_F(TambrelDebugWindowTest, CopiesClearsMailsAndReveals) {
                                              "TambrelBetaLog.emailDebugWindowText\n"));
     click("Reveal Log");
     EXPECT_THAT(controller->text(), EndsWith("| TambrelBetaLog.revealBetaLogFile\n"));
+    settle(log);
+    EXPECT_EQ(beeps, 1) << "there is no file yet";
 }
 
 } // namespace

@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QThread>
 
+#include <fstream>
+
 namespace tambrel {
 namespace {
 
@@ -150,6 +152,10 @@ TEST_F(GeneralMIDIEngineTest, ABrokenBankIsReportedAndTriedAgainByTheNextPlayer)
         player->play({});
         expectSoon([&] { return player->currentPosition() > 0; });
     }
+    std::ofstream(bank) << "This is a text.\n";
+    const auto player = start(bank).makePlayer(song(1));
+    expectSoon([&] { return !failures.empty(); });
+    EXPECT_THAT(std::exchange(failures, {}), ElementsAre(HasSubstr("bank.sf2 could not be loaded")));
 }
 
 TEST_F(GeneralMIDIEngineTest, ADeviceThatCannotBeOpenedIsReportedWithWhatWasTried) {
