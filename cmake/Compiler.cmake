@@ -21,9 +21,10 @@ endif()
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
-  # A precompiled header is named by its defines and content, which ccache must be told to accept.
+  # A precompiled header is named by its defines and content, which ccache must be told to accept. What one checkout has
+  # compiled serves another, wherever that stands.
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
-    CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+    CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
   endif()
