@@ -1,5 +1,7 @@
 #include "MailtoLink.h"
 
+#include "QtText.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -7,7 +9,7 @@ namespace tambrel {
 namespace {
 
 QByteArray encoded(const std::string& text) {
-    return QUrl::toPercentEncoding(QString::fromStdString(text).replace("\r\n", "\n").replace('\n', "\r\n"));
+    return QUrl::toPercentEncoding(toQString(text).replace("\r\n", "\n").replace('\n', "\r\n"));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QSysInfo>
 #include <QUrl>
 
 #include <filesystem>
@@ -11,7 +12,9 @@ namespace tambrel {
 /// The file of this computer that a file: address names, byte by byte: file names need be no UTF-8. Empty for
 /// any other address, one that names another host or no absolute path among them.
 [[nodiscard]] inline std::filesystem::path localPath(const QUrl& url) {
-    const bool isHere = url.host().isEmpty() || url.host() == "localhost";
+    const QString host = url.host();
+    const bool isHere = host.isEmpty() || host == "localhost" ||
+                        host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0;
     if (!url.isLocalFile() || !isHere || !url.path().startsWith('/'))
         return {};
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();

@@ -1,5 +1,7 @@
 #include "ApplicationInfo.h"
 
+#include <QLatin1String>
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -7,14 +9,11 @@
 namespace tambrel {
 namespace {
 
-char lowerCased(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool meansYes(std::string_view text) {
-    constexpr std::array<std::string_view, 3> affirmations{"yes", "true", "1"};
-    return std::ranges::any_of(affirmations, [&](std::string_view affirmation) {
-        return std::ranges::equal(affirmation, text, {}, {}, lowerCased);
+    const QLatin1String said(text.data(), static_cast<qsizetype>(text.size()));
+    constexpr std::array affirmations{QLatin1String("yes"), QLatin1String("true"), QLatin1String("1")};
+    return std::ranges::any_of(affirmations, [said](QLatin1String affirmation) {
+        return said.compare(affirmation, Qt::CaseInsensitive) == 0;
     });
 }
 

@@ -1,0 +1,145 @@
+#include "NewFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <random>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+[[noreturn]] void fail(int error) {
+    throw std::system_error(error, std::generic_category());
+}
+
+// What a new file of this user's has; that of a temporary one is private.
+mode_t usualMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+std::filesystem::path followed(std::filesystem::path path) {
+    constexpr int mostLinks = 40;
+    std::error_code error;
+    for (int links = 0; std::filesystem::is_symlink(path, error); ++links) {
+        if (links == mostLinks)
+            fail(ELOOP);
+        path = path.parent_path() / std::filesystem::read_symlink(path);
+    }
+    return path;
+}
+
+// The mode of the file that is there; absent when there is none.
+std::optional<mode_t> modeOfReplaceable(const std::filesystem::path& file) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0)
+        return std::nullopt;
+    if (S_ISDIR(status.st_mode))
+        fail(EISDIR);
+    if (!S_ISREG(status.st_mode)) // A device must not be renamed away.
+        fail(ENODEV);
+    // A file that nobody may write is meant to stay, even where the user may do all.
+    if ((status.st_mode & 0222) == 0 || access(file.c_str(), W_OK) != 0)
+        fail(EACCES);
+    return status.st_mode & 07777;
+}
+
+} // namespace
+
+NewFile::NewFile(const std::filesystem::path& wanted)
+    : wanted_(followed(wanted)), mode_(modeOfReplaceable(wanted_)) {
+    if (!wanted_.has_filename())
+        fail(EISDIR);
+    const std::string folder = wanted_.has_parent_path() ? wanted_.parent_path().native() : ".";
+    descriptor_ = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    // File systems that cannot do it answer in several ways; what else is wrong comes out now as well.
+    if (descriptor_ < 0)
+        openNamed();
+}
+
+NewFile::~NewFile() {
+    close(descriptor_);
+    if (!temporary_.empty())
+        unlink(temporary_.c_str());
+}
+
+void NewFile::openNamed() {
+    temporary_ = wanted_.native() + ".XXXXXX";
+    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor_ < 0)
+        fail(errno);
+}
+
+void NewFile::write(std::span<const unsigned char> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR)
+            fail(errno);
+        bytes = bytes.subspan(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+}
+
+void NewFile::keep(Existing existing) {
+    if (fchmod(descriptor_, mode_.value_or(usualMode())) != 0)
+        fail(errno);
+    if (temporary_.empty()) {
+        if (takesName(wanted_.native()))
+            return;
+        if (existing == Existing::keep)
+            fail(EEXIST);
+        giveName();
+    }
+    moveTo(existing);
+    temporary_.clear();
+}
+
+// Gives the file without a name one that is free; false when it is not.
+bool NewFile::takesName(const std::string& name) const {
+    const std::string self = "/proc/self/fd/" + std::to_string(descriptor_);
+    if (linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    if (errno != EEXIST)
+        fail(errno);
+    return false;
+}
+
+// What replaces a file needs a name before it can be moved there.
+void NewFile::giveName() {
+    std::random_device random;
+    std::string name;
+    do
+        name = wanted_.native() + "." + std::to_string(random());
+    while (!takesName(name));
+    temporary_ = std::move(name);
+}
+
+void NewFile::moveTo(Existing existing) {
+    const unsigned flags = existing == Existing::keep ? RENAME_NOREPLACE : 0;
+    if (renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, wanted_.c_str(), flags) == 0)
+        return;
+    if (flags == 0 || (errno != EINVAL && errno != ENOSYS))
+        fail(errno);
+    claimAndMove();
+}
+
+// File systems in user space rename, but cannot be told not to replace.
+void NewFile::claimAndMove() {
+    const int claim = open(wanted_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (claim < 0)
+        fail(errno);
+    close(claim);
+    if (rename(temporary_.c_str(), wanted_.c_str()) == 0)
+        return;
+    const int error = errno;
+    unlink(wanted_.c_str());
+    fail(error);
+}
+
+} // namespace tambrel
