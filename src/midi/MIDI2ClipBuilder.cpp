@@ -2,6 +2,7 @@
 
 #include "MIDI2Clip.h"
 #include "MIDIDataWriter.h"
+#include "SMFHeader.h"
 #include "SMFTrackMerger.h"
 
 #include <algorithm>
@@ -12,12 +13,7 @@
 namespace tambrel::MIDI2ClipBuilder {
 namespace {
 
-constexpr std::uint32_t noOperation = 0;
-constexpr std::uint32_t deltaClockstamp = 0x00400000;
-constexpr std::uint32_t ticksPerQuarterNote = 0x00300000;
-constexpr std::uint32_t channelVoice = 0x20000000;
-constexpr std::uint32_t startOfClip = 0xF0200000;
-constexpr std::uint32_t endOfClip = 0xF0210000;
+using namespace MIDI2Clip;
 
 /// One channel voice packet.
 struct TimedUMP {
@@ -30,8 +26,8 @@ class ClipWriter {
 public:
     explicit ClipWriter(std::size_t expectedSize) : out_(expectedSize) {}
 
-    void begin(std::uint16_t division) {
-        out_.append(MIDI2Clip::signature);
+    void begin(Division division) {
+        out_.append(signature);
         for (const std::uint32_t word :
              {deltaClockstamp, ticksPerQuarterNote | ticksPerQuarter(division), deltaClockstamp, startOfClip})
             out_.appendU32(word);
@@ -39,7 +35,7 @@ public:
 
     // At least one, in order of their ticks.
     void append(std::span<const TimedUMP> packets) {
-        constexpr std::uint32_t longest = MIDI2Clip::longestClockstamp;
+        constexpr std::uint32_t longest = longestClockstamp;
         const std::size_t pauses = (packets.back().tick - lastTick_) / longest; // At most so many.
         const std::span<std::uint8_t> room = out_.room((packets.size() + pauses) * pairSize);
         std::uint8_t* at = room.data();
@@ -72,9 +68,8 @@ private:
         return at + pairSize;
     }
 
-    static std::uint32_t ticksPerQuarter(std::uint16_t division) {
-        const bool isTimeCode = (division & 0x8000) != 0;
-        return isTimeCode ? MIDI2Clip::defaultTicksPerQuarterNote : std::max<std::uint32_t>(division, 1);
+    static std::uint32_t ticksPerQuarter(Division division) {
+        return division.isTimeCode() ? defaultTicksPerQuarterNote : division.ticks();
     }
 
     MIDIDataWriter out_;
@@ -84,36 +79,37 @@ private:
 } // namespace
 
 MIDIData build(ByteView smf, const std::stop_token& stop) {
-    if (!SMFByteCodec::hasHeader(smf))
+    const auto header = SMFHeader::read(smf);
+    if (!header)
         return {};
     // A note under running status is three bytes here and two words there.
     ClipWriter clip(64 + smf.size() / 3 * 8);
-    clip.begin(SMFByteCodec::readU16(smf, 12));
+    clip.begin(header->division);
     const auto channelVoiceWord = [smf](const SMFTimedTrackEvent& event, TimedUMP& packet) {
         if (!MIDIStatus::isChannelMessage(event.status))
             return false;
-        const auto data = static_cast<std::size_t>(event.dataStart);
+        const std::size_t data = event.dataStart;
         const std::uint32_t data2 = MIDIStatus::dataLength(event.status) == 2 ? smf[data + 1] : 0;
         packet.word =
-            channelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
+            midi1ChannelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
         return true;
     };
-    SMFTrackMerger::merge<TimedUMP>(
-        smf, SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10)),
-        SMFMalformedEventPolicy::skip, channelVoiceWord, [&clip, &stop](std::span<const TimedUMP> packets) {
-            if (stop.stop_requested())
-                throw MIDI2ClipBuildCancelled();
-            clip.append(packets);
-        });
+    SMFTrackMerger::merge<TimedUMP>(smf, SMFTrackEventWalker::trackChunks(smf, header->trackCount),
+                                    SMFMalformedEventPolicy::skip, channelVoiceWord,
+                                    [&clip, &stop](std::span<const TimedUMP> packets) {
+                                        if (stop.stop_requested())
+                                            throw MIDI2ClipBuildCancelled();
+                                        clip.append(packets);
+                                    });
     return clip.end();
 }
 
 MIDI2ClipBuildSummary summary(ByteView clip) {
     MIDI2ClipBuildSummary summary{.byteCount = static_cast<std::int64_t>(clip.size())};
-    if (!MIDI2Clip::hasSignature(clip))
+    if (!hasSignature(clip))
         return summary;
-    const std::size_t words = (clip.size() - MIDI2Clip::signature.size()) / 4;
-    const ByteView payload = clip.subspan(MIDI2Clip::signature.size());
+    const std::size_t words = (clip.size() - signature.size()) / 4;
+    const ByteView payload = clip.subspan(signature.size());
     for (std::size_t word = 0; word < words; ++word)
         summary.channelVoiceWordCount += payload[word * 4] >> 4 == 2 ? 1 : 0;
     summary.umpWordCount = static_cast<std::int64_t>(words);

@@ -36,6 +36,13 @@ namespace MIDI2ClipBuilder {
 /// MIDI2ClipBuildCancelled once `stop` asks.
 [[nodiscard]] MIDIData build(ByteView smf, const std::stop_token& stop = {});
 
+/// A MIDI 2.0 Clip File for any reader: every packet after its delta clockstamp, start and end of the clip as
+/// packets of four words, tempo, time and key signatures as flex data, whole system exclusive messages. A
+/// time-code division becomes ticks at 60 beats per minute, which last as long. What a clip has no packet for
+/// is left out, as is the rest of a track from its first defect on. Empty when the data has no Standard MIDI
+/// File header. Throws MIDI2ClipBuildCancelled once `stop` asks.
+[[nodiscard]] MIDIData buildFile(ByteView smf, const std::stop_token& stop = {});
+
 /// Counts word by word, not packet by packet. Both word counts are 0 when the clip's signature is missing.
 [[nodiscard]] MIDI2ClipBuildSummary summary(ByteView clip);
 

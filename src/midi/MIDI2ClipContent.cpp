@@ -21,7 +21,7 @@ ByteView payload(ByteView clip) {
 // The packet that `rest` begins with, made sure to be whole.
 UMPPacket firstPacket(ByteView rest) {
     const UMPPacket packet(rest);
-    const auto words = static_cast<std::int64_t>(rest.size() / 4);
+    const std::size_t words = rest.size() / 4;
     if (words < UMPPacket::longest && words < packet.wordCount())
         throw MIDI2ClipImportError::truncatedPacket(packet.type(), packet.wordCount(), words);
     return packet;
@@ -34,11 +34,11 @@ MIDI2ClipContent::MIDI2ClipContent(ByteView clip) {
     ByteView rest = payload(clip);
     try {
         for (; !rest.empty(); ++summary.totalPackets)
-            rest = rest.subspan(4 * static_cast<std::size_t>(read(firstPacket(rest))));
+            rest = rest.subspan(4 * read(firstPacket(rest)));
     } catch (const MIDI2ClipImportError&) {
         // A packet that is cut off makes the clip no list of packets at all, and goes before what one says.
         while (!rest.empty())
-            rest = rest.subspan(4 * static_cast<std::size_t>(firstPacket(rest).wordCount()));
+            rest = rest.subspan(4 * firstPacket(rest).wordCount());
         throw;
     }
     finish();
@@ -46,7 +46,7 @@ MIDI2ClipContent::MIDI2ClipContent(ByteView clip) {
 
 // Returns the packet's words. As a constant in each branch, because the processor then guesses where the next
 // packet begins from the kind of this one, and need not wait until it is read.
-std::int64_t MIDI2ClipContent::read(const UMPPacket& packet) {
+std::size_t MIDI2ClipContent::read(const UMPPacket& packet) {
     switch (packet.type()) {
     case UMPMessageType::utility:
         readUtility(packet);
@@ -70,14 +70,12 @@ std::int64_t MIDI2ClipContent::read(const UMPPacket& packet) {
 }
 
 void MIDI2ClipContent::readUtility(const UMPPacket& packet) {
-    constexpr std::uint8_t ticksPerQuarterNote = 3;
-    constexpr std::uint8_t deltaClockstamp = 4;
+    constexpr std::uint32_t statusMask = 0x00F00000;
     const std::uint32_t word = packet.word(0);
-    const std::uint8_t status = packet.status() >> 4;
-    if (status == deltaClockstamp) {
+    if ((word & statusMask) == MIDI2Clip::deltaClockstamp) {
         ++summary.deltaClockstampPackets;
         advance(word & MIDI2Clip::longestClockstamp);
-    } else if (status != ticksPerQuarterNote) {
+    } else if ((word & statusMask) != MIDI2Clip::ticksPerQuarterNote) {
         ++summary.unsupportedPackets;
     } else if (const auto ticks = static_cast<std::uint16_t>(word); ticks != 0) {
         summary.ticksPerQuarterNote = ticks;
@@ -109,7 +107,7 @@ void MIDI2ClipContent::readMIDI2ChannelVoice(const UMPPacket& packet) {
     ++summary.midi2ChannelVoiceDownConverted;
 }
 
-void MIDI2ClipContent::append(const UMPPacket& packet, ChannelMessage message) {
+void MIDI2ClipContent::append(const UMPPacket& packet, MIDIMessage message) {
     const TrackKey key{packet.group(), MIDIStatus::channel(packet.status())};
     tracks[key.index()].push_back({tick(), message});
     ++summary.importedPackets;
@@ -132,13 +130,11 @@ void MIDI2ClipContent::readFlexData(const UMPPacket& packet) {
 }
 
 void MIDI2ClipContent::readStream(const UMPPacket& packet) {
-    constexpr std::uint32_t startOfClip = 0xF0200000;
-    constexpr std::uint32_t endOfClip = 0xF0210000;
     const bool isBare = packet.word(1) == 0 && packet.word(2) == 0 && packet.word(3) == 0;
-    if (isBare && packet.word(0) == startOfClip) {
+    if (isBare && packet.word(0) == MIDI2Clip::startOfClip) {
         isStarted_ = true;
         startTick_ = accumulatedTicks_;
-    } else if (isBare && packet.word(0) == endOfClip) {
+    } else if (isBare && packet.word(0) == MIDI2Clip::endOfClip) {
         isStarted_ = false;
     } else {
         ++summary.unsupportedPackets;

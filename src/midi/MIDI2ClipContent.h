@@ -4,6 +4,7 @@
 #include "UMPConversion.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -37,7 +38,7 @@ public:
     std::vector<TimedMetaEvent> conductor;                       ///< Tempo and time signatures.
 
 private:
-    std::int64_t read(const UMPPacket& packet);
+    std::size_t read(const UMPPacket& packet);
     void readUtility(const UMPPacket& packet);
     void readMIDI1ChannelVoice(const UMPPacket& packet);
     void readMIDI2ChannelVoice(const UMPPacket& packet);
@@ -45,7 +46,7 @@ private:
     void readStream(const UMPPacket& packet);
     void advance(std::uint32_t ticks);
     [[nodiscard]] std::uint32_t tick() const;
-    void append(const UMPPacket& packet, ChannelMessage message);
+    void append(const UMPPacket& packet, MIDIMessage message);
     void finish();
 
     std::uint32_t accumulatedTicks_ = 0;

@@ -43,8 +43,8 @@ MIDI2ClipImportError::MIDI2ClipImportError(Case errorCase)
 MIDI2ClipImportError::MIDI2ClipImportError(Case errorCase, std::string description)
     : case_(errorCase), description_(std::move(description)) {}
 
-MIDI2ClipImportError MIDI2ClipImportError::truncatedPacket(std::uint8_t type, std::int64_t expected,
-                                                           std::int64_t remaining) {
+MIDI2ClipImportError MIDI2ClipImportError::truncatedPacket(std::uint8_t type, std::size_t expected,
+                                                           std::size_t remaining) {
     return {Case::truncatedPacket, "UMP type 0x" + hexadecimal(type, 1) + " expected " +
                                        std::to_string(expected) + " word(s), only " +
                                        std::to_string(remaining) + " remain."};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -20,8 +21,8 @@ public:
 
     /// One of the cases that say all by themselves.
     explicit MIDI2ClipImportError(Case errorCase);
-    [[nodiscard]] static MIDI2ClipImportError truncatedPacket(std::uint8_t type, std::int64_t expected,
-                                                              std::int64_t remaining);
+    [[nodiscard]] static MIDI2ClipImportError truncatedPacket(std::uint8_t type, std::size_t expected,
+                                                              std::size_t remaining);
     [[nodiscard]] static MIDI2ClipImportError unsupportedMIDI2ChannelVoiceStatus(std::uint8_t status);
 
     [[nodiscard]] Case errorCase() const { return case_; }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string_view>
 #include <utility>
 
@@ -54,7 +55,9 @@ private:
         appendText(name);
     }
 
-    void append(const TimedEvent& event) { out_.appendTopBytes(event.message.bits, event.message.size()); }
+    void append(const TimedEvent& event) {
+        out_.append(std::bit_cast<std::array<std::uint8_t, 4>>(event.message), event.message.size());
+    }
     void append(const TimedMetaEvent& event) { out_.append(event.bytes, event.size); }
 
     template<class Events>

@@ -25,20 +25,14 @@ public:
         owner_ = std::move(owner);
     }
 
-    /// Shares `size` bytes that `owner` keeps alive.
-    MIDIData(std::shared_ptr<const std::uint8_t[]> owner, std::size_t size)
-        : view_(owner.get(), size), owner_(std::move(owner)) {}
+    /// Shares bytes that `owner` keeps alive.
+    MIDIData(std::shared_ptr<const void> owner, ByteView bytes) : view_(bytes), owner_(std::move(owner)) {}
 
     [[nodiscard]] ByteView view() const { return view_; }
     [[nodiscard]] std::size_t size() const { return view_.size(); }
     [[nodiscard]] bool empty() const { return view_.empty(); }
     // A conversion, so that every reader of bytes takes the buffer as it is.
     operator ByteView() const { return view_; }
-
-    /// True when both are the same buffer in memory, whatever its content.
-    [[nodiscard]] bool sharesBytesWith(const MIDIData& other) const {
-        return view_.data() == other.view_.data() && view_.size() == other.view_.size();
-    }
 
 private:
     ByteView view_;

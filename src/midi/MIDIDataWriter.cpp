@@ -11,7 +11,8 @@ MIDIData MIDIDataWriter::finish() {
     const std::size_t written = size();
     reallocate(written);
     position_ = end_ = nullptr;
-    return {std::shared_ptr<const std::uint8_t[]>(buffer_.release(), Free{}), written};
+    const std::shared_ptr<const std::uint8_t> bytes(buffer_.release(), Free{});
+    return {bytes, {bytes.get(), written}};
 }
 
 void MIDIDataWriter::grow(std::size_t bytes) {

@@ -50,14 +50,6 @@ public:
         position_ += 4;
     }
 
-    /// The topmost `count` bytes of `value`, 1 to 4.
-    void appendTopBytes(std::uint32_t value, std::size_t count) {
-        assert(count <= 4);
-        makeRoom(4);
-        write(value, position_);
-        position_ += count;
-    }
-
     /// A variable-length quantity of up to 5 bytes, as `SMFByteCodec::appendVarLen` writes it.
     void appendVarLen(std::uint32_t value) {
         makeRoom(5);

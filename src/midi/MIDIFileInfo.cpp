@@ -1,5 +1,6 @@
 #include "MIDIFileInfo.h"
 
+#include "SMFHeader.h"
 #include "SMFTrackEventWalker.h"
 
 #include <algorithm>
@@ -100,10 +101,9 @@ std::vector<MIDITrackPhraseLane> phraseLanes(std::vector<LaneEntry> entries, std
     return lanes;
 }
 
-// Two quarter notes. A time-code division counts its ticks per frame as a quarter note.
-std::uint64_t phraseGapTicks(std::uint16_t division) {
-    const std::uint64_t ticks = (division & 0x8000) != 0 ? division & 0xFF : division;
-    return 2 * std::max<std::uint64_t>(ticks, 1);
+// Two quarter notes, for which two frames stand in for time code.
+std::uint64_t phraseGapTicks(Division division) {
+    return 2 * std::uint64_t{division.ticks()};
 }
 
 /// One pass over all tracks of a file.
@@ -142,7 +142,7 @@ private:
         SMFTrackEventWalker::walk(data_, track, SMFMalformedEventPolicy::stop, [&](const auto& event) {
             lastTick = event.tick;
             if (MIDIStatus::kind(event.status) == MIDIStatus::noteOn) {
-                if (data_[static_cast<std::size_t>(event.dataStart + 1)] != 0)
+                if (data_[event.dataStart + 1] != 0)
                     onNoteOn(event);
             } else if (event.status == MIDIStatus::meta) {
                 readMeta(event);
@@ -153,8 +153,7 @@ private:
     }
 
     void readMeta(const SMFTimedTrackEvent& event) {
-        const auto payload = data_.subspan(static_cast<std::size_t>(event.dataStart),
-                                           static_cast<std::size_t>(event.dataEnd - event.dataStart));
+        const ByteView payload = event.payload(data_);
         if (event.metaType == MetaType::setTempo && payload.size() >= 3 && !info_.tempoBPM) {
             constexpr double microsecondsPerMinute = 60'000'000;
             const int microsecondsPerQuarter = payload[0] << 16 | payload[1] << 8 | payload[2];
@@ -190,16 +189,17 @@ private:
 
 MIDIFileInfo MIDIFileInfo::parse(ByteView data, const std::stop_token& stop) {
     MIDIFileInfo info;
-    if (!SMFByteCodec::hasHeader(data))
+    const auto header = SMFHeader::read(data);
+    if (!header)
         return info;
-    info.format = SMFByteCodec::readU16(data, 8);
+    info.format = header->format;
     info.isSupportedFormat = info.format <= 1;
-    info.trackCount = info.displayTrackCount = SMFByteCodec::readU16(data, 10);
+    info.trackCount = info.displayTrackCount = header->trackCount;
     if (!info.isSupportedFormat || info.trackCount == 0)
         return info;
 
-    FactsGatherer gatherer(data, info, phraseGapTicks(SMFByteCodec::readU16(data, 12)));
-    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(data, info.trackCount)) {
+    FactsGatherer gatherer(data, info, phraseGapTicks(header->division));
+    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(data, header->trackCount)) {
         if (stop.stop_requested())
             break;
         gatherer.gather(track);

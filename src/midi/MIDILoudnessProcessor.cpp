@@ -1,5 +1,7 @@
 #include "MIDILoudnessProcessor.h"
 
+#include "LowerCase.h"
+#include "SMFHeader.h"
 #include "SMFTrackEventWalker.h"
 #include "UTF8.h"
 
@@ -21,9 +23,7 @@ bool isBass(std::uint8_t program) {
 bool namesDrumsOrBass(std::string_view trackName) {
     std::string name(trackName);
     // No letter outside ASCII has a lower-case form among those sought.
-    std::ranges::transform(name, name.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    std::ranges::transform(name, name.begin(), lowerCased);
     constexpr std::array<std::string_view, 3> words{"bass", "drum", "perc"};
     return std::ranges::any_of(words,
                                [&](std::string_view word) { return name.find(word) != std::string::npos; });
@@ -57,7 +57,7 @@ void boostTrack(Bytes& output, ByteView original, const SMFTrackChunk& track) {
     TrackParts parts;
     SMFTrackEventWalker::walk(
         original, track, SMFMalformedEventPolicy::stop, [&](const SMFTimedTrackEvent& event) {
-            const auto data = static_cast<std::size_t>(event.dataStart);
+            const std::size_t data = event.dataStart;
             const std::uint8_t kind = MIDIStatus::kind(event.status);
             const std::uint8_t channel = MIDIStatus::channel(event.status);
             if (kind == MIDIStatus::noteOn) {
@@ -66,7 +66,7 @@ void boostTrack(Bytes& output, ByteView original, const SMFTrackChunk& track) {
             } else if (kind == MIDIStatus::programChange) {
                 parts.changeProgram(channel, original[data]);
             } else if (event.status == MIDIStatus::meta && event.metaType == MetaType::trackName) {
-                const auto name = original.subspan(data, static_cast<std::size_t>(event.dataEnd) - data);
+                const ByteView name = event.payload(original);
                 parts.rename({reinterpret_cast<const char*>(name.data()), name.size()});
             }
             return SMFTrackWalkDecision::continue_;
@@ -77,9 +77,10 @@ void boostTrack(Bytes& output, ByteView original, const SMFTrackChunk& track) {
 
 MIDIData boostedDrumsAndBass(const MIDIData& data) {
     const ByteView original = data;
-    if (!SMFByteCodec::hasHeader(original))
+    const auto header = SMFHeader::read(original);
+    if (!header)
         return data;
-    const auto tracks = SMFTrackEventWalker::trackChunks(original, SMFByteCodec::readU16(original, 10));
+    const auto tracks = SMFTrackEventWalker::trackChunks(original, header->trackCount);
     if (tracks.empty())
         return data;
     Bytes output(original.begin(), original.end());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tambrel {
@@ -30,7 +31,7 @@ inline constexpr std::uint8_t meta = 0xFF;
     return status >= noteOff && status < systemExclusive;
 }
 /// Data bytes of a channel message: one for program change and channel pressure, two for the others.
-[[nodiscard]] constexpr std::int64_t dataLength(std::uint8_t channelStatus) {
+[[nodiscard]] constexpr std::size_t dataLength(std::uint8_t channelStatus) {
     return (channelStatus & 0xE0) == programChange ? 1 : 2;
 }
 
@@ -39,7 +40,13 @@ inline constexpr std::uint8_t meta = 0xFF;
 /// Types of meta events (SMF 1.0, RP-001).
 namespace MetaType {
 
+inline constexpr std::uint8_t text = 0x01;
+inline constexpr std::uint8_t copyright = 0x02;
 inline constexpr std::uint8_t trackName = 0x03;
+inline constexpr std::uint8_t instrumentName = 0x04;
+inline constexpr std::uint8_t lyric = 0x05;
+inline constexpr std::uint8_t marker = 0x06;
+inline constexpr std::uint8_t cuePoint = 0x07;
 inline constexpr std::uint8_t endOfTrack = 0x2F;
 inline constexpr std::uint8_t setTempo = 0x51;
 inline constexpr std::uint8_t timeSignature = 0x58;

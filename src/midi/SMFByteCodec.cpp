@@ -26,18 +26,11 @@ void appendVarLen(std::uint32_t value, Bytes& buffer) {
     buffer.insert(buffer.end(), first, groups.end());
 }
 
-bool hasChunkType(ByteView data, std::int64_t offset, std::string_view type) {
-    const auto at = static_cast<std::size_t>(offset);
-    return at + type.size() <= data.size() &&
-           std::equal(type.begin(), type.end(), data.begin() + offset, [](char wanted, std::uint8_t byte) {
+bool hasChunkType(ByteView data, std::size_t offset, std::string_view type) {
+    return offset + type.size() <= data.size() &&
+           std::ranges::equal(type, data.subspan(offset, type.size()), [](char wanted, std::uint8_t byte) {
                return static_cast<unsigned char>(wanted) == byte;
            });
-}
-
-bool hasHeader(ByteView data) {
-    constexpr std::uint32_t headerLength = 6;
-    return data.size() >= static_cast<std::size_t>(smfHeaderSize) && hasChunkType(data, 0, "MThd") &&
-           readU32(data, 4) == headerLength;
 }
 
 } // namespace tambrel::SMFByteCodec

@@ -5,6 +5,7 @@
 #include "SMFByteCodec.h"
 #include "SMFTrackChunk.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -24,20 +25,25 @@ enum class SMFTrackWalkDecision { continue_, stop };
 /// One complete event of a track. Positions are absolute in the whole file buffer, so that a caller can
 /// patch a byte of a copy of the buffer at the same place.
 struct SMFTimedTrackEvent {
-    std::uint32_t tick = 0;     ///< Absolute time from the start of the track, in ticks.
-    std::uint8_t status = 0;    ///< Effective status: 0x80 to 0xEF, 0xF0 or 0xF7, 0xFF.
-    std::uint8_t metaType = 0;  ///< Only meaningful when `status` is 0xFF.
-    std::int64_t dataStart = 0; ///< First data byte, or first payload byte after a length.
-    std::int64_t dataEnd = 0;   ///< One past the last byte of the event.
+    std::uint32_t tick = 0;    ///< Absolute time from the start of the track, in ticks.
+    std::uint8_t status = 0;   ///< Effective status: 0x80 to 0xEF, 0xF0 or 0xF7, 0xFF.
+    std::uint8_t metaType = 0; ///< Only meaningful when `status` is 0xFF.
+    std::size_t dataStart = 0; ///< First data byte, or first payload byte after a length.
+    std::size_t dataEnd = 0;   ///< One past the last byte of the event.
+
+    /// The data bytes; `data` is the whole file buffer.
+    [[nodiscard]] ByteView payload(ByteView data) const {
+        return data.subspan(dataStart, dataEnd - dataStart);
+    }
 };
 
 /// Reads the events of one track one after another (SMF 1.0, RP-001): the pull side of the walk, for callers
 /// that merge tracks. Never leaves [start, end), allocates nothing and reports no error.
 class SMFTrackEventReader {
 public:
-    SMFTrackEventReader(ByteView data, std::int64_t start, std::int64_t end, SMFMalformedEventPolicy policy)
+    SMFTrackEventReader(ByteView data, std::size_t start, std::size_t end, SMFMalformedEventPolicy policy)
         : data_(data), position_(start), end_(end), policy_(policy) {
-        assert(start >= 0 && end <= static_cast<std::int64_t>(data.size()));
+        assert(start <= end && end <= data.size());
     }
 
     SMFTrackEventReader(ByteView data, const SMFTrackChunk& track, SMFMalformedEventPolicy policy)
@@ -74,17 +80,17 @@ public:
     }
 
 private:
-    [[gnu::always_inline]] std::uint8_t byteAt(std::int64_t position) const {
+    [[gnu::always_inline]] std::uint8_t byteAt(std::size_t position) const {
         return data_.data()[position]; // Every caller has compared the position with end_.
     }
 
     // Longer than anything when the quantity is cut off or too long. Works on a copy of the position, whose
     // own address is never taken, so that it stays in a register.
-    [[gnu::always_inline]] std::int64_t readVarLen() {
-        std::int64_t position = position_;
+    [[gnu::always_inline]] std::size_t readVarLen() {
+        std::size_t position = position_;
         const auto value = SMFByteCodec::readVarLen(data_, position, end_);
         position_ = position;
-        return value ? std::int64_t{*value} : std::numeric_limits<std::int64_t>::max();
+        return value ? *value : std::numeric_limits<std::size_t>::max();
     }
 
     // Moves past a delta time and adds it; false when it is cut off, too long, followed by nothing, or when
@@ -92,7 +98,7 @@ private:
     [[gnu::always_inline]] bool readDelta() {
         if (position_ >= end_)
             return false;
-        std::int64_t delta = byteAt(position_);
+        std::size_t delta = byteAt(position_);
         if (delta < 0x80)
             ++position_;
         else
@@ -110,7 +116,7 @@ private:
         return readChannelData(2, status, event);
     }
 
-    [[gnu::always_inline]] bool readChannelData(std::int64_t length, std::uint8_t status,
+    [[gnu::always_inline]] bool readChannelData(std::size_t length, std::uint8_t status,
                                                 SMFTimedTrackEvent& event) {
         if (length > end_ - position_) {
             malformed();
@@ -129,7 +135,7 @@ private:
     }
 
     [[gnu::always_inline]] bool readPayload(std::uint8_t status, SMFTimedTrackEvent& event) {
-        const std::int64_t length = readVarLen();
+        const std::size_t length = readVarLen();
         if (length > end_ - position_)
             return false;
         event.tick = tick_;
@@ -151,8 +157,8 @@ private:
     }
 
     ByteView data_;
-    std::int64_t position_;
-    std::int64_t end_;
+    std::size_t position_; // Never beyond end_.
+    std::size_t end_;
     std::uint32_t tick_ = 0;
     std::uint8_t runningStatus_ = 0; // 0 while there is none.
     SMFMalformedEventPolicy policy_;
@@ -165,7 +171,7 @@ namespace SMFTrackEventWalker {
 /// complete event of the bytes [start, end), in file order, on the caller's thread. A malformed track ends
 /// early or is resynchronised, as the policy says; End of Track gets no special treatment.
 template<class OnEvent>
-[[gnu::always_inline]] inline void walkTrack(ByteView data, std::int64_t start, std::int64_t end,
+[[gnu::always_inline]] inline void walkTrack(ByteView data, std::size_t start, std::size_t end,
                                              SMFMalformedEventPolicy malformedEventPolicy,
                                              OnEvent&& onEvent) {
     SMFTrackEventReader reader(data, start, end, malformedEventPolicy);

@@ -1,5 +1,7 @@
 #include "TambrelMIDIFileSupport.h"
 
+#include "LowerCase.h"
+
 #include <algorithm>
 #include <array>
 
@@ -7,10 +9,6 @@ namespace tambrel::TambrelMIDIFileSupport {
 namespace {
 
 constexpr std::array<std::string_view, 5> all{"mid", "midi", "midi2", "smf2", "clip"};
-
-char lowerCased(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 } // namespace
 

@@ -21,24 +21,24 @@ bool isFlexData(const UMPPacket& packet, std::uint32_t status) {
 } // namespace
 
 // Values are cut to their top seven bits without rounding; only pitch bend is scaled.
-ChannelMessage downConvertedMIDI1Bytes(const UMPPacket& packet) {
+MIDIMessage downConvertedMIDI1Bytes(const UMPPacket& packet) {
     const std::uint8_t status = packet.status();
     const std::uint32_t data = packet.word(1);
-    const std::uint32_t top7 = data >> 25;
+    const auto top7 = static_cast<std::uint8_t>(data >> 25);
     switch (MIDIStatus::kind(status)) {
     case MIDIStatus::noteOn: // Velocity 0 would be a note off.
-        return {status, packet.data1(), std::max<std::uint32_t>(top7, 1)};
+        return {status, packet.data1(), std::max<std::uint8_t>(top7, 1)};
     case MIDIStatus::noteOff:
     case MIDIStatus::polyphonicPressure:
     case MIDIStatus::controlChange:
         return {status, packet.data1(), top7};
     case MIDIStatus::programChange:
-        return {status, data >> 24 & 0x7F};
+        return {status, static_cast<std::uint8_t>(data >> 24 & 0x7F)};
     case MIDIStatus::channelPressure:
         return {status, top7};
     case MIDIStatus::pitchBend: {
         const std::uint32_t bend = scaledTo14Bits(data);
-        return {status, bend & 0x7F, bend >> 7};
+        return {status, static_cast<std::uint8_t>(bend & 0x7F), static_cast<std::uint8_t>(bend >> 7)};
     }
     default:
         throw MIDI2ClipImportError::unsupportedMIDI2ChannelVoiceStatus(status);

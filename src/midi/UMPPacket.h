@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
 
 namespace tambrel {
@@ -24,21 +25,21 @@ inline constexpr std::uint8_t stream = 0xF;
 class UMPPacket {
 public:
     /// Words of the longest packet.
-    static constexpr std::int64_t longest = 4;
+    static constexpr std::size_t longest = 4;
 
     /// `bytes` begins with the packet; more may follow. It has at least the first word; what reads further
     /// words has made sure that the packet is whole.
     explicit UMPPacket(ByteView bytes) : bytes_(bytes), first_(SMFByteCodec::readU32(bytes, 0)) {}
 
     /// Words of a packet that begins with a word of this message type.
-    [[nodiscard]] static constexpr std::int64_t wordCount(std::uint8_t type) {
-        constexpr std::array<std::int8_t, 16> counts{1, 1, 1, 2, 2, 4, 1, 1, 2, 2, 2, 3, 3, 4, 4, 4};
+    [[nodiscard]] static constexpr std::size_t wordCount(std::uint8_t type) {
+        constexpr std::array<std::uint8_t, 16> counts{1, 1, 1, 2, 2, 4, 1, 1, 2, 2, 2, 3, 3, 4, 4, 4};
         return counts[type];
     }
 
     [[nodiscard]] std::uint8_t type() const { return static_cast<std::uint8_t>(first_ >> 28); }
-    [[nodiscard]] std::int64_t wordCount() const { return wordCount(type()); }
-    [[nodiscard]] std::uint32_t word(std::int64_t index) const {
+    [[nodiscard]] std::size_t wordCount() const { return wordCount(type()); }
+    [[nodiscard]] std::uint32_t word(std::size_t index) const {
         assert(index < wordCount());
         return index == 0 ? first_ : SMFByteCodec::readU32(bytes_, 4 * index);
     }

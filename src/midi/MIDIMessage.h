@@ -2,6 +2,7 @@
 
 #include "MIDIStatus.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tambrel {
@@ -16,8 +17,8 @@ enum class SystemMessage : std::uint8_t {
     rhythmPart,   ///< GS use for rhythm part; `data2` is the channel, `data3` the drum map or 0 for none.
 };
 
-/// One message to the synthesizer in four bytes: a channel message with its two data bytes, or a system
-/// message with its kind in `data1`.
+/// One message of MIDI 1.0 in four bytes: a channel message as it is sent, or what a system-exclusive message
+/// comes down to, with its kind in `data1`.
 struct MIDIMessage {
     std::uint8_t status = 0;
     std::uint8_t data1 = 0;
@@ -25,6 +26,9 @@ struct MIDIMessage {
     std::uint8_t data3 = 0;
 
     bool operator==(const MIDIMessage&) const = default;
+
+    /// Bytes of a channel message, its status included: 2 or 3.
+    [[nodiscard]] constexpr std::size_t size() const { return 1 + MIDIStatus::dataLength(status); }
 
     [[nodiscard]] static constexpr MIDIMessage system(SystemMessage kind, std::uint8_t data2 = 0,
                                                       std::uint8_t data3 = 0) {
@@ -43,8 +47,7 @@ inline constexpr std::uint8_t bankSelectLSB = 32;
 inline constexpr std::uint8_t dataEntryLSB = 38;
 inline constexpr std::uint8_t sustain = 64;
 inline constexpr std::uint8_t sostenuto = 66;
-inline constexpr std::uint8_t dataIncrement = 96;
-inline constexpr std::uint8_t dataDecrement = 97;
+inline constexpr std::uint8_t portamentoControl = 84; // The key that the next note glides from.
 inline constexpr std::uint8_t nonRegisteredLSB = 98;
 inline constexpr std::uint8_t nonRegisteredMSB = 99;
 inline constexpr std::uint8_t registeredLSB = 100;
@@ -56,6 +59,11 @@ inline constexpr std::uint8_t omniOff = 124;
 inline constexpr std::uint8_t omniOn = 125;
 inline constexpr std::uint8_t monoOn = 126;
 inline constexpr std::uint8_t polyOn = 127;
+
+/// What a pedal's value means.
+constexpr bool isPedalDown(std::uint8_t value) {
+    return value >= 64;
+}
 
 } // namespace Controller
 } // namespace tambrel

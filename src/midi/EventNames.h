@@ -1,0 +1,22 @@
+#pragma once
+
+#include "MIDIStatus.h"
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace tambrel::EventText {
+
+/// The words for channel messages, by the kind of their status from 0x80 on.
+inline constexpr std::array<std::string_view, 7> channelNames{"off",     "on",       "poly", "control",
+                                                              "program", "pressure", "bend"};
+
+/// The words for meta events that hold text, by their type from 1 on.
+inline constexpr std::array<std::string_view, 9> textNames{
+    "text", "copyright", "name", "instrument", "lyric", "marker", "cue", "program-name", "device"};
+
+inline constexpr std::string_view songWord = "smf";
+inline constexpr std::string_view clipWord = "clip";
+
+} // namespace tambrel::EventText

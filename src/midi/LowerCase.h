@@ -1,0 +1,10 @@
+#pragma once
+
+namespace tambrel {
+
+/// The lower-case form of an ASCII letter; any other character as it is, in whatever locale.
+[[nodiscard]] constexpr char lowerCased(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+} // namespace tambrel

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "LargePages.h"
+#include "MIDIData.h"
+#include "UTF8.h"
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace tambrel {
+
+/// Words, numbers and bytes one after another, each after a blank unless it begins a line.
+class TextWriter {
+public:
+    explicit TextWriter(std::size_t expectedSize) {
+        text_.reserve(expectedSize);
+        preferLargePages(text_.data(), text_.capacity());
+    }
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+
+    /// Of at most 32 characters.
+    void word(std::string_view text) {
+        separate();
+        std::memcpy(end_, text.data(), text.size());
+        end_ += text.size();
+    }
+    void number(std::int64_t value) {
+        separate();
+        joinedNumber(value);
+    }
+    /// Without a blank before it.
+    void joined(char character) { *end_++ = character; }
+    void joinedNumber(std::int64_t value) {
+        if (value >= 0 && value < 10)
+            *end_++ = static_cast<char>('0' + value);
+        else
+            end_ = std::to_chars(end_, end_ + 24, value).ptr;
+    }
+
+    void hex(ByteView bytes) {
+        if (bytes.empty())
+            return;
+        separate();
+        flush();
+        for (const std::uint8_t byte : bytes)
+            hexByte(byte);
+    }
+
+    /// Between quotation marks; what is no well-formed printable text as \x and two digits.
+    void quoted(ByteView bytes) {
+        separate();
+        flush();
+        text_ += '"';
+        std::string_view rest(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        while (!rest.empty()) {
+            const std::size_t length = UTF8::characterLength(rest);
+            const auto first = static_cast<std::uint8_t>(rest[0]);
+            if (length == 0 || first < 0x20 || first == 0x7F) {
+                text_ += "\\x";
+                hexByte(first);
+                rest.remove_prefix(1);
+                continue;
+            }
+            if (first == '"' || first == '\\')
+                text_ += '\\';
+            text_ += rest.substr(0, length);
+            rest.remove_prefix(length);
+        }
+        text_ += '"';
+    }
+
+    void endLine() {
+        *end_++ = '\n';
+        flush();
+        beginsLine_ = true;
+    }
+
+    [[nodiscard]] std::string take() { return std::move(text_); }
+
+private:
+    void separate() {
+        if (end_ > line_.data() + line_.size() / 2)
+            flush();
+        if (!beginsLine_)
+            *end_++ = ' ';
+        beginsLine_ = false;
+    }
+    void flush() {
+        text_.append(line_.data(), end_);
+        end_ = line_.data();
+    }
+    void hexByte(std::uint8_t byte) {
+        constexpr std::string_view digits = "0123456789abcdef";
+        text_ += digits[byte >> 4];
+        text_ += digits[byte & 15];
+    }
+
+    std::string text_;
+    std::array<char, 256>
+        line_; // What has not been added to the text yet, which costs more than to write here.
+    char* end_ = line_.data();
+    bool beginsLine_ = true;
+};
+
+} // namespace tambrel
