@@ -2,6 +2,7 @@
 
 #include "MIDI2ClipImporter.h"
 #include "SMFByteCodec.h"
+#include "SMFHeader.h"
 #include "SMFTrackChunk.h"
 #include "TambrelMIDIFileSupport.h"
 #include "UTF8.h"
@@ -19,9 +20,10 @@ void checkForCancellation(const std::stop_token& stop) {
         throw TambrelLoadCancelled();
 }
 
-// A folder may be written with a slash at its end.
+// A folder may be written with a slash at its end, and the root is nothing else.
 std::filesystem::path lastComponent(const std::filesystem::path& url) {
-    return url.has_filename() ? url.filename() : url.parent_path().filename();
+    const auto name = url.has_filename() ? url.filename() : url.parent_path().filename();
+    return name.empty() ? url : name;
 }
 
 std::string displayName(const std::filesystem::path& url) {
@@ -36,19 +38,18 @@ bool isClip(const MIDIData& data, const std::filesystem::path& url) {
 
 // What can be told from the frame of the file, before any track is walked.
 void requireSupportedSMF(ByteView data) {
-    if (data.size() < static_cast<std::size_t>(smfHeaderSize))
+    if (data.size() < SMFHeader::size)
         throw TambrelLoadError::malformedMIDIData("The file is too short to contain a Standard MIDI header.");
     if (!SMFByteCodec::hasChunkType(data, 0, "MThd"))
         throw TambrelLoadError::malformedMIDIData("The Standard MIDI header chunk is missing.");
-    if (!SMFByteCodec::hasHeader(data))
+    const auto header = SMFHeader::read(data);
+    if (!header)
         throw TambrelLoadError::malformedMIDIData("The Standard MIDI header length is invalid.");
-    if (const std::uint16_t format = SMFByteCodec::readU16(data, 8); format > 1)
-        throw TambrelLoadError::unsupportedMIDIFormat(format);
-    const std::size_t declaredTracks = SMFByteCodec::readU16(data, 10);
-    if (declaredTracks < 1)
+    if (header->format > 1)
+        throw TambrelLoadError::unsupportedMIDIFormat(header->format);
+    if (header->trackCount < 1)
         throw TambrelLoadError::malformedMIDIData("The MIDI file does not declare any tracks.");
-    if (SMFTrackEventWalker::trackChunks(data, static_cast<std::int64_t>(declaredTracks)).size() !=
-        declaredTracks)
+    if (SMFTrackEventWalker::trackChunks(data, header->trackCount).size() != header->trackCount)
         throw TambrelLoadError::malformedMIDIData("The declared MIDI track chunk data is incomplete.");
 }
 

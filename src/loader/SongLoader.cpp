@@ -1,0 +1,102 @@
+#include "SongLoader.h"
+
+#include "FreedInBackground.h"
+#include "MIDILoudnessProcessor.h"
+#include "TambrelFileLoader.h"
+#include "TambrelLoadError.h"
+
+#include <algorithm>
+#include <future>
+#include <utility>
+#include <vector>
+
+namespace tambrel {
+namespace {
+
+// A dense song has millions of phrases, of which no screen shows more than a few thousand a lane: those that
+// begin so close together become one, here and not on the main thread.
+void uniteCrowdedPhrases(std::vector<MIDITrackPhraseLane>& lanes) {
+    constexpr double closest = 1.0 / 8192; // Of the song.
+    for (auto& [label, phrases] : lanes) {
+        std::vector<MIDIPhrase> apart;
+        for (const MIDIPhrase& phrase : phrases) {
+            if (apart.empty() || phrase.start - apart.back().start >= closest)
+                apart.push_back(phrase);
+            else
+                apart.back().end = std::max(apart.back().end, phrase.end);
+        }
+        phrases = std::move(apart);
+    }
+}
+
+MIDIData freedInBackground(const MIDIData& data) {
+    return {tambrel::freedInBackground(std::make_shared<const MIDIData>(data)), data.view()};
+}
+
+void freeInBackground(TambrelLoadedFile& file) {
+    file.playbackData = freedInBackground(file.playbackData);
+    for (auto* data : {&file.importedMIDI2ClipData, &file.midi2ClipCompanionData}) {
+        if (*data)
+            *data = freedInBackground(**data);
+    }
+}
+
+// The timeline is built beside the facts and the companion: two cores are busy.
+LoadedSong loadSong(const std::filesystem::path& file, const TimelineBuilder& buildTimeline,
+                    const std::stop_token& stop) {
+    std::future<std::shared_ptr<const Timeline>> timeline;
+    const auto beginTimeline = [&](const MIDIData& playbackData) {
+        timeline = std::async(std::launch::async, buildTimeline, playbackData, stop);
+    };
+    TambrelLoadedFile loaded = TambrelFileLoader::load(file, stop, beginTimeline);
+    uniteCrowdedPhrases(loaded.info.timelineLanes);
+    freeInBackground(loaded);
+    PlayableSong song(loaded.playbackData, tambrel::freedInBackground(timeline.get()));
+    return {std::move(loaded), std::move(song)};
+}
+
+// The timeline is made beside the companion here too.
+std::optional<PreparedVariant> prepared(const VariantRequest& request, const TimelineBuilder& buildTimeline,
+                                        const std::stop_token& stop) {
+    try {
+        PreparedVariant variant{
+            .isLoud = request.isLoud, .song = request.source, .companion = {}, .summary = {}};
+        if (request.isToBeBoosted)
+            variant.song = freedInBackground(MIDILoudnessProcessor::boostedDrumsAndBass(request.source.data));
+        auto timeline = std::async(std::launch::async, [song = variant.song, &buildTimeline, stop] {
+            return song.timeline ? song.timeline : tambrel::freedInBackground(buildTimeline(song.data, stop));
+        });
+        variant.companion = freedInBackground(MIDI2ClipBuilder::build(variant.song.data, stop));
+        variant.summary = MIDI2ClipBuilder::summary(variant.companion);
+        variant.song.timeline = timeline.get();
+        return variant;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+LoadOutcome outcomeOf(const std::filesystem::path& file, const TimelineBuilder& buildTimeline,
+                      const std::stop_token& stop) {
+    try {
+        return {.song = std::make_shared<const LoadedSong>(loadSong(file, buildTimeline, stop)), .error = {}};
+    } catch (...) {
+        return {.song = {}, .error = std::current_exception()};
+    }
+}
+
+} // namespace
+
+void SongLoader::load(const std::filesystem::path& file, std::stop_token stop,
+                      std::function<void(LoadOutcome)> then) {
+    executor_.run([this, file, stop = std::move(stop)] { return outcomeOf(file, buildTimeline_, stop); },
+                  std::move(then));
+}
+
+void SongLoader::prepare(VariantRequest request, std::stop_token stop,
+                         std::function<void(std::optional<PreparedVariant>)> then) {
+    executor_.run([this, request = std::move(request),
+                   stop = std::move(stop)] { return prepared(request, buildTimeline_, stop); },
+                  std::move(then));
+}
+
+} // namespace tambrel

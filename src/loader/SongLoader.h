@@ -1,0 +1,57 @@
+#pragma once
+
+#include "PreparedVariant.h"
+#include "SerialExecutor.h"
+#include "TambrelLoadedFile.h"
+
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+namespace tambrel {
+
+class Timeline;
+
+/// Makes what a player needs of a whole Standard MIDI File: `Timeline::build`, for this room does not know
+/// how songs are played. Called on the loader's thread. Throws TambrelLoadCancelled once a stop is requested.
+using TimelineBuilder =
+    std::function<std::shared_ptr<const Timeline>(const MIDIData& song, const std::stop_token& stop)>;
+
+/// A file that has been read, and the same song ready for the player.
+struct LoadedSong {
+    TambrelLoadedFile file;
+    PlayableSong song;
+};
+
+/// What became of a load: a song, or the error that it ended with (a TambrelLoadError or
+/// TambrelLoadCancelled).
+struct LoadOutcome {
+    std::shared_ptr<const LoadedSong> song;
+    std::exception_ptr error;
+};
+
+/// Loads files off the main thread, one at a time. All large things that it makes are freed off the main
+/// thread too, whoever lets go of them last. Main thread only.
+class SongLoader {
+public:
+    explicit SongLoader(TimelineBuilder buildTimeline) : buildTimeline_(std::move(buildTimeline)) {}
+
+    /// Calls `then` on the main thread when the load is done, has failed or was stopped, unless the loader is
+    /// gone by then.
+    void load(const std::filesystem::path& file, std::stop_token stop, std::function<void(LoadOutcome)> then);
+
+    /// Makes a variant of a song; calls `then` on the main thread with it, or with nothing when it could not
+    /// be made or was stopped, unless the loader is gone by then.
+    void prepare(VariantRequest request, std::stop_token stop,
+                 std::function<void(std::optional<PreparedVariant>)> then);
+
+private:
+    const TimelineBuilder buildTimeline_;
+    SerialExecutor executor_;
+};
+
+} // namespace tambrel
