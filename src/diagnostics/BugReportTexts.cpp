@@ -1,6 +1,7 @@
 #include "BugReportTexts.h"
 
 #include "CharacterCount.h"
+#include "QtText.h"
 
 #include <QString>
 
@@ -10,6 +11,8 @@ namespace tambrel {
 namespace {
 
 constexpr std::int64_t leastTail = 800;
+constexpr std::string_view entriesAreMissing =
+    "[Earlier report entries were truncated for reliable email body delivery.]";
 
 std::string header() {
     return "TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" + std::string(75, '_') +
@@ -27,7 +30,7 @@ std::string tail(std::string_view text, std::int64_t budget, std::string_view no
 } // namespace
 
 bool isBlank(std::string_view text) {
-    const auto decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    const auto decoded = toQString(text);
     return std::ranges::all_of(decoded, [](QChar character) { return character.isSpace(); });
 }
 
@@ -56,8 +59,11 @@ std::string tailEmailBodyForOversizedReport(std::string_view report, std::string
     const auto lead = std::string("TYPE YOUR NOTES HERE:\n\nThe full ").append(appName) +
                       " beta report is attached as a text file and copied to the Clipboard. "
                       "The latest report text is included below.\n";
-    return lead + tail(report, directMailBodyLimit - characterCount(lead),
-                       "[Earlier report entries were truncated for reliable email body delivery.]");
+    return lead + tail(report, directMailBodyLimit - characterCount(lead), entriesAreMissing);
+}
+
+std::string endOfReport(std::string_view report, std::int64_t characters) {
+    return std::string(entriesAreMissing).append("\n\n").append(lastCharacters(report, characters));
 }
 
 std::string debugWindowEmailBody(std::string_view reportText, std::string_view appInfo,

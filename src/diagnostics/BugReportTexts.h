@@ -29,6 +29,9 @@ namespace tambrel {
 [[nodiscard]] std::string tailEmailBodyForOversizedReport(std::string_view report, std::string_view appName,
                                                           std::int64_t directMailBodyLimit);
 
+/// The last `characters` of a report that is longer, after a sentence that says so.
+[[nodiscard]] std::string endOfReport(std::string_view report, std::int64_t characters);
+
 /// The body of an e-mail about the debugging window when the full one exceeds the limit: a head, the end of
 /// the window's text, and where to find the rest.
 [[nodiscard]] std::string debugWindowEmailBody(std::string_view reportText, std::string_view appInfo,

@@ -1,7 +1,9 @@
 #include "SessionMarker.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -13,67 +15,127 @@
 namespace tambrel {
 namespace {
 
+const QString nameStart = QStringLiteral("Tambrel-session-active");
+const QString nameEnd = QStringLiteral(".marker");
+
+[[noreturn]] void fail() {
+    throw std::system_error(errno, std::generic_category());
+}
+
 // A file that its owner has deleted meanwhile is not the marker any more.
 bool isDeleted(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
 }
 
-[[noreturn]] void fail() {
-    throw std::system_error(errno, std::generic_category());
-}
-
 } // namespace
 
-SessionMarker::SessionMarker(QString path) : path_(std::move(path)) {}
+class SessionMarker::LockedFile {
+public:
+    explicit LockedFile(QString path) : path_(std::move(path)) {}
+    ~LockedFile() {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+    }
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
 
-SessionMarker::~SessionMarker() {
-    if (descriptor_ >= 0)
-        close(descriptor_);
-}
+    /// False while another run has it. A file that cannot be opened counts as locked.
+    [[nodiscard]] bool lock(int flags) {
+        for (;;) {
+            isWritable_ = open(O_RDWR | flags);
+            // Another user's can still be deleted.
+            if (!isWritable_ && !(flags == 0 && errno == EACCES && open(O_RDONLY)))
+                return true;
+            // Where locks are not supported, every run has the marker.
+            const bool isAnothers = flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+            if (!isAnothers && !isDeleted(descriptor_))
+                return true;
+            close(std::exchange(descriptor_, -1));
+            if (isAnothers)
+                return false;
+        }
+    }
+
+    [[nodiscard]] bool isWritable() const { return isWritable_; }
+    [[nodiscard]] bool exists() const { return QFile::exists(path_); }
+
+    // In place, so that the lock stays on the file of this name. Only its being there has a meaning.
+    void write(std::string_view text) const {
+        const auto written = pwrite(descriptor_, text.data(), text.size(), 0);
+        if (written < 0 || ftruncate(descriptor_, written) != 0)
+            fail();
+    }
+    /// While it is locked.
+    void remove() const { QFile::remove(path_); }
+
+private:
+    [[nodiscard]] bool open(int flags) {
+        descriptor_ = ::open(QFile::encodeName(path_).constData(), flags | O_CLOEXEC, 0666);
+        return descriptor_ >= 0;
+    }
+
+    QString path_;
+    bool isWritable_ = false;
+    int descriptor_ = -1;
+};
+
+SessionMarker::SessionMarker(QString folder) : folder_(std::move(folder)) {}
+SessionMarker::~SessionMarker() = default;
 
 bool SessionMarker::takeLeftBehind() {
-    if (descriptor_ >= 0)
+    if (own_ || !leftBehind_.empty())
         return false;
-    const auto attempt = take(0);
-    return attempt == Attempt::taken || (attempt == Attempt::failed && QFile::exists(path_));
+    const QDir folder(folder_);
+    for (const QString& name :
+         folder.entryList({nameStart + '*' + nameEnd}, QDir::AllEntries | QDir::Hidden | QDir::System)) {
+        auto file = std::make_unique<LockedFile>(folder.filePath(name));
+        if (file->lock(0) && file->exists())
+            leftBehind_.push_back(std::move(file));
+    }
+    return !leftBehind_.empty();
 }
 
 void SessionMarker::write(std::string_view text) {
-    if (descriptor_ < 0) {
-        const auto attempt = take(O_CREAT);
-        isAnothers_ = attempt == Attempt::anothers;
-        if (isAnothers_)
-            return;
-        if (attempt != Attempt::taken)
-            fail();
-    }
-    // In place, so that the lock stays on the file of this name. Only its being there has a meaning.
-    const auto written = pwrite(descriptor_, text.data(), text.size(), 0);
-    if (written < 0 || ftruncate(descriptor_, written) != 0)
-        fail();
+    if (!own_)
+        own_ = make();
+    own_->write(text);
+    removeLeftBehind();
 }
 
 void SessionMarker::remove() {
-    if (isAnothers_ || (descriptor_ < 0 && take(0) != Attempt::taken))
-        return;
-    QFile::remove(path_); // Before the lock is let go.
-    close(std::exchange(descriptor_, -1));
+    if (own_)
+        own_->remove();
+    else
+        static_cast<void>(takeLeftBehind());
+    own_.reset();
+    removeLeftBehind();
 }
 
-SessionMarker::Attempt SessionMarker::take(int flags) {
-    for (;;) {
-        descriptor_ = open(QFile::encodeName(path_).constData(), O_RDWR | O_CLOEXEC | flags, 0666);
-        if (descriptor_ < 0)
-            return errno == ENOENT ? Attempt::missing : Attempt::failed;
-        // Where locks are not supported, every run has the marker.
-        const bool isAnothers = flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        if (!isAnothers && !isDeleted(descriptor_))
-            return Attempt::taken;
-        close(std::exchange(descriptor_, -1));
-        if (isAnothers)
-            return Attempt::anothers;
+// One that was left behind serves again, so that a disk that has become full takes nothing away.
+std::unique_ptr<SessionMarker::LockedFile> SessionMarker::make() {
+    const auto usable = std::ranges::find_if(leftBehind_, &LockedFile::isWritable);
+    if (usable != leftBehind_.end()) {
+        auto file = std::move(*usable);
+        leftBehind_.erase(usable);
+        return file;
     }
+    removeLeftBehind();
+    for (int run = 1;; ++run) {
+        const QString number = run == 1 ? QString() : QString::number(-run);
+        auto file = std::make_unique<LockedFile>(folder_ + '/' + nameStart + number + nameEnd);
+        if (!file->lock(O_CREAT))
+            continue;
+        if (!file->isWritable())
+            fail();
+        return file;
+    }
+}
+
+void SessionMarker::removeLeftBehind() {
+    for (const auto& file : leftBehind_)
+        file->remove();
+    leftBehind_.clear();
 }
 
 } // namespace tambrel

@@ -65,13 +65,17 @@ std::string withoutLines(const std::string& text, const QStringList& beginnings)
 
 std::vector<ProfilerTool> standardProfilerTools() {
     const QString model = "/sys/class/dmi/id/";
+    // Without a complaint about what this computer does not have.
+    const auto files = [](const QStringList& paths) {
+        return ProfilerTool{.program = "grep", .arguments = QStringList{"-hs", ""} + paths};
+    };
     return {
-        {.program = "cat", .arguments = {model + "sys_vendor", model + "product_name"}},
+        files({model + "sys_vendor", model + "product_name"}),
         {.program = "lscpu", .leftOut = {"Flags:", "Vulnerability "}},
         {.program = "free", .arguments = {"-h"}},
-        {.program = "cat", .arguments = {"/proc/asound/cards"}},
+        files({"/proc/asound/cards"}),
         {.program = "uname", .arguments = {"-a"}},
-        {.program = "cat", .arguments = {"/etc/os-release"}},
+        files({"/etc/os-release"}),
     };
 }
 

@@ -175,7 +175,7 @@ private:
     void offerBugReport();
     void settlePreviousSession();
     void emailBugReport(Report report);
-    void composeEmail(std::string body, std::optional<QUrl> attachment);
+    void composeEmail(const std::string& body, std::optional<QUrl> attachment);
 
     std::optional<TambrelBetaLogServices> services_;
     std::unique_ptr<TambrelDebugWindow> debugWindow_;

@@ -1,6 +1,7 @@
 #include "BugReportTexts.h"
 #include "CharacterCount.h"
 #include "MailtoLink.h"
+#include "QtText.h"
 #include "TambrelBetaLog.h"
 
 #include <utility>
@@ -10,9 +11,8 @@ namespace {
 
 constexpr std::string_view reportedAppName = "Tambrel";
 
-QString decoded(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
+// Bytes. A link goes through programs, to each as one argument, of which Linux allows 128 KiB.
+constexpr qsizetype longestLink = 120'000;
 
 void openMailtoEmail(const EmailDraft& draft, const std::function<void(const QUrl&)>& openLink) {
     const auto link = mailtoLink(draft);
@@ -20,16 +20,28 @@ void openMailtoEmail(const EmailDraft& draft, const std::function<void(const QUr
         openLink(link);
 }
 
-EmailDraft draftOf(std::string body, std::optional<QUrl> attachment) {
+EmailDraft draftOf(std::string body, std::optional<QUrl> attachment = {}) {
     return {.recipient = std::string(TambrelBetaLog::emailAddress),
             .subject = std::string(TambrelBetaLog::emailSubject),
             .body = std::move(body),
             .attachment = std::move(attachment)};
 }
 
+bool fitsIntoALink(const EmailDraft& draft) {
+    return mailtoLink(draft).toEncoded().size() <= longestLink;
+}
+
+// A character can have any number of bytes: where a few thousand are too long for a link, their end is left.
+EmailDraft fittingDraft(const std::string& body, std::optional<QUrl> attachment = {}) {
+    auto draft = draftOf(body, std::move(attachment));
+    for (auto kept = characterCount(body) / 2; !fitsIntoALink(draft); kept /= 2)
+        draft.body = endOfReport(body, kept);
+    return draft;
+}
+
 } // namespace
 
-TambrelBetaLog::Report::Report(std::string text) : utf8(std::move(text)), clipboardText(decoded(utf8)) {}
+TambrelBetaLog::Report::Report(std::string text) : utf8(std::move(text)), clipboardText(toQString(utf8)) {}
 
 void TambrelBetaLog::emailCompleteBugReport() {
     inStore(
@@ -43,8 +55,8 @@ void TambrelBetaLog::emailCompleteBugReport() {
 }
 
 void TambrelBetaLog::emailBugReport(Report report) {
-    if (!hasMoreCharactersThan(report.utf8, mailtoBodyLimit)) {
-        composeEmail(std::move(report.utf8), {});
+    if (!hasMoreCharactersThan(report.utf8, mailtoBodyLimit) && fitsIntoALink(draftOf(report.utf8))) {
+        composeEmail(report.utf8, {});
         return;
     }
     services_->copyToClipboard(report.clipboardText);
@@ -58,8 +70,8 @@ void TambrelBetaLog::emailBugReport(Report report) {
             });
 }
 
-void TambrelBetaLog::composeEmail(std::string body, std::optional<QUrl> attachment) {
-    const auto draft = draftOf(std::move(body), std::move(attachment));
+void TambrelBetaLog::composeEmail(const std::string& body, std::optional<QUrl> attachment) {
+    const auto draft = fittingDraft(body, std::move(attachment));
     // Without this log, which may have been closed by then.
     services_->composeEmail(draft, [draft, open = services_->openLink] { openMailtoEmail(draft, open); });
     settlePreviousSession();
@@ -85,9 +97,9 @@ void TambrelBetaLog::emailDebugWindowText(std::string text) {
                             : full.utf8;
             return Mail{std::move(full), std::move(body)};
         },
-        [this](Mail mail) {
+        [this](const Mail& mail) {
             services_->copyToClipboard(mail.full.clipboardText);
-            openMailtoEmail(draftOf(std::move(mail.body), {}), services_->openLink);
+            openMailtoEmail(fittingDraft(mail.body), services_->openLink);
         });
 }
 

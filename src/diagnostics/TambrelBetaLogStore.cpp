@@ -5,8 +5,12 @@
 #include <QLatin1String>
 #include <QSaveFile>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace tambrel {
@@ -38,7 +42,7 @@ void writeAllOrNothing(QFileDevice& file, std::string_view text) {
 
 void writeAtomically(const QString& path, std::string_view text) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) // A commit does not tell of a full disk.
         fail(file);
     writeAll(file, text);
     if (!file.commit())
@@ -52,6 +56,25 @@ void createFolder(const QString& path) {
     if (error)
         throw TambrelBetaLogStoreError(error.message());
 }
+
+/// Keeps the other runs that ask for it waiting. Where locks are not supported, nobody waits.
+class FolderLock {
+public:
+    explicit FolderLock(const QString& path)
+        : descriptor_(open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        while (flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+        }
+    }
+    ~FolderLock() {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+    }
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    int descriptor_;
+};
 
 template<class Work>
 std::optional<std::string> failureOf(Work work) {
@@ -72,14 +95,14 @@ QString inFolder(const QString& folder, std::string_view name) {
 } // namespace
 
 TambrelBetaLogStore::TambrelBetaLogStore(const QString& folder, SystemProfiler profiler)
-    : folder_(folder),
-      logPath_(inFolder(folder, logName)),
-      marker_(inFolder(folder, sessionMarkerName)),
-      profiler_(std::move(profiler)) {}
+    : folder_(folder), logPath_(inFolder(folder, logName)), marker_(folder), profiler_(std::move(profiler)) {}
 
 void TambrelBetaLogStore::ensureLogFileExists(std::string_view initialLogText) const {
     createFolder(folder_);
-    if (!QFile::exists(logPath_))
+    if (QFile::exists(logPath_))
+        return;
+    const FolderLock lock(folder_);
+    if (!QFile::exists(logPath_)) // Else another run has made it meanwhile.
         writeAtomically(logPath_, initialLogText);
 }
 

@@ -30,7 +30,6 @@ struct TambrelBetaLogAttachmentWriteResult {
 class TambrelBetaLogStore {
 public:
     static constexpr std::string_view logName = "Tambrel-beta-log.txt";
-    static constexpr std::string_view sessionMarkerName = "Tambrel-session-active.marker";
 
     struct StartResult {
         /// The marker was there before it was rewritten, and not because another run is going on.
@@ -52,8 +51,8 @@ public:
     [[nodiscard]] std::optional<std::string> writeEntry(std::string_view initialLogText,
                                                         std::string_view line) const;
 
-    /// Notes whether the marker exists, then makes the log file, replaces the marker and appends the line, as
-    /// far as that goes without an error. The marker of another run that is going on is left alone.
+    /// Notes whether a marker exists, then makes the log file, replaces the marker and appends the line, as
+    /// far as that goes without an error. The markers of other runs that are going on are left alone.
     [[nodiscard]] StartResult startSession(std::string_view initialLogText, std::string_view markerText,
                                            std::string_view startLine);
 

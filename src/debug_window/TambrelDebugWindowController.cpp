@@ -1,5 +1,6 @@
 #include "TambrelDebugWindowController.h"
 
+#include "QtText.h"
 #include "TambrelBetaLog.h"
 
 #include <QClipboard>
@@ -81,7 +82,7 @@ void TambrelDebugWindowController::append(std::string_view text) {
     // With a cursor of its own: the user's selection stays.
     QTextCursor end(textView_->document());
     end.movePosition(QTextCursor::End);
-    end.insertText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    end.insertText(toQString(text));
     scrollToEnd();
 }
 
@@ -124,6 +125,8 @@ void TambrelDebugWindowController::applyColors() {
     auto colors = textView_->palette();
     colors.setColor(QPalette::Base, isLightMode_ ? Qt::white : Qt::black);
     colors.setColor(QPalette::Text, isLightMode_ ? Qt::black : Qt::white); // The insertion point's too.
+    colors.setColor(QPalette::Highlight, isLightMode_ ? Qt::black : Qt::white);
+    colors.setColor(QPalette::HighlightedText, isLightMode_ ? Qt::white : Qt::black);
     colors.setColor(QPalette::WindowText, window_.palette().color(QPalette::Mid)); // The border's.
     textView_->setPalette(colors);
 }
