@@ -4,9 +4,15 @@
 
 namespace tambrel {
 
-AudioOutput::AudioOutput(AudioSource& source, ServiceThread& service, std::vector<std::string> driverNames,
-                         double sampleRate)
-    : source_(source), service_(service), driverNames_(std::move(driverNames)), sampleRate_(sampleRate) {}
+AudioOutput::AudioOutput(AudioSource& source, SerialExecutor& executor, std::vector<std::string> driverNames,
+                         double sampleRate, AudioDriverOpener opener)
+    : source_(source),
+      executor_(executor),
+      driverNames_(std::move(driverNames)),
+      sampleRate_(sampleRate),
+      opener_(std::move(opener)),
+      master_(sampleRate),
+      volume_(sampleRate) {}
 
 void AudioOutput::open() {
     submitOpening(&AudioOutput::openAny);
@@ -36,7 +42,7 @@ void AudioOutput::openSame() {
 void AudioOutput::openNow(const std::vector<std::string>& driverNames) {
     failuresBefore_.store(audioDriverFailures(), std::memory_order_relaxed);
     try {
-        driver_ = openAudioDriver(driverNames, sampleRate_, *this);
+        driver_ = opener_(driverNames, sampleRate_, *this);
         lastDriverName_ = driver_->name();
         state_.store(State::open, std::memory_order_release);
     } catch (const AudioDriverError& error) {
@@ -58,7 +64,7 @@ void AudioOutput::closeNow() {
 
 void AudioOutput::submit(void (AudioOutput::*job)()) {
     pendingJobs_.fetch_add(1, std::memory_order_relaxed);
-    service_.submit([this, job] {
+    executor_.run([this, job] {
         (this->*job)();
         pendingJobs_.fetch_sub(1, std::memory_order_release);
     });
@@ -80,6 +86,10 @@ bool AudioOutput::hasDied() {
 void AudioOutput::renderAudio(float* left, float* right, int frames) noexcept {
     callbacks_.fetch_add(1, std::memory_order_relaxed);
     source_.renderAudio(left, right, frames);
+    if (std::exchange(beginnings_, source_.beginnings()) != beginnings_)
+        master_.forgetPast();
+    master_.process(left, right, frames);
+    volume_.process(left, right, frames);
 }
 
 } // namespace tambrel

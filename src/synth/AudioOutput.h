@@ -1,7 +1,8 @@
 #pragma once
 
-#include "AudioDriver.h"
-#include "ServiceThread.h"
+#include "AudioDrivers.h"
+#include "MasterStage.h"
+#include "SerialExecutor.h"
 
 #include <atomic>
 #include <chrono>
@@ -18,9 +19,9 @@ class AudioOutput final : private AudioSource {
 public:
     enum class State { closed, open, failed };
 
-    /// `source` and `service` outlive this object, and `service` has run dry when it is destroyed.
-    AudioOutput(AudioSource& source, ServiceThread& service, std::vector<std::string> driverNames,
-                double sampleRate);
+    /// `source` and `executor` outlive this object, and `executor` has run dry when it is destroyed.
+    AudioOutput(AudioSource& source, SerialExecutor& executor, std::vector<std::string> driverNames,
+                double sampleRate, AudioDriverOpener opener = openAudioDriver);
 
     /// Begins to open the device, unless that was done. `state` tells what came of it.
     void open();
@@ -38,6 +39,9 @@ public:
     /// Which drivers were tried and what they answered; only in State::failed.
     [[nodiscard]] const std::string& failureReason() const { return failureReason_; }
 
+    /// On top of everything that sounds. Any thread.
+    [[nodiscard]] UserVolume& volume() { return volume_; }
+
     /// True when an open device has given up or has asked for no sound for too long. To be asked regularly.
     [[nodiscard]] bool hasDied();
 
@@ -51,9 +55,10 @@ private:
     void submitOpening(void (AudioOutput::*job)());
 
     AudioSource& source_;
-    ServiceThread& service_;
+    SerialExecutor& executor_;
     const std::vector<std::string> driverNames_;
     const double sampleRate_;
+    const AudioDriverOpener opener_;
 
     bool wanted_ = false;
     std::uint64_t callbacksSeen_ = 0;
@@ -65,7 +70,12 @@ private:
     std::atomic<std::uint64_t> failuresBefore_{0};
     std::string failureReason_; // Written before state_ says failed, read after.
 
-    // Only the service thread touches these.
+    // Only the rendering touches these, but for the wanted volume.
+    MasterStage master_;
+    UserVolume volume_;
+    std::uint64_t beginnings_ = 0;
+
+    // Only the executor's thread touches these.
     std::unique_ptr<AudioDriver> driver_;
     std::string lastDriverName_;
 };

@@ -34,19 +34,24 @@ bool survivesReset(std::size_t controller) {
 // Controllers that are sent in a place of their own, or that mean nothing once they have been.
 bool isSentApart(std::size_t controller) {
     using namespace Controller;
-    return controller == dataEntryMSB || controller == dataEntryLSB ||
-           (controller >= nonRegisteredLSB && controller <= registeredMSB) || controller >= allSoundOff;
+    return controller == dataEntryMSB || controller == dataEntryLSB || controller == sustain ||
+           controller == sostenuto || (controller >= nonRegisteredLSB && controller <= registeredMSB) ||
+           controller >= allSoundOff;
 }
 
 } // namespace
 
-void ChasedState::apply(MIDIMessage message) {
+void ChasedState::apply(MIDIMessage message, std::uint32_t tick) {
     if (message.isSystem()) {
         applySystem(message);
         return;
     }
     Channel& channel = channels_[MIDIStatus::channel(message.status)];
     switch (MIDIStatus::kind(message.status)) {
+    case MIDIStatus::noteOff:
+    case MIDIStatus::noteOn:
+        applyNote(message, tick);
+        break;
     case MIDIStatus::controlChange:
         applyController(channel, message.data1 & 0x7F, message.data2);
         break;
@@ -95,6 +100,7 @@ void ChasedState::reset() {
         static_cast<ChannelSettings&>(channel) = {};
         channel.controllers = channel.keyPressure = unsetValues();
         channel.parameters.clear();
+        channel.notes = {};
     }
 }
 
@@ -102,6 +108,7 @@ void ChasedState::reset() {
 void ChasedState::setRhythmMap(Channel& channel, std::uint8_t map) {
     channel.rhythmMap = map;
     channel.program = unset;
+    channel.notes.silence(); // They sound in a kit, or the kit does not know them.
     const BankSelect bank = std::exchange(channel.bank, {});
     if (bank.msb != unset)
         channel.bankBeforeRhythm.msb = bank.msb;
@@ -118,15 +125,29 @@ void ChasedState::applyController(Channel& channel, std::uint8_t number, std::ui
     case bankSelectLSB:
         channel.bank.lsb = value;
         return;
+    case sustain:
+        channel.notes.setSustain(isPedalDown(value));
+        break;
+    case sostenuto:
+        channel.notes.setSostenuto(isPedalDown(value));
+        break;
     case resetAllControllers:
         resetControllers(channel);
         return;
+    case allSoundOff:
+        channel.notes.silence();
+        return;
+    case allNotesOff:
+        channel.notes.releaseKeys();
+        return;
     case omniOff:
     case omniOn:
+        channel.notes.silence(); // What a pedal may keep of them is left out.
         channel.omniMode = number;
         return;
     case monoOn:
     case polyOn:
+        channel.notes.silence();
         channel.polyMode = number;
         return;
     case dataEntryMSB:
@@ -157,6 +178,8 @@ void ChasedState::resetControllers(Channel& channel) {
             channel.controllers[controller] = unset;
     }
     channel.keyPressure = unsetValues();
+    channel.notes.setSustain(false);
+    channel.notes.setSostenuto(false);
     channel.bendLSB = channel.bendMSB = channel.pressure = unset;
     channel.registeredIsSelected = true;
     // The range of the bend stays; tuning and the non-registered parameters go.
@@ -196,13 +219,15 @@ void ChasedState::enterData(Channel& channel, std::uint8_t value) {
 /// Writes down the messages of one channel.
 class ChasedState::Writer {
 public:
-    Writer(const Channel& channel, std::uint8_t number, std::vector<MIDIMessage>& messages)
+    Writer(const Channel& channel, std::uint8_t number, std::vector<ChasedMessage>& messages)
         : channel_(channel), number_(number), messages_(messages) {}
 
+    // The notes come before the controllers that would have them glide, and before the pedals take hold.
     void write() {
-        writePrograms();
         control(channel_.omniMode, channel_.omniMode == unset ? unset : 0);
         control(channel_.polyMode, channel_.polyMode == unset ? unset : 0);
+        writeRhythmMap();
+        writeNotesAndPedals();
         for (std::uint8_t controller = 0; controller < valueCount; ++controller) {
             if (!isSentApart(controller))
                 control(controller, channel_.controllers[controller]);
@@ -220,8 +245,8 @@ public:
     }
 
 private:
-    void message(std::uint8_t kind, std::uint8_t data1, std::uint8_t data2) {
-        messages_.push_back({static_cast<std::uint8_t>(kind | number_), data1, data2, 0});
+    void message(std::uint8_t kind, std::uint8_t data1, std::uint8_t data2, std::uint32_t tick = 0) {
+        messages_.push_back({{static_cast<std::uint8_t>(kind | number_), data1, data2, 0}, tick});
     }
     void control(std::uint8_t controller, std::uint8_t value) {
         if (value != unset)
@@ -232,15 +257,53 @@ private:
         control(Controller::bankSelectLSB, bank.lsb);
     }
 
-    void writePrograms() {
+    void writeRhythmMap() {
         select(channel_.bankBeforeRhythm);
         if (channel_.rhythmMap != unset)
-            messages_.push_back(MIDIMessage::system(SystemMessage::rhythmPart, number_, channel_.rhythmMap));
-        if (channel_.program != unset) {
-            select(channel_.programBank);
-            message(MIDIStatus::programChange, channel_.program, 0);
-        }
+            messages_.push_back(
+                {MIDIMessage::system(SystemMessage::rhythmPart, number_, channel_.rhythmMap)});
+    }
+
+    void writeNotesAndPedals() {
+        using namespace Controller;
+        const std::vector<HeldNotes::Sounding> notes = heldNotes();
+        writeNotes(notes, true);
+        control(sostenuto, channel_.controllers[sostenuto]);
+        writeNotes(notes, false);
+        choose(channel_.programBank, channel_.program);
         select(channel_.bank);
+        control(sustain, channel_.controllers[sustain]);
+        for (const HeldNotes::Sounding& sounding : notes) {
+            if (sounding.isKeyUp)
+                message(MIDIStatus::noteOff, sounding.key, 0);
+        }
+    }
+
+    // A channel of one voice sounds the latest only.
+    [[nodiscard]] std::vector<HeldNotes::Sounding> heldNotes() const {
+        std::vector<HeldNotes::Sounding> notes = channel_.notes.sounding();
+        if (channel_.polyMode == Controller::monoOn && notes.size() > 1)
+            notes.erase(notes.begin(), notes.end() - 1);
+        return notes;
+    }
+
+    void writeNotes(const std::vector<HeldNotes::Sounding>& notes, bool bySostenuto) {
+        for (const HeldNotes::Sounding& sounding : notes) {
+            if (sounding.isBySostenuto != bySostenuto)
+                continue;
+            choose(sounding.note.bank, sounding.note.program);
+            message(MIDIStatus::noteOn, sounding.key, sounding.note.velocity, sounding.note.tick);
+        }
+    }
+
+    // The program, unless it stands already.
+    void choose(BankSelect bank, std::uint8_t program) {
+        if (program == unset || (program == chosenProgram_ && bank == chosenBank_))
+            return;
+        select(bank);
+        message(MIDIStatus::programChange, program, 0);
+        chosenBank_ = bank;
+        chosenProgram_ = program;
     }
 
     void writeParameters() {
@@ -296,15 +359,17 @@ private:
 
     const Channel& channel_;
     const std::uint8_t number_;
-    std::vector<MIDIMessage>& messages_;
+    std::vector<ChasedMessage>& messages_;
+    BankSelect chosenBank_;
+    std::uint8_t chosenProgram_ = unset;
 };
 
-std::vector<MIDIMessage> ChasedState::messages() const {
-    std::vector<MIDIMessage> result;
+std::vector<ChasedMessage> ChasedState::messages() const {
+    std::vector<ChasedMessage> result;
     if (reset_.isSystem())
-        result.push_back(reset_);
+        result.push_back({reset_});
     if (masterVolume_.isSystem())
-        result.push_back(masterVolume_);
+        result.push_back({masterVolume_});
     for (std::uint8_t channel = 0; channel < channelCount; ++channel)
         Writer(channels_[channel], channel, result).write();
     return result;

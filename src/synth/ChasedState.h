@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HeldNotes.h"
 #include "MIDIMessage.h"
 
 #include <array>
@@ -8,19 +9,37 @@
 
 namespace tambrel {
 
-/// What the messages up to some point of a song have left in a synthesizer that began freshly reset:
-/// everything but the notes. Sent to a freshly reset synthesizer, `messages` brings it to the same
-/// controllers, programs, pitch bend and its range, parameters and pressures as playing up to that point.
+/// One message of a chased state. A note on stands for a note that has been sounding since `tick`.
+struct ChasedMessage {
+    MIDIMessage message;
+    std::uint32_t tick = 0;
+
+    [[nodiscard]] bool isNote() const { return MIDIStatus::kind(message.status) == MIDIStatus::noteOn; }
+    bool operator==(const ChasedMessage&) const = default;
+};
+
+/// What the messages up to some point of a song have left in a synthesizer that began freshly reset. Sent to
+/// a freshly reset synthesizer, `messages` brings it to the same controllers, programs, pitch bend and its
+/// range, parameters and pressures as playing up to that point, with the notes that are held there.
 class ChasedState {
 public:
-    /// Takes in the next message of the song. Notes are ignored.
-    void apply(MIDIMessage message);
+    /// Takes in the next message of the song, which comes at `tick`.
+    void apply(MIDIMessage message, std::uint32_t tick = 0);
+    /// The same for a note on or off, which most messages are.
+    void applyNote(MIDIMessage message, std::uint32_t tick) {
+        Channel& channel = channels_[MIDIStatus::channel(message.status)];
+        const bool isOn = MIDIStatus::kind(message.status) == MIDIStatus::noteOn;
+        const std::uint8_t velocity = isOn ? message.data2 : std::uint8_t{0};
+        channel.notes.play(message.data1 & 0x7F, {tick, velocity, channel.program, channel.programBank});
+        if (velocity > 0) // The note has glided from the key that was named for it.
+            channel.controllers[Controller::portamentoControl] = unset;
+    }
 
     /// The messages that bring a reset synthesizer to this state.
-    [[nodiscard]] std::vector<MIDIMessage> messages() const;
+    [[nodiscard]] std::vector<ChasedMessage> messages() const;
 
 private:
-    static constexpr std::uint8_t unset = 0xFF;
+    static constexpr std::uint8_t unset = unsetValue;
     static constexpr std::size_t channelCount = 16;
     static constexpr std::size_t valueCount = 128;
     using Values = std::array<std::uint8_t, valueCount>;
@@ -32,11 +51,6 @@ private:
     }
 
     static constexpr std::uint8_t orZero(std::uint8_t value) { return value == unset ? 0 : value; }
-
-    struct BankSelect {
-        std::uint8_t msb = unset;
-        std::uint8_t lsb = unset;
-    };
 
     /// A parameter that the synthesizer acts on and that was given a value: a registered one (bend range,
     /// fine or coarse tuning) or a generator by way of the non-registered ones.
@@ -64,6 +78,7 @@ private:
         Values controllers = unsetValues(); // Without the bank select.
         Values keyPressure = unsetValues();
         std::vector<Parameter> parameters; // In the order of their latest values.
+        HeldNotes notes;
     };
 
     void applySystem(MIDIMessage message);

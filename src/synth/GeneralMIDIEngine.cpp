@@ -1,7 +1,9 @@
 #include "GeneralMIDIEngine.h"
 
-#include "SMFByteCodec.h"
+#include "AudioDrivers.h"
+#include "SMFHeader.h"
 #include "SoundBank.h"
+#include "SynthesizerFactory.h"
 
 #include <algorithm>
 #include <array>
@@ -26,7 +28,7 @@ class GeneralMIDIEngine::Player final : public MIDIFilePlayer {
 public:
     Player(GeneralMIDIEngine& engine, std::shared_ptr<const Timeline> song)
         : engine_(engine), song_(std::move(song)) {}
-    ~Player() override { stop(); }
+    ~Player() override { engine_.halt(*this); }
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
@@ -41,7 +43,7 @@ public:
     void stop() override {
         position_ = currentPosition();
         onCompletion_ = nullptr;
-        engine_.halt(*this);
+        engine_.pause(*this, position_);
     }
 
     [[nodiscard]] double currentPosition() const override {
@@ -85,17 +87,18 @@ private:
 GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     : options_(std::move(options)),
       sequencer_(outputSampleRate),
-      service_(std::make_shared<ServiceThread>()) {
+      executor_(std::make_unique<SerialExecutor>()) {
     if (options_.audioDrivers.empty())
         options_.audioDrivers = defaultAudioDrivers();
-    output_ = std::make_unique<AudioOutput>(sequencer_, *service_, options_.audioDrivers, outputSampleRate);
+    output_ = std::make_unique<AudioOutput>(sequencer_, *executor_, options_.audioDrivers, outputSampleRate,
+                                            options_.openDriver);
     housekeeping_.setInterval(housekeepingInterval);
     QObject::connect(&housekeeping_, &QTimer::timeout, [this] { keepHouse(); });
 }
 
 GeneralMIDIEngine::~GeneralMIDIEngine() {
     output_->close();
-    service_.reset(); // Runs all that was submitted; the device is closed then.
+    executor_.reset(); // Runs all that was asked of it; the device is closed then.
 }
 
 void GeneralMIDIEngine::loadSoundBank() {
@@ -104,9 +107,9 @@ void GeneralMIDIEngine::loadSoundBank() {
         return;
     soundBank_ = findSoundBank(options_.soundBank);
     bankState_.store(BankState::loading, std::memory_order_relaxed);
-    service_->submit([this] {
+    executor_->run([this] {
         try {
-            auto synthesizer = std::make_unique<Synthesizer>(outputSampleRate);
+            auto synthesizer = makeSynthesizer(outputSampleRate);
             synthesizer->loadSoundBank(soundBank_);
             synthesizer_ = std::move(synthesizer);
             sequencer_.setSynthesizer(*synthesizer_);
@@ -123,29 +126,11 @@ bool GeneralMIDIEngine::isLoadingSoundBank() const {
     return bankState_.load(std::memory_order_acquire) == BankState::loading;
 }
 
-std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const MIDIData& song) {
-    auto timeline = std::exchange(adoptedTimeline_, nullptr);
-    const MIDIData adopted = std::exchange(adoptedSong_, {});
-    if (!SMFByteCodec::hasHeader(song))
+std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const PlayableSong& song) {
+    if (!SMFHeader::read(song.data))
         throw std::invalid_argument("The data is no Standard MIDI File.");
     loadSoundBank();
-    if (!timeline || !adopted.sharesBytesWith(song))
-        timeline = Timeline::build(song);
-    return std::make_unique<Player>(*this, freedInBackground(std::move(timeline)));
-}
-
-// A large song takes long to free, and the main thread is usually the last to let go of it.
-std::shared_ptr<const Timeline> GeneralMIDIEngine::freedInBackground(std::shared_ptr<const Timeline> song) {
-    const Timeline* timeline = song.get();
-    return {timeline, [song = std::move(song), weak = std::weak_ptr(service_)](const Timeline*) mutable {
-                if (const auto service = weak.lock())
-                    service->submit([song = std::move(song)]() mutable { song.reset(); });
-            }};
-}
-
-void GeneralMIDIEngine::adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline) {
-    adoptedSong_ = song;
-    adoptedTimeline_ = std::move(timeline);
+    return std::make_unique<Player>(*this, song.timeline ? song.timeline : Timeline::build(song.data));
 }
 
 void GeneralMIDIEngine::prepare() {
@@ -157,15 +142,34 @@ void GeneralMIDIEngine::prepare() {
 void GeneralMIDIEngine::start(Player& player, double seconds) {
     playing_ = &player;
     sounding_ = &player;
-    sequencer_.play(player.song(), seconds);
+    if (std::exchange(paused_, nullptr) == &player && seconds == pausedAt_)
+        sequencer_.resume();
+    else
+        sequencer_.play(player.song(), seconds);
     prepare();
 }
 
+// Going on at the same place finds every note again; any other place, and another player, begins anew.
+void GeneralMIDIEngine::pause(const Player& player, double seconds) {
+    if (!isPlaying(player)) {
+        if (paused_ != &player)
+            halt(player);
+        return;
+    }
+    playing_ = nullptr;
+    sounding_ = nullptr;
+    paused_ = sequencer_.pause() ? &player : nullptr;
+    pausedAt_ = seconds;
+    lastUse_ = Clock::now();
+    housekeeping_.start();
+}
+
 void GeneralMIDIEngine::halt(const Player& player) {
-    if (sounding_ != &player)
+    if (sounding_ != &player && paused_ != &player)
         return;
     playing_ = nullptr;
     sounding_ = nullptr;
+    paused_ = nullptr;
     lastUse_ = Clock::now();
     sequencer_.halt();
     housekeeping_.start();
@@ -195,6 +199,7 @@ void GeneralMIDIEngine::watchSong() {
 void GeneralMIDIEngine::watchBank() {
     if (bankState_.load(std::memory_order_acquire) == BankState::failed) {
         bankState_.store(BankState::none, std::memory_order_relaxed); // The next player tries again.
+        output_->close(); // With nothing to play on, what came of the device is no news.
         fail(bankFailure_);
     }
 }

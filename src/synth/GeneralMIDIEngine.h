@@ -3,7 +3,8 @@
 #include "AudioOutput.h"
 #include "MIDIFilePlayer.h"
 #include "Sequencer.h"
-#include "ServiceThread.h"
+#include "SerialExecutor.h"
+#include "Synthesizer.h"
 
 #include <QTimer>
 
@@ -20,6 +21,7 @@ namespace tambrel {
 struct GeneralMIDIOptions {
     std::filesystem::path soundBank;       ///< Empty for the system's default bank.
     std::vector<std::string> audioDrivers; ///< Empty for the default drivers.
+    AudioDriverOpener openDriver = openAudioDriver;
 };
 
 /// One synthesizer, one sound bank and one audio device for the whole run, and the players on top of them.
@@ -49,21 +51,21 @@ public:
     /// True while no song plays, no note rings out and none is about to.
     [[nodiscard]] bool isSilent() const { return sequencer_.isSilent(); }
 
-    /// Hands over the timeline of the song that will be asked for next, so that making its player takes no
-    /// time. Kept until a player is asked for.
-    void adoptTimeline(const MIDIData& song, std::shared_ptr<const Timeline> timeline);
+    /// 0 (silence) to 1 (as it comes), for everything that is played. Any thread.
+    void setVolume(double volume) { output_->volume().set(volume); }
+    [[nodiscard]] double volume() const { return output_->volume().get(); }
 
-    /// A player for the song. Throws SoundBankError when there is no bank, std::invalid_argument when the
-    /// data is no Standard MIDI File.
-    [[nodiscard]] std::unique_ptr<MIDIFilePlayer> makePlayer(const MIDIData& song);
+    /// A player for the song, whose timeline is made here if it has none yet. Throws SoundBankError when
+    /// there is no bank, std::invalid_argument when the data is no Standard MIDI File.
+    [[nodiscard]] std::unique_ptr<MIDIFilePlayer> makePlayer(const PlayableSong& song);
 
 private:
     class Player;
     enum class BankState { none, loading, ready, failed };
 
-    [[nodiscard]] std::shared_ptr<const Timeline> freedInBackground(std::shared_ptr<const Timeline> song);
     void prepare();
     void start(Player& player, double seconds);
+    void pause(const Player& player, double seconds);
     void halt(const Player& player);
     [[nodiscard]] bool isPlaying(const Player& player) const;
 
@@ -78,22 +80,22 @@ private:
 
     GeneralMIDIOptions options_;
     std::filesystem::path soundBank_;
-    MIDIData adoptedSong_;
-    std::shared_ptr<const Timeline> adoptedTimeline_;
     Sequencer sequencer_;
-    std::unique_ptr<Synthesizer> synthesizer_; // Made by the service thread, used by the rendering.
+    std::unique_ptr<Synthesizer> synthesizer_; // Made on the executor, used by the rendering.
     std::atomic<BankState> bankState_{BankState::none};
     std::string bankFailure_; // Written before bankState_ says failed, read after.
 
     Player* playing_ = nullptr;        // Until it stops or its song is over.
     const Player* sounding_ = nullptr; // Until it stops, be its song over or not.
+    const Player* paused_ = nullptr;   // Its notes are kept, for it to go on at this place:
+    double pausedAt_ = 0;
     bool outputHasWorked_ = false;
     bool outputWasLost_ = false;
     std::chrono::steady_clock::time_point lastUse_;
     std::chrono::steady_clock::time_point lastAttempt_;
     QTimer housekeeping_; // Runs while there is anything to watch.
 
-    std::shared_ptr<ServiceThread> service_;
+    std::unique_ptr<SerialExecutor> executor_;
     std::unique_ptr<AudioOutput> output_;
 };
 

@@ -1,124 +1,130 @@
 #include "OfflineRenderer.h"
 
+#include "LoudnessMeter.h"
 #include "NewFile.h"
-#include "Sequencer.h"
-#include "Timeline.h"
-
-#include <sndfile.h>
+#include "Performance.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
+#include <sys/statvfs.h>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 namespace tambrel {
 namespace {
 
-constexpr int channels = 2;
-constexpr int framesPerStep = 1024;
+constexpr int channels = SoundFileWriter::channels;
 
-/// A WAV file in the making.
-class SoundFile {
-public:
-    SoundFile(const std::filesystem::path& wanted, double sampleRate) : file_(wanted) {
-        SF_INFO info{};
-        info.samplerate = static_cast<int>(std::lround(sampleRate));
-        info.channels = channels;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        sound_ = sf_open_fd(file_.descriptor(), SFM_WRITE, &info, SF_FALSE);
-        if (sound_ == nullptr)
-            throw RenderError(sf_strerror(nullptr));
-        sf_command(sound_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
-    }
-
-    ~SoundFile() {
-        if (sound_ != nullptr)
-            sf_close(sound_);
-    }
-    SoundFile(const SoundFile&) = delete;
-    SoundFile& operator=(const SoundFile&) = delete;
-
-    void write(const float* interleaved, int frames) {
-        if (sf_writef_float(sound_, interleaved, frames) != frames)
-            throw RenderError(sf_strerror(sound_));
-    }
-
-    void keep() {
-        if (const int error = sf_close(std::exchange(sound_, nullptr)); error != 0)
-            throw RenderError(sf_error_number(error));
-        file_.keep(NewFile::Existing::replace);
-    }
-
-private:
-    NewFile file_;
-    SNDFILE* sound_ = nullptr;
-};
-
-/// Measures and interleaves what has been rendered.
+/// Interleaves and measures what has been rendered.
 class Meter {
 public:
-    const float* take(const float* left, const float* right, int frames) {
-        for (int frame = 0; frame < frames; ++frame) {
-            const auto at = static_cast<std::size_t>(frame) * channels;
-            interleaved_[at] = left[frame];
-            interleaved_[at + 1] = right[frame];
-            peak_ = std::max({peak_, std::abs(left[frame]), std::abs(right[frame])});
-            sumOfSquares_ += double{left[frame]} * left[frame] + double{right[frame]} * right[frame];
+    std::span<const float> take(const Performance::Block& block, double gain) {
+        for (std::size_t frame = 0; frame < block.frames; ++frame) {
+            const auto left = static_cast<float>(block.left[frame] * gain);
+            const auto right = static_cast<float>(block.right[frame] * gain);
+            interleaved_[frame * channels] = left;
+            interleaved_[frame * channels + 1] = right;
+            peak_ = std::max({peak_, std::abs(left), std::abs(right)});
+            sumOfSquares_ += double{left} * left + double{right} * right;
         }
-        frames_ += frames;
-        return interleaved_.data();
+        frames_ += block.frames;
+        return std::span(interleaved_).first(block.frames * channels);
     }
 
-    [[nodiscard]] RenderResult result(double sampleRate) const {
-        const auto samples = static_cast<double>(frames_ * channels);
-        return {.seconds = static_cast<double>(frames_) / sampleRate,
+    [[nodiscard]] RenderResult result(int rate) const {
+        const auto frames = static_cast<double>(frames_);
+        return {.seconds = frames / rate,
                 .peak = peak_,
-                .rms = frames_ == 0 ? 0 : std::sqrt(sumOfSquares_ / samples)};
+                .rms = frames_ == 0 ? 0 : std::sqrt(sumOfSquares_ / (frames * channels))};
     }
 
 private:
-    std::array<float, std::size_t{framesPerStep} * channels> interleaved_{};
-    std::int64_t frames_ = 0;
+    std::array<float, std::size_t{Performance::framesPerBlock} * channels> interleaved_{};
+    std::size_t frames_ = 0;
     double sumOfSquares_ = 0;
     float peak_ = 0;
 };
 
-RenderResult render(const std::shared_ptr<const Timeline>& timeline, const std::filesystem::path& output,
-                    const RenderOptions& options) {
-    SoundFile file(output, options.sampleRate);
-    Synthesizer synthesizer(options.sampleRate);
-    synthesizer.loadSoundBank(options.soundBank);
-    Sequencer sequencer(options.sampleRate);
-    sequencer.setSynthesizer(synthesizer);
-    sequencer.play(timeline, 0);
+/// Renders the song once and hands out its blocks; `from` and `to` are the parts of the whole job done.
+template<class OnBlock>
+bool perform(const std::shared_ptr<const Timeline>& song, const RenderOptions& options, double from,
+             double to, OnBlock onBlock) {
+    Performance performance(song, options);
+    while (const auto block = performance.next()) {
+        if (options.stop.stop_requested())
+            return false;
+        onBlock(*block);
+        if (options.onProgress)
+            options.onProgress(from + (to - from) * performance.partDone());
+    }
+    return !options.stop.stop_requested();
+}
 
-    Meter meter;
-    std::array<float, framesPerStep> left{};
-    std::array<float, framesPerStep> right{};
-    do {
-        sequencer.renderAudio(left.data(), right.data(), framesPerStep);
-        file.write(meter.take(left.data(), right.data(), framesPerStep), framesPerStep);
-        if (options.onProgress && timeline->duration() > 0)
-            options.onProgress(sequencer.position() / timeline->duration());
-    } while (!sequencer.isSilent() && !options.stop.stop_requested());
+// The factor that brings the sound to the loudness asked for; absent when the rendering was stopped.
+std::optional<double> normalizingGain(const std::shared_ptr<const Timeline>& song,
+                                      const RenderOptions& options) {
+    if (!options.loudness)
+        return 1;
+    LoudnessMeter loudness(options.format.rate);
+    Meter interleaving;
+    if (!perform(song, options, 0, 0.5,
+                 [&](const auto& block) { loudness.add(interleaving.take(block, 1)); }))
+        return std::nullopt;
+    return loudness.gainTo(*options.loudness);
+}
 
-    RenderResult result = meter.result(options.sampleRate);
-    result.wasStopped = options.stop.stop_requested();
-    if (!result.wasStopped)
-        file.keep();
-    return result;
+void requireSpace(int descriptor, const Timeline& song, const RenderOptions& options) {
+    struct statvfs system {};
+    const auto bytesPerFrame = options.format.bytesPerFrame();
+    if (!bytesPerFrame || fstatvfs(descriptor, &system) != 0)
+        return;
+    const double needed = static_cast<double>(expectedFrames(song, options)) * *bytesPerFrame;
+    const double free = static_cast<double>(system.f_bavail) * static_cast<double>(system.f_frsize);
+    if (needed <= free)
+        return;
+    std::array<char, 120> text{};
+    std::snprintf(text.data(), text.size(), "No space: the sound takes %.1f MB, of which %.1f MB are free.",
+                  needed / 1e6, free / 1e6);
+    throw RenderError(text.data());
 }
 
 } // namespace
 
-RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options) {
-    try {
-        return render(Timeline::build(song, options.stop), output, options);
-    } catch (const TimelineCancelled&) {
+std::int64_t expectedFrames(const Timeline& song, const RenderOptions& options) {
+    const double end = std::min(options.end.value_or(song.duration()), song.duration());
+    return std::llround((std::max(end - options.start, 0.0) + options.tail.value_or(0)) *
+                        options.format.rate);
+}
+
+RenderResult renderTo(int descriptor, const std::shared_ptr<const Timeline>& song,
+                      const RenderOptions& options) {
+    constexpr int longestRinging = 11; // Seconds; may be part of the file.
+    SoundFileWriter file(descriptor, options.format,
+                         expectedFrames(*song, options) + longestRinging * options.format.rate);
+    const auto normalizing = normalizingGain(song, options);
+    if (!normalizing)
         return {.wasStopped = true};
+    Meter meter;
+    const double gain = *normalizing * options.gain;
+    const bool isWhole = perform(song, options, options.loudness ? 0.5 : 0, 1,
+                                 [&](const auto& block) { file.write(meter.take(block, gain)); });
+    if (isWhole)
+        file.finish();
+    RenderResult result = meter.result(options.format.rate);
+    result.wasStopped = !isWhole;
+    return result;
+}
+
+RenderResult renderToFile(const std::filesystem::path& output, const std::shared_ptr<const Timeline>& song,
+                          const RenderOptions& options, bool replaceExisting) {
+    try {
+        NewFile file(output);
+        requireSpace(file.descriptor(), *song, options);
+        const RenderResult result = renderTo(file.descriptor(), song, options);
+        if (!result.wasStopped)
+            file.keep(replaceExisting ? NewFile::Existing::replace : NewFile::Existing::keep);
+        return result;
     } catch (const std::system_error& error) {
         throw RenderError(error.code().message());
     }

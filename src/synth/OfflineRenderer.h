@@ -1,19 +1,16 @@
 #pragma once
 
-#include "MIDIData.h"
+#include "SoundFileWriter.h"
 #include "Synthesizer.h"
+#include "Timeline.h"
 
 #include <filesystem>
 #include <functional>
-#include <stdexcept>
+#include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace tambrel {
-
-/// The sound file could not be written; `what` says why.
-class RenderError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// What became of a rendering.
 struct RenderResult {
@@ -25,15 +22,31 @@ struct RenderResult {
 
 struct RenderOptions {
     std::filesystem::path soundBank; ///< A bank that exists.
-    double sampleRate = 48000;       ///< Frames per second, 8000 to 96000.
+    SoundFormat format;
+    Effects effects = Effects::on;
+    double start = 0;           ///< Seconds into the song.
+    std::optional<double> end;  ///< Seconds into the song; absent for its end.
+    std::optional<double> tail; ///< Seconds to render after that; absent until the last note has rung out.
+    double gain = 1;            ///< Factor.
+    /// Loudness in LUFS (EBU R 128) that the sound is brought to before `gain`, but no further than to a true
+    /// peak of -1 dBTP. Takes a second rendering.
+    std::optional<double> loudness;
     /// Called every now and then with the part done, 0 to 1.
     std::function<void(double part)> onProgress;
     std::stop_token stop;
 };
 
-/// Plays a Standard MIDI File faster than real time into a 16-bit stereo WAV file, until its last note has
-/// rung out. The file appears whole or not at all; one that stood there before stays when the rendering fails
-/// or is stopped. Throws SoundBankError or RenderError. Blocks; any thread.
-RenderResult renderToWAV(ByteView song, const std::filesystem::path& output, const RenderOptions& options);
+/// Frames to expect, without what a last note rings that has no tail set.
+[[nodiscard]] std::int64_t expectedFrames(const Timeline& song, const RenderOptions& options);
+
+/// Plays a song faster than real time into an open descriptor, the same bytes each time. Throws
+/// SoundBankError or RenderError. Blocks; any thread.
+RenderResult renderTo(int descriptor, const std::shared_ptr<const Timeline>& song,
+                      const RenderOptions& options);
+
+/// The same into a file that appears whole or not at all; what stood there before stays when the rendering
+/// fails or is stopped. Refuses what will not fit into the file system.
+RenderResult renderToFile(const std::filesystem::path& output, const std::shared_ptr<const Timeline>& song,
+                          const RenderOptions& options, bool replaceExisting);
 
 } // namespace tambrel

@@ -16,14 +16,27 @@ constexpr double longestRinging = 10; // For banks with voices that never decay.
 
 } // namespace
 
-/// What to do next: play a song from a place, or nothing (no song).
+/// A message that restores the state; a note has been sounding for `age` seconds.
+struct Sequencer::Chased {
+    MIDIMessage message;
+    bool isNote;
+    double age;
+};
+
+/// What to do next.
 struct Sequencer::Order {
+    enum class Kind { halt, play, pause, resume };
+
+    explicit Order(Kind what) : kind(what) {}
+
+    const Kind kind;
     std::uint64_t serial = 0;
+    // For Kind::play.
     std::shared_ptr<const Timeline> song;
     std::int64_t firstFrame = 0;
     std::int64_t songFrames = 0;
     std::size_t firstEvent = 0;
-    std::vector<MIDIMessage> chasedState;
+    std::vector<Chased> chasedState;
     std::optional<TempoMap::Cursor> tempo;
     Order* next = nullptr;
 };
@@ -39,7 +52,7 @@ Sequencer::~Sequencer() {
 // --- Control side ---
 
 void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
-    auto order = std::make_unique<Order>();
+    auto order = std::make_unique<Order>(Order::Kind::play);
     song_ = std::move(song);
     start_ = std::clamp(seconds, 0.0, song_->duration());
     order->song = song_;
@@ -47,15 +60,56 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     order->songFrames = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
     // What belongs to this very moment is played, not chased.
     order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
-    order->chasedState = song_->stateBefore(order->firstEvent).messages();
+    order->chasedState = chase(*song_, order->firstEvent, start_);
     order->tempo.emplace(song_->tempoMap(), start_);
     send(std::move(order));
+}
+
+std::vector<Sequencer::Chased> Sequencer::chase(const Timeline& song, std::size_t index, double seconds) {
+    std::vector<Chased> result;
+    for (const ChasedMessage& chased : song.stateBefore(index).messages()) {
+        const double age = chased.isNote() ? seconds - song.tempoMap().secondsAt(chased.tick) : 0;
+        result.push_back({chased.message, chased.isNote(), std::max(age, 0.0)});
+    }
+    keepYoungest(result);
+    return result;
+}
+
+// More notes than anybody could hold are those of a song whose notes never end; the callback has better to
+// do.
+void Sequencer::keepYoungest(std::vector<Chased>& chased) {
+    constexpr std::size_t mostNotes = 128;
+    std::vector<double> ages;
+    for (const Chased& each : chased) {
+        if (each.isNote)
+            ages.push_back(each.age);
+    }
+    if (ages.size() <= mostNotes)
+        return;
+    std::ranges::nth_element(ages, ages.begin() + mostNotes);
+    std::erase_if(
+        chased, [oldest = ages[mostNotes]](const Chased& each) { return each.isNote && each.age >= oldest; });
+}
+
+bool Sequencer::pause() {
+    // What has not begun yet has nothing to keep.
+    if (!song_ || serial_.load(std::memory_order_acquire) != lastSerial_) {
+        halt();
+        return false;
+    }
+    start_ = position();
+    send(std::make_unique<Order>(Order::Kind::pause));
+    return true;
+}
+
+void Sequencer::resume() {
+    send(std::make_unique<Order>(Order::Kind::resume));
 }
 
 void Sequencer::halt() {
     song_.reset();
     start_ = 0;
-    send(std::make_unique<Order>());
+    send(std::make_unique<Order>(Order::Kind::halt));
 }
 
 void Sequencer::send(std::unique_ptr<Order> order) {
@@ -108,15 +162,17 @@ void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
         if (blockOffset_ == 0)
             beginBlock();
         const int step = std::min(frames, synthesizerBlock - blockOffset_);
-        if (phase_ == Phase::silent) {
+        if (phase_ == Phase::silent || phase_ == Phase::paused) {
             std::fill_n(left, step, 0.0F);
             std::fill_n(right, step, 0.0F);
         } else {
             synthesizer_->render(left, right, step);
         }
         if (phase_ == Phase::fading)
-            fade(left, right, step);
-        else if (phase_ == Phase::ringing)
+            fadeOut(left, right, step);
+        else if (fadeInLeft_ > 0)
+            fadeIn(left, right, step);
+        if (phase_ == Phase::ringing)
             listenToRinging(left, right, step);
         blockOffset_ = (blockOffset_ + step) % synthesizerBlock;
         left += step;
@@ -143,13 +199,14 @@ void Sequencer::retire(Order* order) noexcept {
 }
 
 void Sequencer::startFading() noexcept {
-    phase_ = Phase::fading;
+    phaseBeforeFade_ = std::exchange(phase_, Phase::fading);
     fadeLeft_ = fadeFrames;
 }
 
 void Sequencer::beginBlock() noexcept {
     const bool hasFaded = phase_ == Phase::fading && fadeLeft_ <= 0;
-    if (waiting_ != nullptr && (phase_ == Phase::silent || hasFaded))
+    const bool isStill = phase_ == Phase::silent || phase_ == Phase::paused;
+    if (waiting_ != nullptr && (isStill || hasFaded))
         carryOut();
     else if (hasFaded)
         goSilent();
@@ -158,20 +215,56 @@ void Sequencer::beginBlock() noexcept {
 }
 
 void Sequencer::carryOut() noexcept {
-    retire(std::exchange(current_, std::exchange(waiting_, nullptr)));
-    if (current_->song) {
-        synthesizer_->reset();
-        for (const MIDIMessage message : current_->chasedState)
-            synthesizer_->send(message);
-        nextEvent_ = current_->firstEvent;
-        position_ = current_->firstFrame;
-        frame_.store(position_, std::memory_order_relaxed);
-        phase_ = Phase::playing;
-        soundless_.store(false, std::memory_order_release);
-    } else {
+    Order* order = std::exchange(waiting_, nullptr);
+    serialCarriedOut_ = order->serial;
+    switch (order->kind) {
+    case Order::Kind::play:
+        retire(std::exchange(current_, order));
+        begin();
+        break;
+    case Order::Kind::halt:
+        retire(std::exchange(current_, order));
         goSilent();
+        break;
+    case Order::Kind::pause:
+        phase_ = phase_ == Phase::fading ? Phase::paused : phase_;
+        soundless_.store(true, std::memory_order_release);
+        retire(order);
+        break;
+    case Order::Kind::resume:
+        goOn();
+        retire(order);
+        break;
     }
-    serial_.store(current_->serial, std::memory_order_release);
+    serial_.store(serialCarriedOut_, std::memory_order_release);
+}
+
+void Sequencer::begin() noexcept {
+    ++beginnings_;
+    synthesizer_->reset();
+    for (const Chased& chased : current_->chasedState) {
+        if (chased.isNote)
+            synthesizer_->resumeNote(chased.message, chased.age);
+        else
+            synthesizer_->send(chased.message);
+    }
+    nextEvent_ = current_->firstEvent;
+    position_ = current_->firstFrame;
+    frame_.store(position_, std::memory_order_relaxed);
+    fadeInLeft_ = 0;
+    phase_ = Phase::playing;
+    soundless_.store(false, std::memory_order_release);
+}
+
+// After a pause, or after the fade-out of a pause that was taken back before it came into force.
+void Sequencer::goOn() noexcept {
+    if (phase_ == Phase::silent)
+        return;
+    phase_ = phaseBeforeFade_;
+    fadeInLeft_ = fadeFrames;
+    soundless_.store(false, std::memory_order_release);
+    if (phase_ == Phase::ringing)
+        finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
 }
 
 void Sequencer::goSilent() noexcept {
@@ -194,7 +287,7 @@ void Sequencer::playEvents() noexcept {
         synthesizer_->releaseNotes();
         phase_ = Phase::ringing;
         quietFrames_ = ringingFrames_ = 0;
-        finishedSerial_.store(current_->serial, std::memory_order_release);
+        finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
     }
 }
 
@@ -209,9 +302,17 @@ void Sequencer::listenToRinging(const float* left, const float* right, int frame
         startFading();
 }
 
-void Sequencer::fade(float* left, float* right, int frames) noexcept {
+void Sequencer::fadeOut(float* left, float* right, int frames) noexcept {
     for (int frame = 0; frame < frames; ++frame) {
         const float gain = static_cast<float>(std::max(fadeLeft_--, 0)) / fadeFrames;
+        left[frame] *= gain;
+        right[frame] *= gain;
+    }
+}
+
+void Sequencer::fadeIn(float* left, float* right, int frames) noexcept {
+    for (int frame = 0; frame < frames && fadeInLeft_ > 0; ++frame) {
+        const float gain = 1 - static_cast<float>(fadeInLeft_--) / fadeFrames;
         left[frame] *= gain;
         right[frame] *= gain;
     }

@@ -1,20 +1,21 @@
 #pragma once
 
 #include "AudioDriver.h"
-#include "Synthesizer.h"
+#include "MIDIInstrument.h"
 #include "Timeline.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace tambrel {
 
-/// Plays timelines on the synthesizer. Two sides that share no lock: the control side (one thread, the main
-/// thread in the window) says what to play, `renderAudio` (the audio callback, or a loop that renders to a
-/// file) plays it. Orders are handed over whole through one atomic pointer and come back through another, to
-/// be freed by the control side, so that rendering never allocates, locks or frees. Events start on blocks of
-/// 64 frames.
+/// Plays timelines on an instrument, the synthesizer. Two sides that share no lock: the control side (one
+/// thread, the main thread in the window) says what to play, `renderAudio` (the audio callback, or a loop
+/// that renders to a file) plays it. Orders are handed over whole through one atomic pointer and come back
+/// through another, to be freed by the control side, so that rendering never allocates, locks or frees.
+/// Events start on blocks of 64 frames.
 class Sequencer final : public AudioSource {
 public:
     explicit Sequencer(double sampleRate);
@@ -23,7 +24,7 @@ public:
     Sequencer& operator=(const Sequencer&) = delete;
 
     /// Once, from any thread; not owned. Until then rendering gives silence and orders wait.
-    void setSynthesizer(Synthesizer& synthesizer) {
+    void setSynthesizer(MIDIInstrument& synthesizer) {
         handedOver_.store(&synthesizer, std::memory_order_release);
     }
     [[nodiscard]] double sampleRate() const { return sampleRate_; }
@@ -31,9 +32,14 @@ public:
     // --- Control side ---
 
     /// Plays `song` from `seconds` (0 to its duration) on: what sounds is faded out within a few
-    /// milliseconds, the channels get the state that playing up to there would have left, then the song goes
-    /// on.
+    /// milliseconds, the channels get the state that playing up to there would have left and the notes that
+    /// are held there, then the song goes on.
     void play(std::shared_ptr<const Timeline> song, double seconds);
+    /// Fades out what sounds and keeps it, so that `resume` can go on. False, and halted, when the song of
+    /// the latest `play` has not begun yet.
+    [[nodiscard]] bool pause();
+    /// Goes on after a `pause` that was true, with every note that sounded then.
+    void resume();
     /// Fades out what sounds; nothing sounds any more after a few milliseconds of rendering.
     void halt();
     /// Seconds into the song of the latest `play`: what has been rendered, never beyond the song's end.
@@ -50,6 +56,7 @@ public:
     // --- Rendering side ---
 
     void renderAudio(float* left, float* right, int frames) noexcept override;
+    [[nodiscard]] std::uint64_t beginnings() const noexcept override { return beginnings_; }
 
 private:
     struct Order;
@@ -58,18 +65,26 @@ private:
         playing,
         ringing, ///< The song is over, its last notes ring out.
         fading,  ///< What sounds is on its way out, then the order that waits is carried out.
+        paused,  ///< Silent, with all notes kept.
     };
 
+    struct Chased;
+
+    [[nodiscard]] static std::vector<Chased> chase(const Timeline& song, std::size_t index, double seconds);
+    static void keepYoungest(std::vector<Chased>& chased);
     void send(std::unique_ptr<Order> order);
     void takeOrder() noexcept;
     void carryOut() noexcept;
+    void begin() noexcept;
+    void goOn() noexcept;
     void retire(Order* order) noexcept;
     void beginBlock() noexcept;
     void playEvents() noexcept;
     void startFading() noexcept;
     void goSilent() noexcept;
     void listenToRinging(const float* left, const float* right, int frames) noexcept;
-    void fade(float* left, float* right, int frames) noexcept;
+    void fadeOut(float* left, float* right, int frames) noexcept;
+    void fadeIn(float* left, float* right, int frames) noexcept;
 
     const double sampleRate_;
 
@@ -80,23 +95,27 @@ private:
     std::size_t ordersOut_ = 0;            // Sent and not yet freed.
 
     // Hand-over.
-    std::atomic<Synthesizer*> handedOver_{nullptr};
+    std::atomic<MIDIInstrument*> handedOver_{nullptr};
     std::atomic<Order*> incoming_{nullptr};
     std::atomic<Order*> retired_{nullptr}; // A list through Order::next.
-    std::atomic<std::uint64_t> serial_{0}; // Of the order being carried out.
+    std::atomic<std::uint64_t> serial_{0}; // Of the latest order that has been carried out.
     std::atomic<std::int64_t> frame_{0};   // Rendered frames of its song.
     std::atomic<std::uint64_t> finishedSerial_{0};
     std::atomic<bool> soundless_{true};
 
     // Rendering side.
-    Synthesizer* synthesizer_ = nullptr;
+    MIDIInstrument* synthesizer_ = nullptr;
     Phase phase_ = Phase::silent;
     Order* current_ = nullptr;
     Order* waiting_ = nullptr;
     std::size_t nextEvent_ = 0;
+    std::uint64_t serialCarriedOut_ = 0;
+    std::uint64_t beginnings_ = 0;
     std::int64_t position_ = 0; // Frames into the song at the start of the next block.
     int blockOffset_ = 0;       // Frames of the current block that have been given out.
-    int fadeLeft_ = 0;          // Frames of the fade that are still to come.
+    int fadeLeft_ = 0;          // Frames of the fade-out that are still to come.
+    int fadeInLeft_ = 0;
+    Phase phaseBeforeFade_ = Phase::silent;
     std::int64_t quietFrames_ = 0;
     std::int64_t ringingFrames_ = 0;
 };

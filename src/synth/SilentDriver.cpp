@@ -1,4 +1,4 @@
-#include "AudioDriver.h"
+#include "AudioDrivers.h"
 
 #include <algorithm>
 #include <array>

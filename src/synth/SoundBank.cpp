@@ -36,7 +36,8 @@ std::filesystem::path findSoundBank(const std::filesystem::path& named,
     std::string tried;
     for (const auto& path : defaults)
         tried += (tried.empty() ? "" : ", ") + path.string();
-    throw SoundBankError("No General MIDI sound bank was found; tried " + tried + "." + advice);
+    throw SoundBankError(std::string("No General MIDI sound bank was found.") + advice + " Tried: " + tried +
+                         ".");
 }
 
 } // namespace tambrel

@@ -9,21 +9,13 @@ namespace {
 
 constexpr double defaultSecondsPerQuarter = 0.5;
 
-double framesPerSecond(int code) {
-    constexpr int dropFrame = 29;
-    return code == dropFrame ? 30000.0 / 1001.0 : code;
-}
-
 } // namespace
 
-TempoMap::TempoMap(std::uint16_t division) {
-    const bool timeCode = (division & 0x8000) != 0;
-    if (timeCode) {
-        const int frameCode = 0x100 - (division >> 8); // Stored negative.
-        const int ticksPerFrame = std::max(division & 0xFF, 1);
-        segments_.push_back({0, 0, 1 / (framesPerSecond(frameCode) * ticksPerFrame)});
+TempoMap::TempoMap(Division division) {
+    if (division.isTimeCode()) {
+        segments_.push_back({0, 0, 1 / (division.framesPerSecond() * division.ticks())});
     } else {
-        ticksPerQuarter_ = std::max<int>(division, 1);
+        ticksPerQuarter_ = division.ticks();
         segments_.push_back({0, 0, defaultSecondsPerQuarter / ticksPerQuarter_});
     }
 }

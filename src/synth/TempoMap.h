@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SMFHeader.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -9,9 +11,9 @@ namespace tambrel {
 /// Relates ticks to seconds (SMF 1.0, RP-001). Built once in order of ticks, then only read, from any thread.
 class TempoMap {
 public:
-    /// From the division word of the header: ticks per quarter note, at 120 beats per minute until a tempo is
-    /// set, or a time-code division (24, 25, 30000/1001 or 30 frames a second), which no tempo changes.
-    explicit TempoMap(std::uint16_t division);
+    /// Of ticks per quarter note, at 120 beats per minute until a tempo is set; or of time code, which no
+    /// tempo changes.
+    explicit TempoMap(Division division);
 
     /// A tempo holds from `tick` on, which is never below the tick of the call before; of several at one tick
     /// the last counts. 0 microseconds is no tempo and is ignored.

@@ -1,6 +1,6 @@
 #include "Timeline.h"
 
-#include "SMFByteCodec.h"
+#include "SMFHeader.h"
 #include "SMFTrackMerger.h"
 #include "SystemExclusive.h"
 
@@ -35,8 +35,7 @@ constexpr MIDIMessage unpack(std::uint32_t packed) {
 // merge like a message, with its microseconds in the three data bytes. Out of line, and given a copy, so that
 // the loop over the channel messages keeps its registers.
 [[gnu::noinline]] std::uint32_t readRareMessage(ByteView data, SMFTimedTrackEvent event) {
-    const auto payload = data.subspan(static_cast<std::size_t>(event.dataStart),
-                                      static_cast<std::size_t>(event.dataEnd - event.dataStart));
+    const ByteView payload = event.payload(data);
     if (event.status == MIDIStatus::systemExclusive)
         return packInRange(readSystemExclusive(payload).value_or(MIDIMessage{}));
     if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo && payload.size() >= 3)
@@ -50,7 +49,7 @@ bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& pa
         packed.message = readRareMessage(data, event);
         return packed.message != 0;
     }
-    const auto at = static_cast<std::size_t>(event.dataStart);
+    const std::size_t at = event.dataStart;
     const bool hasTwo = MIDIStatus::dataLength(event.status) == 2;
     packed.message = packInRange({event.status, data[at], hasTwo ? data[at + 1] : std::uint8_t{0}, 0});
     return true;
@@ -87,20 +86,30 @@ private:
         auto& all = timeline_.events_;
         const auto before = static_cast<std::ptrdiff_t>(all.size());
         all.resize(all.size() + part.size());
+        const auto events = std::span(all).last(part.size());
         bool hasTempo = false;
-        for (const std::uint32_t index : unpackInto(std::span(all).last(part.size()), part)) {
+        std::size_t next = 0;
+        for (const std::uint32_t index : unpackInto(events, part)) {
+            applyNotes(events.subspan(next, index - next));
+            next = index + 1;
             const MIDIMessage message = unpack(part[index].message);
             if (isTempo(message)) {
                 timeline_.tempoMap_.setTempo(part[index].tick, microsecondsPerQuarter(message));
                 hasTempo = true;
             } else {
-                state_.apply(message);
+                state_.apply(message, part[index].tick);
             }
         }
+        applyNotes(events.subspan(next));
         if (hasTempo) {
             const auto isTempoEvent = [](const TimelineEvent& event) { return isTempo(event.message); };
             all.erase(std::remove_if(all.begin() + before, all.end(), isTempoEvent), all.end());
         }
+    }
+
+    void applyNotes(std::span<const TimelineEvent> notes) {
+        for (const TimelineEvent& note : notes)
+            state_.applyNote(note.message, note.tick);
     }
 
     // Returns the indices of all but the notes, found without a branch: which are notes cannot be foretold.
@@ -131,15 +140,15 @@ private:
 };
 
 std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_token& stop) {
-    const bool readable = SMFByteCodec::hasHeader(data);
-    std::shared_ptr<Timeline> timeline(new Timeline(readable ? SMFByteCodec::readU16(data, 12) : 0));
-    if (!readable)
+    const auto header = SMFHeader::read(data);
+    std::shared_ptr<Timeline> timeline(new Timeline(header ? header->division : Division(1)));
+    if (!header)
         return timeline;
 
-    const auto tracks = SMFTrackEventWalker::trackChunks(data, SMFByteCodec::readU16(data, 10));
+    const auto tracks = SMFTrackEventWalker::trackChunks(data, header->trackCount);
     std::size_t trackBytes = 0;
     for (const SMFTrackChunk& track : tracks)
-        trackBytes += static_cast<std::size_t>(track.length);
+        trackBytes += track.length;
     // No channel event takes less than two bytes. Memory that is reserved and never written costs nothing.
     timeline->events_.reserve(trackBytes / 2);
 
@@ -163,7 +172,7 @@ ChasedState Timeline::stateBefore(std::size_t index) const {
     const std::size_t checkpoint = index / checkpointInterval;
     ChasedState state = checkpoint == 0 ? ChasedState{} : checkpoints_[checkpoint - 1];
     for (std::size_t at = checkpoint * checkpointInterval; at < index; ++at)
-        state.apply(events_[at].message);
+        state.apply(events_[at].message, events_[at].tick);
     return state;
 }
 

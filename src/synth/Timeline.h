@@ -49,7 +49,7 @@ public:
 
 private:
     class Builder;
-    explicit Timeline(std::uint16_t division) : tempoMap_(division) {}
+    explicit Timeline(Division division) : tempoMap_(division) {}
 
     // The state before event number (position in this list + 1) * checkpointInterval.
     static constexpr std::size_t checkpointInterval = 1 << 16;

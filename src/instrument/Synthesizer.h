@@ -1,0 +1,44 @@
+#pragma once
+
+#include "MIDIInstrument.h"
+
+#include <array>
+#include <filesystem>
+#include <stdexcept>
+#include <vector>
+
+namespace tambrel {
+
+/// A sound bank that cannot be used; `what` names the file and says why.
+class SoundBankError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What one channel of the synthesizer stands at, for comparison.
+struct ChannelReading {
+    std::array<int, 120> controllers{}; ///< Without the mode messages from 120 on.
+    std::vector<float> generators;      ///< Offsets by tuning and non-registered parameters.
+    int bank = 0;                       ///< For the next program.
+    int program = 0;
+    int presetBank = 0; ///< What sounds; 128 for drums.
+    int presetProgram = 0;
+    int pitchBend = 0; ///< 0 to 16383.
+    int bendRange = 0; ///< Semitones.
+    int mode = 0;      ///< Mono and omni.
+
+    bool operator==(const ChannelReading&) const = default;
+};
+
+/// Reverb and chorus.
+enum class Effects { on, off };
+
+/// The General MIDI synthesizer. Not thread-safe.
+class Synthesizer : public MIDIInstrument {
+public:
+    /// Loads the bank whole into memory, which may take seconds. Throws SoundBankError.
+    virtual void loadSoundBank(const std::filesystem::path& bank) = 0;
+
+    [[nodiscard]] virtual ChannelReading channel(int number) const = 0;
+};
+
+} // namespace tambrel

@@ -1,0 +1,88 @@
+#include "Performance.h"
+
+#include "OfflineRenderer.h"
+#include "SynthesizerFactory.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tambrel {
+
+Performance::Performance(const std::shared_ptr<const Timeline>& song, const RenderOptions& options)
+    : synthesizer_(makeSynthesizer(options.format.rate, options.effects)),
+      sequencer_(options.format.rate),
+      master_(options.format.rate),
+      rate_(options.format.rate),
+      partFrames_(expectedFrames(*song, options)) {
+    synthesizer_->loadSoundBank(options.soundBank);
+    sequencer_.setSynthesizer(*synthesizer_);
+    sequencer_.play(song, options.start);
+    if (options.tail)
+        tailFrames_ = std::llround(*options.tail * rate_);
+    if (options.tail || options.end.value_or(song->duration()) < song->duration())
+        cut_ = partFrames_ - tailFrames_.value_or(0);
+}
+
+std::optional<Performance::Block> Performance::next() {
+    if (!isOver_) {
+        const int frames = cut_ && frame_ >= *cut_ ? renderTail() : renderSong();
+        frame_ += frames;
+        isOver_ = isOver_ || frames == 0;
+        if (frames != 0)
+            return mastered(frames);
+    }
+    const int frames = std::min(pending_, framesPerBlock);
+    if (frames == 0)
+        return std::nullopt;
+    pending_ -= frames;
+    left_ = {};
+    right_ = {};
+    return mastered(frames);
+}
+
+Performance::Block Performance::mastered(int frames) {
+    master_.process(left_.data(), right_.data(), frames);
+    const auto early = static_cast<std::size_t>(std::min(early_, frames));
+    early_ -= static_cast<int>(early);
+    return {static_cast<std::size_t>(frames) - early, left_.data() + early, right_.data() + early};
+}
+
+double Performance::partDone() const {
+    return partFrames_ == 0 ? 1
+                            : std::min(static_cast<double>(frame_) / static_cast<double>(partFrames_), 1.0);
+}
+
+int Performance::renderSong() {
+    const int frames =
+        cut_ ? static_cast<int>(std::min<std::int64_t>(framesPerBlock, *cut_ - frame_)) : framesPerBlock;
+    sequencer_.renderAudio(left_.data(), right_.data(), frames);
+    isOver_ = !cut_ && sequencer_.isSilent();
+    return frames;
+}
+
+// The song is left here: its notes are let go.
+int Performance::renderTail() {
+    const std::int64_t done = frame_ - *cut_;
+    if (done == 0)
+        synthesizer_->releaseNotes();
+    const auto frames = static_cast<int>(std::min<std::int64_t>(
+        framesPerBlock, tailFrames_ ? *tailFrames_ - done : std::int64_t{framesPerBlock}));
+    synthesizer_->render(left_.data(), right_.data(), frames);
+    isOver_ = !tailFrames_ && !rings(frames);
+    return frames;
+}
+
+bool Performance::rings(int frames) {
+    constexpr float inaudible = 1.0F / (1 << 15); // One step of a 16-bit sample.
+    constexpr double longestRinging = 10;         // Seconds; some banks have voices that never decay.
+    constexpr double quietSecondsToEnd = 0.1;
+    const auto isLoud = [](float sample) { return std::abs(sample) > inaudible; };
+    const bool heard = std::any_of(left_.begin(), left_.begin() + frames, isLoud) ||
+                       std::any_of(right_.begin(), right_.begin() + frames, isLoud);
+    quietFrames_ = heard ? 0 : quietFrames_ + frames;
+    const bool hasRungOut =
+        static_cast<double>(quietFrames_) > quietSecondsToEnd * rate_ && synthesizer_->activeVoices() == 0;
+    return !hasRungOut && static_cast<double>(frame_ - *cut_) < longestRinging * rate_;
+}
+
+} // namespace tambrel

@@ -1,0 +1,48 @@
+#include "FluidAudioDriver.h"
+
+#include "FluidSettings.h"
+
+namespace tambrel {
+namespace {
+
+constexpr int framesPerPeriod = 1024;
+constexpr int periods = 2;
+
+class FluidAudioDriver final : public AudioDriver {
+public:
+    FluidAudioDriver(const std::string& name, double sampleRate, AudioSource& source)
+        : name_(name), settings_(makeFluidSettings(sampleRate)), source_(source) {
+        FluidMessageGatherer messages;
+        fluid_settings_setstr(settings_.get(), "audio.driver", name.c_str());
+        fluid_settings_setint(settings_.get(), "audio.period-size", framesPerPeriod);
+        fluid_settings_setint(settings_.get(), "audio.periods", periods);
+        fluid_settings_setstr(settings_.get(), "audio.jack.id", "Tambrel");
+        driver_.reset(new_fluid_audio_driver2(settings_.get(), callback, this));
+        if (!driver_)
+            throw AudioDriverError(name + ": " +
+                                   (messages.text().empty() ? "not available" : messages.text()));
+    }
+
+    [[nodiscard]] std::string name() const override { return name_; }
+
+private:
+    static int callback(void* self, int frames, int, float**, int, float* out[]) {
+        static_cast<FluidAudioDriver*>(self)->source_.renderAudio(out[0], out[1], frames);
+        return FLUID_OK;
+    }
+
+    std::string name_;
+    FluidSettings settings_;
+    AudioSource& source_;
+    // Last: its thread uses all of the above.
+    std::unique_ptr<fluid_audio_driver_t, FluidDeleter<delete_fluid_audio_driver>> driver_;
+};
+
+} // namespace
+
+std::unique_ptr<AudioDriver> openFluidAudioDriver(const std::string& name, double sampleRate,
+                                                  AudioSource& source) {
+    return std::make_unique<FluidAudioDriver>(name, sampleRate, source);
+}
+
+} // namespace tambrel

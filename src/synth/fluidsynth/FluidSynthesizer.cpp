@@ -1,0 +1,268 @@
+#include "FluidSynthesizer.h"
+
+#include "VoiceAge.h"
+
+#include <array>
+#include <dlfcn.h>
+#include <mutex>
+
+namespace tambrel {
+namespace {
+
+// Measured so that the loudest of the songs in openttd-openmsx and planetblupi-music-midi stays below full
+// scale with the bank TimGM6mb, and the softest is well heard.
+constexpr double synthesizerGain = 0.22;
+constexpr int channelCount = 16;
+constexpr int deviceNumber = 16; // What GS files address; universal messages reach every device.
+// FluidSynth reads DLS banks by way of GLib, which would write its own complaint of a broken one to standard
+// error. True once it keeps quiet; there is no GLib where FluidSynth was built without.
+bool silenceGLib() {
+    using Handler = void (*)(const char*, int, const char*, void*);
+    static const bool isSilent = [] {
+        const auto setHandler =
+            reinterpret_cast<Handler (*)(Handler, void*)>(dlsym(RTLD_DEFAULT, "g_log_set_default_handler"));
+        if (setHandler != nullptr)
+            setHandler([](const char*, int, const char*, void*) {}, nullptr);
+        return setHandler != nullptr;
+    }();
+    return isSilent;
+}
+
+/// A voice of FluidSynth, for what is told to a single one.
+class Voice {
+public:
+    explicit Voice(fluid_voice_t* voice) : voice_(voice) {}
+    [[nodiscard]] float get(int generator) const { return fluid_voice_gen_get(voice_, generator); }
+    void set(int generator, float value) {
+        fluid_voice_gen_set(voice_, generator, value);
+        fluid_voice_update_param(voice_, generator);
+    }
+
+private:
+    fluid_voice_t* voice_;
+};
+
+constexpr int drumBank = 128;
+
+} // namespace
+
+FluidSynthesizer::FluidSynthesizer(double sampleRate, Effects effects)
+    : settings_(makeFluidSettings(sampleRate)) {
+    fluid_settings_t* const settings = settings_.get();
+    fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
+    fluid_settings_setint(settings, "synth.device-id", deviceNumber);
+    fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
+    fluid_settings_setint(settings, "synth.lock-memory", 0);
+    fluid_settings_setint(settings, "synth.polyphony", maximumVoices);
+    for (const char* effect : {"synth.reverb.active", "synth.chorus.active"})
+        fluid_settings_setint(settings, effect, effects == Effects::on ? 1 : 0);
+    // The first one fills in tables that all share, and the next would not wait for them.
+    static std::mutex making;
+    const std::lock_guard lock(making);
+    synth_.reset(new_fluid_synth(settings));
+    reset();
+}
+
+void FluidSynthesizer::loadSoundBank(const std::filesystem::path& bank) {
+    FluidMessageGatherer messages;
+    static_cast<void>(silenceGLib());
+    constexpr int resetPresets = 1;
+    if (fluid_synth_sfload(synth_.get(), bank.c_str(), resetPresets) == FLUID_FAILED)
+        throw SoundBankError("The sound bank " + bank.string() + " could not be loaded: " +
+                             (messages.text().empty() ? "it is no SoundFont file" : messages.text()) + ".");
+}
+
+void FluidSynthesizer::send(MIDIMessage message) noexcept {
+    fluid_synth_t* synth = synth_.get();
+    const int channel = MIDIStatus::channel(message.status);
+    switch (MIDIStatus::kind(message.status)) {
+    case MIDIStatus::noteOff:
+        fluid_synth_noteoff(synth, channel, message.data1);
+        break;
+    case MIDIStatus::noteOn:
+        fluid_synth_noteon(synth, channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::polyphonicPressure:
+        fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::controlChange:
+        sendController(channel, message.data1, message.data2);
+        break;
+    case MIDIStatus::programChange:
+        fluid_synth_program_change(synth, channel, message.data1);
+        break;
+    case MIDIStatus::channelPressure:
+        fluid_synth_channel_pressure(synth, channel, message.data1);
+        break;
+    case MIDIStatus::pitchBend:
+        fluid_synth_pitch_bend(synth, channel, message.data1 | message.data2 << 7);
+        break;
+    default:
+        sendSystem(message);
+        break;
+    }
+}
+
+void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept {
+    // Choosing a tuning program would allocate one, for no effect: there are none but the equal temperament.
+    constexpr std::uint8_t tuningProgram = 3;
+    constexpr std::uint8_t nullParameter = 127;
+    if (number == Controller::registeredLSB && value == tuningProgram)
+        value = nullParameter;
+    if (number == Controller::resetAllControllers) {
+        // FluidSynth forgets the pedals with the notes that they hold, which then never end.
+        fluid_synth_cc(synth_.get(), channel, Controller::sostenuto, 0);
+        fluid_synth_cc(synth_.get(), channel, Controller::sustain, 0);
+    }
+    if (number >= Controller::omniOff)
+        value = 0; // Each channel is a group of its own, which a larger number of voices would overlap.
+    fluid_synth_cc(synth_.get(), channel, number, value);
+}
+
+void FluidSynthesizer::releaseNotes(int channel) noexcept {
+    constexpr std::array pedals{Controller::sostenuto, Controller::sustain};
+    std::array<int, pedals.size()> values{};
+    for (std::size_t pedal = 0; pedal < pedals.size(); ++pedal) {
+        fluid_synth_get_cc(synth_.get(), channel, pedals[pedal], &values[pedal]);
+        fluid_synth_cc(synth_.get(), channel, pedals[pedal], 0);
+    }
+    fluid_synth_all_notes_off(synth_.get(), channel);
+    for (std::size_t pedal = 0; pedal < pedals.size(); ++pedal)
+        fluid_synth_cc(synth_.get(), channel, pedals[pedal], values[pedal]);
+}
+
+template<class Call>
+void FluidSynthesizer::eachVoice(int channel, Call call) {
+    std::array<fluid_voice_t*, maximumVoices + 1> voices; // Ends with a null pointer when not full.
+    fluid_synth_get_voicelist(synth_.get(), voices.data(), maximumVoices, -1);
+    voices.back() = nullptr;
+    for (auto* const* voice = voices.data(); *voice != nullptr; ++voice) {
+        if (fluid_voice_get_channel(*voice) == channel)
+            call(*voice);
+    }
+}
+
+// After a reset there is no other voice of the same channel and key.
+void FluidSynthesizer::resumeNote(MIDIMessage noteOn, double age) noexcept {
+    const int channel = MIDIStatus::channel(noteOn.status);
+    fluid_synth_t* synth = synth_.get();
+    fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, channel);
+    if (preset == nullptr || fluid_preset_get_banknum(preset) == drumBank)
+        return;
+    send(noteOn);
+    eachVoice(channel, [&](fluid_voice_t* voice) {
+        if (fluid_voice_get_key(voice) == noteOn.data1)
+            VoiceAging(Voice(voice), fluid_voice_get_actual_key(voice), age).apply();
+    });
+}
+
+void FluidSynthesizer::sendSystem(MIDIMessage message) noexcept {
+    fluid_synth_t* synth = synth_.get();
+    switch (message.systemKind()) {
+    case SystemMessage::gmReset:
+    case SystemMessage::gsReset:
+    case SystemMessage::xgReset:
+        resetTo(message.systemKind());
+        break;
+    case SystemMessage::masterVolume: {
+        constexpr float fullVolume = 16383;
+        const float volume = static_cast<float>(message.data2 | message.data3 << 7) / fullVolume;
+        fluid_synth_set_gain(synth,
+                             static_cast<float>(synthesizerGain) * volume * volume); // RP-024: 40 log10
+        break;
+    }
+    case SystemMessage::rhythmPart: {
+        releaseNotes(message.data2);
+        const bool isMelodic = message.data3 == 0;
+        fluid_synth_set_channel_type(synth, message.data2,
+                                     isMelodic ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+        fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
+        fluid_synth_program_change(synth, message.data2, 0);
+        break;
+    }
+    case SystemMessage::none:
+        break;
+    }
+}
+
+void FluidSynthesizer::reset() noexcept {
+    // Banks are read the GS way unless a song asks for another; FluidSynth's own system reset would leave
+    // that as the last song had it.
+    resetTo(SystemMessage::gsReset);
+}
+
+void FluidSynthesizer::resetTo(SystemMessage standard) noexcept {
+    static constexpr unsigned char gmOn[] = {0x7E, 0x7F, 0x09, 0x01};
+    static constexpr unsigned char gsReset[] = {0x41, deviceNumber, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41};
+    static constexpr unsigned char xgOn[] = {0x43, deviceNumber, 0x4C, 0x00, 0x00, 0x7E, 0x00};
+    fluid_synth_t* synth = synth_.get();
+    const auto pass = [synth](const auto& bytes) {
+        fluid_synth_sysex(synth, reinterpret_cast<const char*>(bytes), sizeof(bytes), nullptr, nullptr,
+                          nullptr, 0);
+    };
+    silence();
+    if (standard == SystemMessage::gmReset)
+        pass(gmOn);
+    else if (standard == SystemMessage::xgReset)
+        pass(xgOn);
+    else
+        pass(gsReset);
+    // By default all channels are one group, and an Omni Off on the first switches off the others.
+    constexpr int allGroups = -1;
+    fluid_synth_reset_basic_channel(synth, allGroups);
+    for (int channel = 0; channel < channelCount; ++channel)
+        fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
+    fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+}
+
+// FluidSynth revives a note that is told to end at once and then, before the next block, to be released,
+// which a reset and a pedal let go do; and its reset leaves something in the filters of the reverb, which
+// only the next reset takes away. So the blocks in which all that ends are rendered here.
+void FluidSynthesizer::silence() noexcept {
+    constexpr int allChannels = -1;
+    std::array<float, synthesizerBlock> left;
+    std::array<float, synthesizerBlock> right;
+    fluid_synth_all_sounds_off(synth_.get(), allChannels);
+    render(left.data(), right.data(), synthesizerBlock);
+    fluid_synth_system_reset(synth_.get());
+    render(left.data(), right.data(), synthesizerBlock);
+}
+
+void FluidSynthesizer::releaseNotes() noexcept {
+    fluid_synth_t* synth = synth_.get();
+    for (int channel = 0; channel < channelCount; ++channel) {
+        fluid_synth_cc(synth, channel, Controller::sustain, 0);
+        fluid_synth_cc(synth, channel, Controller::sostenuto, 0);
+    }
+    constexpr int allChannels = -1;
+    fluid_synth_all_notes_off(synth, allChannels);
+}
+
+void FluidSynthesizer::render(float* left, float* right, int frames) noexcept {
+    fluid_synth_write_float(synth_.get(), frames, left, 0, 1, right, 0, 1);
+}
+
+int FluidSynthesizer::activeVoices() const noexcept {
+    return fluid_synth_get_active_voice_count(synth_.get());
+}
+
+ChannelReading FluidSynthesizer::channel(int number) const {
+    fluid_synth_t* synth = synth_.get();
+    ChannelReading reading;
+    for (std::size_t controller = 0; controller < reading.controllers.size(); ++controller)
+        fluid_synth_get_cc(synth, number, static_cast<int>(controller), &reading.controllers[controller]);
+    for (int generator = 0; generator < GEN_LAST; ++generator)
+        reading.generators.push_back(fluid_synth_get_gen(synth, number, generator));
+    int bankNumber = 0;
+    fluid_synth_get_program(synth, number, &bankNumber, &reading.bank, &reading.program);
+    if (fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, number)) {
+        reading.presetBank = fluid_preset_get_banknum(preset);
+        reading.presetProgram = fluid_preset_get_num(preset);
+    }
+    fluid_synth_get_pitch_bend(synth, number, &reading.pitchBend);
+    fluid_synth_get_pitch_wheel_sens(synth, number, &reading.bendRange);
+    fluid_synth_get_basic_channel(synth, number, nullptr, &reading.mode, nullptr);
+    return reading;
+}
+
+} // namespace tambrel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "FluidSettings.h"
+#include "Synthesizer.h"
+
+namespace tambrel {
+
+/// FluidSynth as the General MIDI synthesizer.
+class FluidSynthesizer final : public Synthesizer {
+public:
+    FluidSynthesizer(double sampleRate, Effects effects);
+
+    void loadSoundBank(const std::filesystem::path& bank) override;
+    void send(MIDIMessage message) noexcept override;
+    void resumeNote(MIDIMessage noteOn, double age) noexcept override;
+    void reset() noexcept override;
+    void releaseNotes() noexcept override;
+    void render(float* left, float* right, int frames) noexcept override;
+    [[nodiscard]] int activeVoices() const noexcept override;
+    [[nodiscard]] ChannelReading channel(int number) const override;
+
+private:
+    /// Voices that sound at most; what goes beyond takes the place of the least important.
+    static constexpr int maximumVoices = 256;
+
+    /// Lets go of the keys and pedals of a channel, whose pedals stay as they are for the notes to come.
+    void releaseNotes(int channel) noexcept;
+    /// Calls with every voice of the channel that sounds.
+    template<class Call>
+    void eachVoice(int channel, Call call);
+    void sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept;
+    void sendSystem(MIDIMessage message) noexcept;
+    void resetTo(SystemMessage standard) noexcept;
+    void silence() noexcept;
+
+    FluidSettings settings_;
+    std::unique_ptr<fluid_synth_t, FluidDeleter<delete_fluid_synth>> synth_;
+};
+
+} // namespace tambrel
