@@ -23,15 +23,15 @@ MIDIPlayerController::MIDIPlayerController(MIDIFilePlayerFactory makePlayer, Tam
     timer_.callOnTimeout([this] { tick(); });
 }
 
-void MIDIPlayerController::load(const MIDIData& data) {
+void MIDIPlayerController::load(const PlayableSong& song) {
     log_.function("MIDIPlayerController.load(data:)", "Loading MIDI playback data");
-    load(data, 0, PlaybackMode::idle);
+    load(song, 0, PlaybackMode::idle);
 }
 
-void MIDIPlayerController::reloadForPlayback(const MIDIData& data, double position) {
+void MIDIPlayerController::reloadForPlayback(const PlayableSong& song, double position) {
     log_.function("MIDIPlayerController.reloadForPlayback(data:position:)",
                   "Reloading MIDI playback data at current position");
-    load(data, position, PlaybackMode::idle);
+    load(song, position, PlaybackMode::idle);
 }
 
 void MIDIPlayerController::unload() {
@@ -123,13 +123,13 @@ void MIDIPlayerController::seek(double seconds) {
     reportProgress();
 }
 
-void MIDIPlayerController::load(const MIDIData& data, double position, PlaybackMode modeAfterLoad) {
+void MIDIPlayerController::load(const PlayableSong& song, double position, PlaybackMode modeAfterLoad) {
     constexpr auto name = "MIDIPlayerController.load(data:position:modeAfterLoad:)";
     log_.procedure(name, "Resetting AVMIDIPlayer before load");
     stopTimer();
     if (player_)
         player_->stop();
-    player_ = makePlayer_(data);
+    player_ = makePlayer_(song);
     player_->prepareToPlay();
     player_->setCurrentPosition(clamped(position));
     setMode(modeAfterLoad);

@@ -36,11 +36,11 @@ public:
     [[nodiscard]] double duration() const { return player_ ? player_->duration() : 0; }
     [[nodiscard]] double position() const { return player_ ? player_->currentPosition() : 0; }
 
-    /// Loads a whole Standard MIDI File and leaves it idle at 0. Throws what the factory throws; the song
+    /// Loads a song and leaves it idle at 0. Throws what the factory throws; the song
     /// loaded before is then stopped but stays, and the mode does not change.
-    void load(const MIDIData& data);
+    void load(const PlayableSong& song);
     /// The same, at `position`.
-    void reloadForPlayback(const MIDIData& data, double position);
+    void reloadForPlayback(const PlayableSong& song, double position);
     void unload();
 
     /// Plays on, or from the top when the end has been reached. While playing, it starts again where it is.
@@ -53,7 +53,7 @@ public:
     void seek(double seconds);
 
 private:
-    void load(const MIDIData& data, double position, PlaybackMode modeAfterLoad);
+    void load(const PlayableSong& song, double position, PlaybackMode modeAfterLoad);
     void startTimer();
     void stopTimer();
     void tick();

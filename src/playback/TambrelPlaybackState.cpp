@@ -20,16 +20,17 @@ std::string sizes(const MIDI2ClipBuildSummary& summary) {
 void TambrelPlaybackState::forgetSong() {
     originalMIDIData_.reset();
     loudMIDIData_.reset();
+    prepared_.reset();
     midi2ClipCompanionData_.reset();
     loadedPlaybackIsLoud_ = false;
     loadedMIDI2ClipIsLoud_.reset();
     loudnessEnabled_ = false;
 }
 
-void TambrelPlaybackState::replaceLoadedMIDI(const MIDIData& data) {
+void TambrelPlaybackState::replaceLoadedMIDI(const PlayableSong& song) {
     log_.procedure("TambrelPlaybackState.replaceLoadedMIDI", "Replacing loaded playback snapshot");
     forgetSong();
-    originalMIDIData_ = data;
+    originalMIDIData_ = song;
 }
 
 void TambrelPlaybackState::reset() {
@@ -56,6 +57,15 @@ void TambrelPlaybackState::cacheGeneratedMIDI2ClipCompanion(const std::optional<
     });
 }
 
+std::optional<VariantRequest> TambrelPlaybackState::missingVariant() const {
+    if (!originalMIDIData_ || loudnessEnabled_ == loadedPlaybackIsLoud_ || isPrepared(loudnessEnabled_))
+        return std::nullopt;
+    if (loudnessEnabled_ && loudMIDIData_)
+        return VariantRequest{.source = *loudMIDIData_, .isLoud = true, .isToBeBoosted = false};
+    return VariantRequest{
+        .source = *originalMIDIData_, .isLoud = loudnessEnabled_, .isToBeBoosted = loudnessEnabled_};
+}
+
 std::optional<TambrelPlaybackSnapshot> TambrelPlaybackState::selectedSnapshot(std::string_view context) {
     constexpr std::string_view name = "TambrelPlaybackState.selectedSnapshot";
     if (!originalMIDIData_) {
@@ -68,7 +78,10 @@ std::optional<TambrelPlaybackSnapshot> TambrelPlaybackState::selectedSnapshot(st
         log_.procedure(name, [&] {
             return std::string("Generating loudness-processed MIDI data for ").append(context);
         });
-        loudMIDIData_ = MIDILoudnessProcessor::boostedDrumsAndBass(*originalMIDIData_);
+        loudMIDIData_ =
+            isPrepared(true)
+                ? prepared_->song
+                : PlayableSong(MIDILoudnessProcessor::boostedDrumsAndBass(originalMIDIData_->data));
     }
     return TambrelPlaybackSnapshot{*loudMIDIData_, true};
 }
@@ -90,10 +103,14 @@ void TambrelPlaybackState::prepareMIDI2ClipCompanion(const TambrelPlaybackSnapsh
     log_.function(name,
                   [&] { return std::string("Generating MIDI 2.0 clip companion for ").append(context); });
     midi2ClipCompanionData_.reset(); // Before the next one takes its place in memory.
-    MIDIData clip = MIDI2ClipBuilder::build(snapshot.data);
-    const MIDI2ClipBuildSummary summary = MIDI2ClipBuilder::summary(clip);
+    if (!isPrepared(snapshot.isLoud)) {
+        const MIDIData clip = MIDI2ClipBuilder::build(snapshot.song.data);
+        prepared_ = {snapshot.isLoud, snapshot.song, clip, MIDI2ClipBuilder::summary(clip)};
+    }
+    const auto prepared = *std::exchange(prepared_, std::nullopt);
+    const MIDI2ClipBuildSummary& summary = prepared.summary;
     if (summary.hasChannelVoice())
-        midi2ClipCompanionData_ = std::move(clip);
+        midi2ClipCompanionData_ = prepared.companion;
     loadedMIDI2ClipIsLoud_ = snapshot.isLoud;
     log_.procedure(name, [&] {
         return summary.hasChannelVoice() ? "MIDI 2.0 companion ready" + sizes(summary)

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "MIDI2ClipBuilder.h"
-#include "MIDIData.h"
+#include "PreparedVariant.h"
 
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace tambrel {
 
@@ -12,8 +13,8 @@ class TambrelBetaLog;
 
 /// What to hand to the player.
 struct TambrelPlaybackSnapshot {
-    MIDIData data;       ///< A whole Standard MIDI File.
-    bool isLoud = false; ///< `data` is the Loudness variant.
+    PlayableSong song;
+    bool isLoud = false; ///< `song` is the Loudness variant.
 };
 
 /// The loaded song in its variants: as loaded, with Loudness, and the MIDI 2.0 clip that goes with what
@@ -25,7 +26,7 @@ public:
     explicit TambrelPlaybackState(TambrelBetaLog& log) : log_(log) {}
 
     /// Takes a newly loaded song. Loudness is off.
-    void replaceLoadedMIDI(const MIDIData& data);
+    void replaceLoadedMIDI(const PlayableSong& song);
     void reset();
 
     /// Keeps the clip that the song was imported from.
@@ -35,17 +36,23 @@ public:
                                           const MIDI2ClipBuildSummary& summary, bool isLoud,
                                           std::string_view context);
 
+    /// What the operations below would have to make if Play were pressed now, which takes long with a large
+    /// song; nothing when they would find it all.
+    [[nodiscard]] std::optional<VariantRequest> missingVariant() const;
+    /// Takes what has been made ahead of them, from a request of the song that is loaded now.
+    void takePrepared(PreparedVariant variant) { prepared_ = std::move(variant); }
+
     /// The variant that the Loudness switch selects; none without a song. The Loudness variant is made the
-    /// first time it is asked for, which takes as long as a walk over the song.
+    /// first time it is asked for, unless it has been handed in.
     [[nodiscard]] std::optional<TambrelPlaybackSnapshot> selectedSnapshot(std::string_view context);
 
     /// The player now holds this snapshot.
     void markPlaybackLoaded(const TambrelPlaybackSnapshot& snapshot);
 
-    /// Makes the companion that belongs to the snapshot, unless it is there.
+    /// Makes the companion that belongs to the snapshot, unless it is there or has been handed in.
     void prepareMIDI2ClipCompanion(const TambrelPlaybackSnapshot& snapshot, std::string_view context);
 
-    [[nodiscard]] const std::optional<MIDIData>& originalMIDIData() const { return originalMIDIData_; }
+    [[nodiscard]] const std::optional<PlayableSong>& originalMIDIData() const { return originalMIDIData_; }
     [[nodiscard]] const std::optional<MIDIData>& midi2ClipCompanionData() const {
         return midi2ClipCompanionData_;
     }
@@ -58,10 +65,12 @@ public:
 
 private:
     void forgetSong();
+    [[nodiscard]] bool isPrepared(bool isLoud) const { return prepared_ && prepared_->isLoud == isLoud; }
 
     TambrelBetaLog& log_;
-    std::optional<MIDIData> originalMIDIData_;
-    std::optional<MIDIData> loudMIDIData_; ///< Made from `originalMIDIData_` when it was needed.
+    std::optional<PlayableSong> originalMIDIData_;
+    std::optional<PlayableSong> loudMIDIData_; ///< Made from `originalMIDIData_` when it was needed.
+    std::optional<PreparedVariant> prepared_;  ///< Of this song, until its companion is taken.
     std::optional<MIDIData> midi2ClipCompanionData_;
     bool loadedPlaybackIsLoud_ = false;
     std::optional<bool> loadedMIDI2ClipIsLoud_;

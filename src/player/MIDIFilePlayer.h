@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MIDIData.h"
+#include "PlayableSong.h"
 
 #include <functional>
 #include <memory>
@@ -35,6 +35,6 @@ public:
 };
 
 /// Creates a player for the song, or throws a `std::exception` whose text is the reason for the user's eyes.
-using MIDIFilePlayerFactory = std::function<std::unique_ptr<MIDIFilePlayer>(const MIDIData& song)>;
+using MIDIFilePlayerFactory = std::function<std::unique_ptr<MIDIFilePlayer>(const PlayableSong& song)>;
 
 } // namespace tambrel
