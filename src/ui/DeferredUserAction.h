@@ -1,22 +1,30 @@
 #pragma once
 
-#include "TambrelBetaLog.h"
-
 #include <QMetaObject>
 #include <QObject>
 
+#include <functional>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace tambrel {
 
-/// Logs what the user did with a view, once the present event has been handled. `function` is a literal; a
-/// callable message is composed only then. Main thread; `log` outlives the view.
-template<LogText Message>
-void deferUserAction(TambrelBetaLog& log, QObject& view, Message message, std::string_view function) {
-    if (!log.diagnosticsEnabled())
+/// Told what the user did with a view, and in which procedure of the view. Empty: nobody wants to know.
+using UserActionLog = std::function<void(std::string_view action, std::string_view procedure)>;
+
+/// Tells `log` of the action once the present event has been handled. `procedure` is a literal; `action` is a
+/// literal, or a callable that composes it and is called only then. Main thread.
+template<class Action>
+void deferUserAction(const UserActionLog& log, QObject& view, Action action, std::string_view procedure) {
+    if (!log)
         return;
-    auto entry = [&log, message = std::move(message), function] { log.userAction(message, function); };
+    auto entry = [log, action = std::move(action), procedure] {
+        if constexpr (std::is_invocable_v<const Action&>)
+            log(action(), procedure);
+        else
+            log(action, procedure);
+    };
     QMetaObject::invokeMethod(&view, std::move(entry), Qt::QueuedConnection);
 }
 

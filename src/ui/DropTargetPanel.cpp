@@ -1,13 +1,15 @@
 #include "DropTargetPanel.h"
 
-#include "DeferredUserAction.h"
+#include "LocalPath.h"
 #include "RetroTheme.h"
 #include "TambrelMIDIFileSupport.h"
 #include "UnflippedPainter.h"
 #include "ViewAccessibility.h"
 
 #include <QDropEvent>
+#include <QLineF>
 #include <QMimeData>
+#include <QPolygonF>
 
 #include <algorithm>
 #include <cmath>
@@ -25,26 +27,46 @@ QUrl firstFile(const QMimeData& dragged) {
     return file != urls.end() ? *file : QUrl();
 }
 
+// A source that can only move its file would delete it.
+bool canCopy(const QDropEvent& event) {
+    return event.possibleActions().testFlag(Qt::CopyAction);
+}
+
 // Copies, whatever the source proposes: told that its file was moved, a file manager would delete it.
 void accept(QDropEvent& event) {
     event.setDropAction(Qt::CopyAction);
     event.accept();
 }
 
-// A line of an odd number of device pixels is crisp only half a pixel inside the edges. The first dash begins
-// in a corner, which is filled like the other three, where a dash is bent.
+// The source is told of an action too, which is to be none.
+void refuse(QDropEvent& event) {
+    event.setDropAction(Qt::IgnoreAction);
+    event.ignore();
+}
+
+// The dashes from one corner to the next: the first begins in the corner, the last ends before the next.
+// Where no whole number of them fits, they are stretched a little.
+void strokeSide(UnflippedPainter& painter, const QLineF& side, double half) {
+    const double count = std::max(std::round(side.length() / (dashLength + gapLength)), 1.0);
+    const double dash = dashLength / (dashLength + gapLength);
+    const bool isUpright = side.dx() == 0;
+    for (int i = 0; i < static_cast<int>(count); ++i) {
+        const QRectF along = QRectF(side.pointAt(i / count), side.pointAt((i + dash) / count)).normalized();
+        painter.fill(isUpright ? along.adjusted(-half, 0, half, 0) : along.adjusted(0, -half, 0, half),
+                     RetroTheme::ink());
+    }
+    painter.fill({side.x1() - half, side.y1() - half, 2 * half, 2 * half}, RetroTheme::ink());
+}
+
+// A line of an odd number of device pixels is crisp only half a pixel inside the edges.
 void strokeDashed(UnflippedPainter& painter, const QRectF& frame, double thickness) {
     const double pixel = painter.snapped(0.0);
     const double width = painter.snapped(thickness);
     const double inset = std::lround(width / pixel) % 2 == 0 ? 0 : pixel / 2;
-    QPen pen(RetroTheme::ink(), width, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
-    pen.setDashPattern({painter.snapped(dashLength) / width, painter.snapped(gapLength) / width});
-    pen.setDashOffset(inset / width);                     // The dashes too end on whole device pixels.
-    painter.setRenderHint(QPainter::Antialiasing, false); // Bent dashes would get a soft corner.
-    painter.setPen(pen);
-    const QRectF centerLine = painter.snapped(frame).adjusted(inset, inset, -inset, -inset);
-    painter.drawRect(centerLine);
-    painter.fill({centerLine.x() - width / 2, centerLine.y() - width / 2, width, width}, RetroTheme::ink());
+    const QRectF line = painter.snapped(frame).adjusted(inset, inset, -inset, -inset);
+    const QPolygonF corners(line);
+    for (qsizetype i = 0; i < 4; ++i)
+        strokeSide(painter, {corners[i], corners[i + 1]}, width / 2);
 }
 
 } // namespace
@@ -54,7 +76,7 @@ DropTargetPanelGeometry DropTargetPanelGeometry::of(QSizeF size) {
     return {frame, frame.adjusted(2, 2, -2, -2)};
 }
 
-DropTargetPanel::DropTargetPanel(TambrelBetaLog& log, QWidget* parent) : RetroPanelView(parent), log_(log) {
+DropTargetPanel::DropTargetPanel(QWidget* parent) : RetroPanelView(parent) {
     setAcceptDrops(true);
     makeAccessible<DropTargetPanel, AccessibleView<QAccessible::Grouping>>();
     setAccessibleName("MIDI file drop area");
@@ -84,10 +106,11 @@ void DropTargetPanel::paintEvent(QPaintEvent* event) {
 }
 
 void DropTargetPanel::dragEnterEvent(QDragEnterEvent* event) {
-    if (firstFile(*event->mimeData()).isEmpty())
-        return event->ignore();
+    if (!canCopy(*event) || firstFile(*event->mimeData()).isEmpty())
+        return refuse(*event);
     setHovering(true);
-    deferUserAction(log_, *this, "Dragged file over MIDI drop panel", "DropTargetPanel.draggingEntered");
+    deferUserAction(onUserAction, *this, "Dragged file over MIDI drop panel",
+                    "DropTargetPanel.draggingEntered");
     accept(*event);
 }
 
@@ -99,12 +122,14 @@ void DropTargetPanel::dropEvent(QDropEvent* event) {
     setHovering(false);
     const QUrl file = firstFile(*event->mimeData());
     constexpr auto procedure = "DropTargetPanel.performDragOperation";
-    if (!acceptsDroppedFile(file)) {
-        deferUserAction(log_, *this, "Dropped unsupported file on MIDI drop panel", procedure);
-        return event->ignore();
+    const bool isHere =
+        !localPath(file).empty(); // Another computer's file has a name, but is not to be read.
+    if (!canCopy(*event) || !isHere || !acceptsDroppedFile(file)) {
+        deferUserAction(onUserAction, *this, "Dropped unsupported file on MIDI drop panel", procedure);
+        return refuse(*event);
     }
     const auto message = [file] { return "Dropped MIDI-compatible file " + file.fileName().toStdString(); };
-    deferUserAction(log_, *this, message, procedure);
+    deferUserAction(onUserAction, *this, message, procedure);
     accept(*event);
     if (onFile)
         onFile(file);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DeferredUserAction.h"
 #include "RetroPanelView.h"
 
 #include <QRectF>
@@ -8,8 +9,6 @@
 #include <functional>
 
 namespace tambrel {
-
-class TambrelBetaLog;
 
 /// Where the drop panel paints what, in unflipped coordinates.
 struct DropTargetPanelGeometry {
@@ -27,9 +26,9 @@ class DropTargetPanel : public RetroPanelView {
 public:
     /// A file was dropped whose name is accepted.
     std::function<void(const QUrl& file)> onFile;
+    UserActionLog onUserAction;
 
-    /// `log` outlives the panel.
-    explicit DropTargetPanel(TambrelBetaLog& log, QWidget* parent = nullptr);
+    explicit DropTargetPanel(QWidget* parent = nullptr);
 
     /// Fills the inside of the frame.
     [[nodiscard]] bool isLoaded() const { return isLoaded_; }
@@ -47,7 +46,6 @@ protected:
 private:
     void setHovering(bool hovering);
 
-    TambrelBetaLog& log_;
     bool isLoaded_ = false;
     bool isHovering_ = false; ///< A drag of files is over the panel.
 };

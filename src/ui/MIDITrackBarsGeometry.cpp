@@ -1,5 +1,7 @@
 #include "MIDITrackBarsGeometry.h"
 
+#include "QtText.h"
+
 #include <algorithm>
 
 namespace tambrel {
@@ -66,7 +68,7 @@ MIDITrackBarsGeometry MIDITrackBarsGeometry::of(QSizeF size, const std::vector<M
             geometry.rows.push_back(row(QString::number(i + 1), {}, labelX, strip));
         } else {
             const auto& lane = lanes[static_cast<std::size_t>(i)];
-            geometry.rows.push_back(row(QString::fromStdString(lane.label), lane.phrases, labelX, strip));
+            geometry.rows.push_back(row(toQString(lane.label), lane.phrases, labelX, strip));
         }
     }
     return geometry;

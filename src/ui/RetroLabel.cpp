@@ -4,9 +4,21 @@
 
 #include <QFontMetricsF>
 #include <QHelpEvent>
+#include <QTextLayout>
 #include <QToolTip>
 
+#include <cmath>
+
 namespace tambrel {
+namespace {
+
+// Marked up: only then a tool tip wraps, and need not guess whether a file name that looks like markup is
+// some.
+QString toolTipText(const QString& plain) {
+    return plain.isEmpty() ? plain : "<p style='white-space:pre-wrap'>" + plain.toHtmlEscaped() + "</p>";
+}
+
+} // namespace
 
 RetroLabel::RetroLabel(const QString& text, const QFont& font, Qt::Alignment alignment, QWidget* parent)
     : QLabel(parent) {
@@ -22,16 +34,44 @@ void RetroLabel::setOverflow(RetroLabelOverflow overflow) {
     update();
 }
 
+void RetroLabel::setText(const QString& text, const QString& explanation) {
+    QLabel::setText(text);
+    if (explanation == accessibleDescription())
+        return;
+    setToolTip(toolTipText(explanation));
+    setAccessibleDescription(explanation);
+    if (onExplanation)
+        onExplanation(explanation);
+}
+
 RetroLabel::Line RetroLabel::line() const {
     const int smallest = overflow_ == RetroLabelOverflow::shrinkThenTruncate ? RetroTheme::mono().pixelSize()
                                                                              : font().pixelSize();
-    QFont fitting = font();
+    QFont fitting = RetroTheme::shaping(font(), text());
+    if (overflow_ == RetroLabelOverflow::wrapThenTruncate)
+        return wrapped(fitting);
     while (QFontMetricsF(fitting).horizontalAdvance(text()) > width()) {
         if (fitting.pixelSize() <= smallest)
             return {fitting, QFontMetricsF(fitting).elidedText(text(), Qt::ElideRight, width())};
         fitting.setPixelSize(fitting.pixelSize() - 1);
     }
     return {fitting, text()};
+}
+
+// Broken between words, or within one that is longer than a line.
+RetroLabel::Line RetroLabel::wrapped(const QFont& font) const {
+    QTextLayout layout(text(), font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QTextLine first = layout.createLine();
+    if (first.isValid())
+        first.setLineWidth(width());
+    layout.endLayout();
+    const int end = first.isValid() ? first.textLength() : 0;
+    return {font, text().first(end),
+            QFontMetricsF(font).elidedText(text().sliced(end), Qt::ElideRight, width())};
 }
 
 QSize RetroLabel::minimumSizeHint() const {
@@ -42,17 +82,20 @@ bool RetroLabel::event(QEvent* event) {
     const bool hasToolTipOfItsOwn = !toolTip().isEmpty();
     if (event->type() != QEvent::ToolTip || hasToolTipOfItsOwn)
         return QLabel::event(event);
-    // Marked up, or a tool tip would guess whether a file name that looks like markup is some.
-    const QString whole = "<p style='white-space:pre-wrap'>" + text().toHtmlEscaped() + "</p>";
-    const bool isCut = line().text != text();
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isCut ? whole : QString(), this);
+    const Line shown = line();
+    const bool isCut = shown.text + shown.second != text();
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isCut ? toolTipText(text()) : QString(),
+                       this);
     return true;
 }
 
 void RetroLabel::paintEvent(QPaintEvent*) {
     const Line shown = line();
     UnflippedPainter painter(*this);
-    painter.text(unflippedBounds(*this), shown.text, shown.font, RetroTheme::ink(), alignment());
+    const QRectF box = unflippedBounds(*this);
+    painter.text(box, shown.text.trimmed(), shown.font, RetroTheme::ink(), alignment());
+    const double below = -std::round(QFontMetricsF(shown.font).lineSpacing());
+    painter.text(box.translated(0, below), shown.second, shown.font, RetroTheme::ink(), alignment());
 }
 
 } // namespace tambrel

@@ -4,15 +4,18 @@
 
 #include <QLabel>
 
+#include <functional>
+
 namespace tambrel {
 
 /// What a label does with a text wider than itself.
 enum class RetroLabelOverflow {
     truncate,           ///< Ends it in an ellipsis.
     shrinkThenTruncate, ///< Steps the font size down to 14 pixels, and only then ends it in an ellipsis.
+    wrapThenTruncate,   ///< Goes on in a second line, and ends only that in an ellipsis.
 };
 
-/// One line of plain text in ink, never wrapped, never selected. A text that is cut shows whole in a tool
+/// Plain text in ink, one line unless it may wrap, never selected. A text that is cut shows whole in a tool
 /// tip, and assistive software always reads the whole text.
 class RetroLabel : public QLabel {
     Q_OBJECT
@@ -23,10 +26,18 @@ public:
 
     void setOverflow(RetroLabelOverflow overflow);
 
+    /// Called when the explanation changes; it may be empty, like the explanation.
+    std::function<void(const QString& explanation)> onExplanation;
+
+    /// Shows a text, and says more about it in a tool tip and to assistive software. What was said of the
+    /// text before is gone.
+    void setText(const QString& text, const QString& explanation = {});
+
     /// What the label shows at its present width.
     struct Line {
         QFont font;
         QString text;
+        QString second = {}; ///< The line below.
     };
     [[nodiscard]] Line line() const;
 
@@ -38,6 +49,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    [[nodiscard]] Line wrapped(const QFont& font) const;
+
     RetroLabelOverflow overflow_ = RetroLabelOverflow::truncate;
 };
 

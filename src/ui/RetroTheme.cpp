@@ -8,6 +8,25 @@
 namespace tambrel {
 namespace {
 
+// Disabled texts as faint as can still be read; what is selected is inverted.
+QPalette makePalette() {
+    QPalette palette(RetroTheme::ink(), RetroTheme::panel(), RetroTheme::panel(),
+                     RetroTheme::paper().darker(150), RetroTheme::paper().darker(120), RetroTheme::ink(),
+                     RetroTheme::panel(), RetroTheme::panel(), RetroTheme::paper());
+    const QColor faint = RetroTheme::paper().darker(220);
+    palette.setColor(QPalette::AlternateBase, RetroTheme::paper());
+    palette.setColor(QPalette::ToolTipBase, RetroTheme::panel());
+    palette.setColor(QPalette::ToolTipText, RetroTheme::ink());
+    palette.setColor(QPalette::PlaceholderText, faint);
+    palette.setColor(QPalette::Highlight, RetroTheme::activeFill());
+    palette.setColor(QPalette::HighlightedText, RetroTheme::paper());
+    palette.setColor(QPalette::Link, RetroTheme::ink());
+    palette.setColor(QPalette::LinkVisited, RetroTheme::ink());
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        palette.setColor(QPalette::Disabled, role, faint);
+    return palette;
+}
+
 // Families that bring real medium and semibold weights; others would show regular or bold instead.
 QString monospacedFamily() {
     static const QStringList preferred = {"JetBrains Mono", "IBM Plex Mono",   "Fira Code",
@@ -49,6 +68,11 @@ const QColor& RetroTheme::darkBlueFill() {
     return color;
 }
 
+const QPalette& RetroTheme::palette() {
+    static const QPalette palette = makePalette();
+    return palette;
+}
+
 QColor RetroTheme::ink(double alpha) {
     QColor color = ink();
     color.setAlphaF(static_cast<float>(alpha));
@@ -82,6 +106,14 @@ const QFont& RetroTheme::songName() {
 
 const QFont& RetroTheme::module() {
     return display();
+}
+
+QFont RetroTheme::shaping(QFont font, const QString& text) {
+    constexpr QChar ellipsis = u'\u2026'; // A cut text looks as it does whole.
+    const auto needsShaping = [](QChar letter) { return letter.unicode() > 0x7F && letter != ellipsis; };
+    if (std::any_of(text.begin(), text.end(), needsShaping))
+        font.setStyleStrategy(QFont::PreferDefault);
+    return font;
 }
 
 QFont RetroTheme::monospaced(int pixels, QFont::Weight weight) {

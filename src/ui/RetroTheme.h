@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QPalette>
 
 namespace tambrel {
 
@@ -16,6 +17,9 @@ namespace RetroTheme {
 [[nodiscard]] const QColor& blueShadow();   ///< Translucent; no view draws with it at present.
 [[nodiscard]] const QColor& darkBlueFill(); ///< Drop panel and loaded indicator; today the paper's colour.
 
+/// What Qt's own controls are drawn in.
+[[nodiscard]] const QPalette& palette();
+
 /// Ink at an alpha of 0 to 1.
 [[nodiscard]] QColor ink(double alpha);
 
@@ -25,6 +29,9 @@ namespace RetroTheme {
 [[nodiscard]] const QFont& title();    ///< 18 pixels, medium.
 [[nodiscard]] const QFont& songName(); ///< 24 pixels, semibold.
 [[nodiscard]] const QFont& module();   ///< The same object as display().
+
+/// The font as it draws this text: with the letters of other scripts joined, accents and emoji put together.
+[[nodiscard]] QFont shaping(QFont font, const QString& text);
 
 /// The monospaced face at a size in logical pixels, for what no member above fits.
 [[nodiscard]] QFont monospaced(int pixels, QFont::Weight weight = QFont::Normal);

@@ -1,6 +1,5 @@
 #include "RetroTimelineView.h"
 
-#include "DeferredUserAction.h"
 #include "PlayheadFraction.h"
 #include "RetroTheme.h"
 #include "RetroTimelineGeometry.h"
@@ -82,7 +81,7 @@ void paintTicks(UnflippedPainter& painter, const RetroTimelineGeometry& geometry
 
 } // namespace
 
-RetroTimelineView::RetroTimelineView(TambrelBetaLog& log, QWidget* parent) : QWidget(parent), log_(log) {
+RetroTimelineView::RetroTimelineView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent); // Or each step of the handle would repaint the window below.
     setFocusPolicy(Qt::StrongFocus);
     makeAccessible<RetroTimelineView, AccessibleTimeline>();
@@ -110,7 +109,7 @@ void RetroTimelineView::setPosition(double seconds) {
 void RetroTimelineView::requestSeek(double seconds) {
     if (!isLoaded())
         return;
-    deferUserAction(log_, *this, "Moved timeline seek handle", "RetroTimelineView.seek(from:)");
+    deferUserAction(onUserAction, *this, "Moved timeline seek handle", "RetroTimelineView.seek(from:)");
     if (onSeek)
         onSeek(std::clamp(seconds, 0.0, duration_));
 }

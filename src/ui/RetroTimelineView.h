@@ -1,12 +1,12 @@
 #pragma once
 
+#include "DeferredUserAction.h"
+
 #include <QWidget>
 
 #include <functional>
 
 namespace tambrel {
-
-class TambrelBetaLog;
 
 /// The position bar of the player: the played part, a handle and nine marks. It never moves its handle by
 /// itself; whoever answers `onSeek` sets the new position. Main thread only; times in seconds.
@@ -18,9 +18,9 @@ public:
     /// arrow keys (5 seconds), Page Up and Page Down (30 seconds), Home or End, or through assistive
     /// software.
     std::function<void(double seconds)> onSeek;
+    UserActionLog onUserAction;
 
-    /// `log` outlives the view.
-    explicit RetroTimelineView(TambrelBetaLog& log, QWidget* parent = nullptr);
+    explicit RetroTimelineView(QWidget* parent = nullptr);
 
     /// 0 or less: nothing is loaded. The timeline is then a mere outline and asks for nothing.
     [[nodiscard]] double duration() const { return duration_; }
@@ -45,7 +45,6 @@ private:
     [[nodiscard]] QRect handleColumn() const;
     void announceValue();
 
-    TambrelBetaLog& log_;
     double duration_ = 0;
     double position_ = 0;
 };

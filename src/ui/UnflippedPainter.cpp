@@ -65,10 +65,12 @@ void UnflippedPainter::text(const QRectF& box, const QString& text, const QFont&
                             Qt::Alignment alignment) {
     save();
     scale(1, -1); // Upright again, or the letters would stand on their heads.
-    setFont(font);
+    setFont(RetroTheme::shaping(font, text));
     setPen(color);
+    setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight); // Ends where it is read to.
     const QRectF flippedBox(box.x(), -box.y() - box.height(), box.width(), box.height());
-    drawText(flippedBox, static_cast<int>(alignment) | Qt::TextSingleLine | Qt::TextDontClip, text);
+    drawText(flippedBox,
+             static_cast<int>(alignment | Qt::AlignAbsolute) | Qt::TextSingleLine | Qt::TextDontClip, text);
     restore();
 }
 
@@ -88,10 +90,6 @@ QRectF UnflippedPainter::snapped(const QRectF& area) const {
 double UnflippedPainter::snapped(double length) const {
     const double devicePixelsPerPoint = std::abs(deviceTransform().m11());
     return std::max(std::round(length * devicePixelsPerPoint), 1.0) / devicePixelsPerPoint;
-}
-
-QPointF unflipped(const QWidget& view, QPointF position) {
-    return {position.x(), view.height() - position.y()};
 }
 
 QRectF unflippedBounds(const QWidget& view) {

@@ -41,9 +41,6 @@ private:
     QWidget& view_;
 };
 
-/// A position that an event gave in the view's own flipped coordinates, in unflipped ones.
-[[nodiscard]] QPointF unflipped(const QWidget& view, QPointF position);
-
 /// The view's bounds in unflipped coordinates: origin 0, 0.
 [[nodiscard]] QRectF unflippedBounds(const QWidget& view);
 
