@@ -1,0 +1,192 @@
+#include "MainView.h"
+
+#include "BlackLEDActivityView.h"
+#include "DropTargetPanel.h"
+#include "FramedZone.h"
+#include "LoadedBlueRectangleView.h"
+#include "MIDITrackBarsView.h"
+#include "MainViewLayout.h"
+#include "PictureView.h"
+#include "QtText.h"
+#include "RetroButton.h"
+#include "RetroLabel.h"
+#include "RetroTheme.h"
+#include "RetroTimelineView.h"
+#include "SevenSegmentCounterView.h"
+#include "SongSession.h"
+#include "TambrelTransportCoordinator.h"
+#include "TimeText.h"
+#include "ViewAccessibility.h"
+
+#include <QPalette>
+#include <QUrl>
+
+#include <array>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+constexpr const char* noTime = "00:00:00.00";
+constexpr const char* noProgress = "PROGRESS 00:00:00.00";
+
+template<class View, class... Arguments>
+View* addView(QWidget* parent, const char* name, const QRect& place, Arguments&&... arguments) {
+    auto* view = new View(std::forward<Arguments>(arguments)..., parent);
+    view->setObjectName(name);
+    view->setGeometry(place);
+    return view;
+}
+
+RetroLabel* addLabel(QWidget* parent, const char* name, const QRect& place, const QString& text,
+                     const QFont& font = RetroTheme::display()) {
+    return addView<RetroLabel>(parent, name, place, text, font, Qt::AlignCenter);
+}
+
+} // namespace
+
+MainView::MainView(MainViewActions actions) : actions_(std::move(actions)) {
+    setObjectName("view");
+    setFixedSize(MainViewLayout::contentSize, MainViewLayout::contentSize);
+    QPalette paper = palette();
+    paper.setColor(QPalette::Window, RetroTheme::paper());
+    setPalette(paper);
+    setAutoFillBackground(true);
+    buildInterface();
+    show(MainViewFacts());
+}
+
+// The order of the children is the order in which Tab and assistive software go through them.
+void MainView::buildInterface() {
+    namespace Layout = MainViewLayout;
+    addLabel(this, "titleLabel", Layout::title, "TAMBREL", RetroTheme::title());
+    statusLabel_ = addLabel(this, "statusLabel", Layout::status, {});
+    addView<FramedZone>(this, "ledZone", Layout::ledZone);
+    activityView_ = addView<BlackLEDActivityView>(this, "activityView", Layout::activity);
+    dropPanel_ = addView<DropTargetPanel>(this, "dropPanel", Layout::dropPanel);
+    fileLabel_ = addLabel(dropPanel_, "fileLabel", Layout::file.translated(-Layout::dropPanel.topLeft()), {},
+                          RetroTheme::songName());
+    fileLabel_->setOverflow(RetroLabelOverflow::shrinkThenTruncate);
+    buildExplanation();
+    counterView_ = addView<SevenSegmentCounterView>(this, "counterView", Layout::counter);
+    moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
+    makeAccessible<PictureView, AccessibleView<QAccessible::Graphic>>();
+    logoView_ = addView<PictureView>(this, "logoView", Layout::logo, QString(":/MIDI_LOGO.svg"));
+    logoView_->setAccessibleName("MIDI logo");
+    buildLabels();
+    timeline_ = addView<RetroTimelineView>(this, "timeline", Layout::timeline);
+    trackBarsView_ = addView<MIDITrackBarsView>(this, "trackBarsView", Layout::trackBars);
+    buildButtons();
+    wireViews();
+}
+
+// Whoever sets the status, it is explained below what the file's label says, which is not said again.
+void MainView::buildExplanation() {
+    namespace Layout = MainViewLayout;
+    const QPoint panel = Layout::dropPanel.topLeft();
+    auto* label = addView<RetroLabel>(dropPanel_, "explanationLabel", Layout::explanation.translated(-panel),
+                                      QString(), RetroTheme::small(), Qt::AlignHCenter | Qt::AlignTop);
+    label->setOverflow(RetroLabelOverflow::wrapThenTruncate);
+    label->hide();
+    statusLabel_->onExplanation = [this, label, panel](const QString& explanation) {
+        const bool isThere = !explanation.isEmpty();
+        QString said = fileLabel_->text();
+        said.chop(1); // The full stop.
+        said += ": ";
+        label->setText(explanation.startsWith(said) ? explanation.sliced(said.size()) : explanation);
+        label->setVisible(isThere);
+        fileLabel_->setGeometry((isThere ? Layout::explainedFile : Layout::file).translated(-panel));
+    };
+}
+
+void MainView::buildLabels() {
+    namespace Layout = MainViewLayout;
+    gmModuleLabel_ = addLabel(this, "gmModuleLabel", Layout::gmModule, "GM Module", RetroTheme::module());
+    tempoLabel_ = addLabel(this, "tempoLabel", Layout::tempo, {});
+    keyLabel_ = addLabel(this, "keyLabel", Layout::key, {});
+    tracksLabel_ = addLabel(this, "tracksLabel", Layout::tracks, {});
+    lengthLabel_ = addLabel(this, "lengthLabel", Layout::length, {});
+    progressLabel_ = addLabel(this, "progressLabel", Layout::progress, {});
+}
+
+void MainView::buildButtons() {
+    struct Row {
+        const char* name;
+        const char* title;
+        const std::function<void()>& action;
+    };
+    const std::array<Row, MainViewLayout::buttons.size()> rows{{
+        {"playPauseButton", "Play", actions_.playPause},
+        {"stopButton", "Stop", actions_.stop},
+        {"rtzButton", "RTZ", actions_.rtz},
+        {"loudnessButton", "Loudness", actions_.toggleLoudness},
+        {"clearButton", "Clear", actions_.clear},
+    }};
+    std::array<RetroButton*, rows.size()> buttons{};
+    for (std::size_t at = 0; at < rows.size(); ++at) {
+        buttons[at] = addView<RetroButton>(this, rows[at].name, MainViewLayout::buttons[at], rows[at].title,
+                                           rows[at].action);
+        buttons[at]->setAutoDefault(true); // Return presses it, and not the space bar alone.
+    }
+    playPauseButton_ = buttons[0];
+    loudnessButton_ = buttons[3];
+}
+
+void MainView::wireViews() {
+    timeline_->onSeek = actions_.seek;
+    dropPanel_->onFile = actions_.open;
+    timeline_->onUserAction = dropPanel_->onUserAction = actions_.log;
+}
+
+void MainView::show(const MainViewFacts& facts) {
+    dropPanel_->setLoaded(facts.isLoaded);
+    moduleZone_->setLoaded(facts.isLoaded);
+    logoView_->setVisible(facts.isLoaded);
+    gmModuleLabel_->setVisible(facts.isLoaded);
+    showTexts(facts);
+    counterView_->setText(noTime);
+    timeline_->setDuration(facts.duration);
+    timeline_->setPosition(0);
+    trackBarsView_->setTrackCount(facts.trackCount);
+    trackBarsView_->setLanes(facts.lanes);
+    trackBarsView_->setProgress(0);
+    activityView_->setAnimating(false);
+    playPauseButton_->setText("Play");
+    loudnessButton_->setEnabled(true);
+}
+
+void MainView::showTexts(const MainViewFacts& facts) {
+    fileLabel_->setText(facts.file);
+    showStatus(facts.status, facts.explanation);
+    tempoLabel_->setText(facts.tempo);
+    keyLabel_->setText(facts.key);
+    tracksLabel_->setText(QString::number(facts.trackCount) + " Tracks");
+    lengthLabel_->setText("LENGTH " + toQString(timeText(facts.duration)));
+    progressLabel_->setText(noProgress);
+}
+
+void MainView::showLoading() {
+    showStatus("Loading", {});
+    activityView_->setAnimating(true);
+}
+
+void MainView::showStatus(const QString& title, const QString& explanation) {
+    statusLabel_->setText(title, explanation);
+}
+
+TransportControls MainView::transportControls(SongSession& session, std::function<void()> beep) const {
+    return {.player = session.player(),
+            .playbackState = session.playbackState(),
+            .counterView = *counterView_,
+            .progressLabel = *progressLabel_,
+            .statusLabel = *statusLabel_,
+            .timeline = *timeline_,
+            .trackBarsView = *trackBarsView_,
+            .activityView = *activityView_,
+            .playPauseButton = *playPauseButton_,
+            .loudnessButton = *loudnessButton_,
+            .beep = std::move(beep),
+            .preparation = &session.preparation()};
+}
+
+} // namespace tambrel

@@ -1,0 +1,162 @@
+#include "MainViewController.h"
+
+#include "DecimalText.h"
+#include "LocalPath.h"
+#include "MainView.h"
+#include "QtText.h"
+#include "TambrelBetaLog.h"
+#include "UTF8.h"
+
+#include <QUrl>
+
+#include <string_view>
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+MainViewFacts factsOf(const TambrelLoadedFile& file, double duration) {
+    const MIDIFileInfo& info = file.info;
+    MainViewFacts facts{.file = toQString(file.fileName),
+                        .status = toQString(file.loadedStatus),
+                        .trackCount = info.displayTrackCount,
+                        .duration = duration,
+                        .lanes = info.timelineLanes,
+                        .isLoaded = true};
+    if (info.tempoBPM)
+        facts.tempo = QString::asprintf("%.3f BPS", *info.tempoBPM);
+    if (info.keySignature)
+        facts.key = "KEY " + toQString(*info.keySignature);
+    return facts;
+}
+
+} // namespace
+
+MainViewController::MainViewController(MainViewServices services, TambrelBetaLog& log)
+    : services_(std::move(services)),
+      log_(log),
+      view_(makeView()),
+      session_({services_.makePlayer, services_.buildTimeline}, sessionEvents(), log),
+      transportCoordinator_(view_->transportControls(session_, services_.beep), log) {
+    transportCoordinator_.wirePlayer();
+    session_.player().onChange = [this](PlaybackChange change) { report(change); };
+}
+
+QWidget& MainViewController::view() const {
+    return *view_;
+}
+
+MainView* MainViewController::makeView() {
+    log_.procedure("MainViewController.loadView", "Creating Tambrel root view");
+    log_.procedure("MainViewController.viewDidLoad", "Main controller view loaded");
+    log_.procedure("MainViewController.buildInterface",
+                   "Building controls, labels, drop target, and transport");
+    const auto seekTo = [this](double position) {
+        log_.procedure("MainViewController.timeline.onSeek",
+                       [position] { return "Timeline requested seek to " + decimalText(position); });
+        seek(position);
+    };
+    const auto open = [this](const QUrl& url) {
+        log_.procedure("MainViewController.dropPanel.onFile",
+                       [&url] { return "Drop panel requested load for " + url.fileName().toStdString(); });
+        load(localPath(url));
+    };
+    UserActionLog logUser;
+    if (log_.diagnosticsEnabled())
+        logUser = [this](auto action, auto procedure) { log_.userAction(action, procedure); };
+    return new MainView({.playPause = [this] { playPause(); },
+                         .stop = [this] { stop(); },
+                         .rtz = [this] { rtz(); },
+                         .toggleLoudness = [this] { toggleLoudness(); },
+                         .clear = [this] { clearLoadedMIDI(); },
+                         .seek = seekTo,
+                         .open = open,
+                         .log = std::move(logUser)});
+}
+
+SongSessionEvents MainViewController::sessionEvents() {
+    return {.leaving = [this] { transportCoordinator_.dropWaitingPlay(); },
+            .loading = [this] { view_->showLoading(); },
+            .loaded = [this](const TambrelLoadedFile& file) { showLoaded(file); },
+            .failed = [this](const TambrelLoadError& error) { showFailure(error); },
+            .cleared =
+                [this] {
+                    transportCoordinator_.updateLoudnessButton();
+                    view_->show(MainViewFacts());
+                },
+            .changed = [this] { report(PlaybackChange::song); },
+            .finished =
+                [this](const std::string& failure) {
+                    if (services_.loadFinished)
+                        services_.loadFinished(failure);
+                },
+            .playWanted = [this] { playPause(); }};
+}
+
+void MainViewController::showLoaded(const TambrelLoadedFile& file) {
+    transportCoordinator_.updateLoudnessButton();
+    view_->show(factsOf(file, player().duration()));
+}
+
+void MainViewController::showFailure(const TambrelLoadError& error) {
+    transportCoordinator_.updateLoudnessButton();
+    view_->show({.file = toQString(error.userMessage()),
+                 .status = toQString(error.statusTitle()),
+                 .explanation = toQString(error.diagnosticDescription())});
+    services_.beep();
+}
+
+void MainViewController::load(const std::filesystem::path& url, AfterLoad after) {
+    session_.load(url, after);
+}
+
+void MainViewController::openFile() {
+    constexpr std::string_view name = "MainViewController.openFile";
+    log_.userAction("Clicked Open MIDI File menu item", name);
+    const auto file = services_.chooseFile();
+    if (!file) {
+        log_.procedure(name, "Open MIDI File panel cancelled");
+        return;
+    }
+    log_.procedure(name,
+                   [&file] { return "Open panel selected " + UTF8::repaired(file->filename().native()); });
+    load(*file);
+}
+
+void MainViewController::clearLoadedMIDI() {
+    log_.userAction("Clicked Clear loaded MIDI button", "MainViewController.clearLoadedMIDI");
+    session_.clear();
+}
+
+void MainViewController::playPause() {
+    if (player().mode() == PlaybackMode::playing)
+        session_.waitAfterLoad();
+    transportCoordinator_.playPause();
+}
+
+void MainViewController::stop() {
+    session_.waitAfterLoad();
+    transportCoordinator_.stop();
+}
+
+void MainViewController::rtz() {
+    transportCoordinator_.rtz();
+}
+
+void MainViewController::fallSilent() {
+    session_.waitAfterLoad();
+    session_.dropWhatWaits();
+    if (player().mode() == PlaybackMode::playing)
+        session_.player().stop();
+}
+
+void MainViewController::toggleLoudness() {
+    transportCoordinator_.toggleLoudness();
+}
+
+void MainViewController::report(PlaybackChange change) const {
+    if (onPlaybackChange)
+        onPlaybackChange(change);
+}
+
+} // namespace tambrel
