@@ -13,11 +13,9 @@
 #include <QFileOpenEvent>
 #include <QIcon>
 #include <QMenuBar>
-#include <QScreen>
 #include <QSettings>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <iterator>
 #include <string_view>
@@ -28,13 +26,6 @@ namespace {
 
 constexpr std::string_view opening = "AppDelegate.openMIDIURLs";
 
-std::vector<QRectF> visibleFrames() {
-    std::vector<QRectF> frames;
-    for (const QScreen* screen : QApplication::screens())
-        frames.emplace_back(screen->availableGeometry());
-    return frames;
-}
-
 std::filesystem::path locationOf(const QString& uri) {
     return localPath(QUrl::fromEncoded(uri.toUtf8()));
 }
@@ -42,11 +33,7 @@ std::filesystem::path locationOf(const QString& uri) {
 } // namespace
 
 AppDelegate::AppDelegate(AppDelegateServices services, TambrelBetaLog& log)
-    : services_(std::move(services)), log_(log), windowPlacementStore_(services_.settings) {
-    using namespace std::chrono_literals;
-    placeTimer_.setSingleShot(true);
-    placeTimer_.setInterval(200ms);
-    connect(&placeTimer_, &QTimer::timeout, this, [this] { windowDidMove(); });
+    : services_(std::move(services)), log_(log) {
     qApp->installEventFilter(this);
     connect(qApp, &QApplication::commitDataRequest, this, [this] { sessionWillEnd(); });
 }
@@ -59,8 +46,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     QMenuBar* menuBar = installMenu();
     window_ = std::make_unique<MainWindow>(new MainViewController(services_.view, log_));
     window_->setMenuBar(menuBar);
-    if (keepsPlace())
-        placeWindow();
+    if (services_.purpose == LaunchPurpose::use)
+        placement_.emplace(*window_, services_.settings);
     firstPaint_ = std::make_unique<FirstPaint>(*window_, [this] { finishLaunching(); });
     window_->show();
 }
@@ -96,54 +83,25 @@ QMenuBar* AppDelegate::installMenu() {
     return bar;
 }
 
-// A Wayland compositor neither tells where a window is nor lets it choose.
-bool AppDelegate::keepsPlace() const {
-    return services_.purpose == LaunchPurpose::use && !QApplication::platformName().startsWith("wayland");
-}
-
-// By its content, menu bar included: what the window manager puts around it is unknown before it shows. The
-// place of a screen that is gone would leave the window where nobody sees it.
-void AppDelegate::placeWindow() {
-    const QSize size = window_->sizeHint();
-    const auto visible = visibleFrames();
-    QRectF frame = windowPlacementStore_.launchFrame(size, visible);
-    if (!TambrelWindowPlacementStore::bestVisibleFrame(frame, visible))
-        frame = TambrelWindowPlacementStore::centeredFrame(size, visible);
-    window_->setGeometry({frame.topLeft().toPoint(), size});
-}
-
-// Its height is known only now.
-void AppDelegate::keepTitleBarOnScreen() {
-    const QRectF frame = window_->frameGeometry();
-    const QRectF kept = TambrelWindowPlacementStore::clamped(frame, visibleFrames());
-    if (kept.top() > frame.top())
-        window_->move(window_->x(), static_cast<int>(kept.top()));
-}
-
 void AppDelegate::finishLaunching() {
-    if (keepsPlace())
-        keepTitleBarOnScreen();
-    window_->onMove = [this] { placeTimer_.start(); }; // Keeping it syncs a file, too slow for every step.
+    if (placement_)
+        placement_->follow();
     installRuntimeAppIcon();
     hasSession_ = services_.purpose == LaunchPurpose::use;
     if (hasSession_ &&
         log_.startSession() == TambrelBetaLog::Launch::isOver) // May ask; what arrives is kept.
         return;
-    mainViewController_ = static_cast<MainViewController*>(window_->centralWidget());
+    mainViewController_ = &window_->controller();
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
     openPendingMIDIURLs();
-    for (const QString& action : std::exchange(pendingActions_, {}))
+    for (const QString& action : pending_.takeActions())
         performAction(action);
 }
 
-void AppDelegate::windowDidMove() const {
-    if (window_ && keepsPlace() && !window_->isMinimized())
-        windowPlacementStore_.save(window_->geometry());
-}
-
 void AppDelegate::applicationWillTerminate() {
-    windowDidMove();
+    if (placement_)
+        placement_->keep();
     services_.settings.sync();
     if (hasSession_) // Else a crash before this run is still to be offered, by the next.
         log_.finishSession();
@@ -193,9 +151,7 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, A
         return;
     }
     if (!mainViewController_) {
-        if (pendingMIDIURLs_.empty())
-            afterPendingLoad_ = after;
-        std::ranges::move(supported, std::back_inserter(pendingMIDIURLs_));
+        pending_.add(std::move(supported), after);
         log_.procedure(opening, "Main window not ready; queued MIDI URLs");
         return;
     }
@@ -205,15 +161,16 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, A
 }
 
 void AppDelegate::openPendingMIDIURLs() {
-    if (pendingMIDIURLs_.empty())
+    const auto [files, after] = pending_.takeFiles();
+    if (files.empty())
         return;
     log_.function("AppDelegate.openPendingMIDIURLs", "Opening queued MIDI URL(s)");
-    openMIDIURLs(std::exchange(pendingMIDIURLs_, {}), afterPendingLoad_);
+    openMIDIURLs(files, after);
 }
 
 void AppDelegate::performAction(const QString& name) {
     if (!mainViewController_)
-        pendingActions_ << name;
+        pending_.addAction(name);
     else if (name == "play-pause")
         mainViewController_->playPause();
     else if (name == "stop")

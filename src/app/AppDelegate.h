@@ -1,13 +1,13 @@
 #pragma once
 
 #include "MainViewController.h"
+#include "PendingRequests.h"
 #include "TambrelAboutPanel.h"
-#include "TambrelWindowPlacementStore.h"
+#include "WindowPlacement.h"
 
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 
 #include <filesystem>
 #include <functional>
@@ -86,11 +86,7 @@ public:
 private:
     void installRuntimeAppIcon();
     [[nodiscard]] QMenuBar* installMenu();
-    [[nodiscard]] bool keepsPlace() const;
-    void placeWindow();
-    void keepTitleBarOnScreen();
     void finishLaunching();
-    void windowDidMove() const;
     void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
                       const QString& activationToken = {});
     void openPendingMIDIURLs();
@@ -99,12 +95,9 @@ private:
     TambrelBetaLog& log_;
     std::unique_ptr<MainWindow> window_;
     MainViewController* mainViewController_ = nullptr; ///< The window's, once launching is over.
-    std::vector<std::filesystem::path> pendingMIDIURLs_;
-    AfterLoad afterPendingLoad_ = AfterLoad::wait; ///< Of the first of them, the only one that is opened.
-    QStringList pendingActions_;
-    TambrelWindowPlacementStore windowPlacementStore_;
-    QTimer placeTimer_;       ///< Runs until the window has come to rest.
-    bool hasSession_ = false; ///< The log's.
+    std::optional<WindowPlacement> placement_;         ///< Of the window; absent for a picture.
+    PendingRequests pending_;                          ///< Until launching is over.
+    bool hasSession_ = false;                          ///< The log's.
     std::unique_ptr<FirstPaint> firstPaint_;
 };
 

@@ -1,5 +1,6 @@
 #include "AppDialogs.h"
 
+#include "QtText.h"
 #include "TambrelBetaLog.h"
 #include "TambrelMIDIFileSupport.h"
 
@@ -31,10 +32,10 @@ public:
 std::optional<bool> askModally(const ModalQuestion& question) {
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(QApplication::applicationName());
-    box.setText(QString::fromStdString(question.message));
-    box.setInformativeText(QString::fromStdString(question.informative));
-    QPushButton* first = box.addButton(QString::fromStdString(question.firstButton), QMessageBox::AcceptRole);
-    box.addButton(QString::fromStdString(question.secondButton), QMessageBox::RejectRole);
+    box.setText(toQString(question.message));
+    box.setInformativeText(toQString(question.informative));
+    QPushButton* first = box.addButton(toQString(question.firstButton), QMessageBox::AcceptRole);
+    box.addButton(toQString(question.secondButton), QMessageBox::RejectRole);
     box.setDefaultButton(first);
     const QuitWatch watch;
     box.exec();
@@ -52,7 +53,7 @@ std::optional<std::filesystem::path> chooseMIDIFile() {
     }
     QStringList patterns;
     for (const std::string_view extension : TambrelMIDIFileSupport::loadableExtensions()) {
-        const QString text = QString::fromUtf8(extension.data(), static_cast<qsizetype>(extension.size()));
+        const QString text = toQString(extension);
         patterns << "*." + text << "*." + text.toUpper();
     }
     const QString file = QFileDialog::getOpenFileName(QApplication::activeWindow(), "Open MIDI File", {},

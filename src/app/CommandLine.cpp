@@ -1,6 +1,5 @@
 #include "CommandLine.h"
 
-#include "AudioDriver.h"
 #include "LocalPath.h"
 
 #include <CLI/CLI.hpp>
@@ -94,6 +93,10 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         result.audioDrivers.push_back(driver);
     std::ranges::transform(files, std::back_inserter(result.files), pathOf);
     return result;
+}
+
+void complain(const std::string& message) {
+    std::cerr << "tambrel: " << message << "\n";
 }
 
 bool hasDisplay(int argc, char** argv) {

@@ -25,6 +25,9 @@ struct CommandLine {
 /// `status`.
 [[nodiscard]] std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status);
 
+/// Says something on the standard error stream in the program's name.
+void complain(const std::string& message);
+
 /// Has to run before the toolkit starts: a picture needs no display, and is painted at the scale of --scale.
 void prepareForScreenshot(const CommandLine& commandLine);
 

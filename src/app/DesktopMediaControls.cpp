@@ -4,6 +4,7 @@
 #include "ApplicationInfo.h"
 #include "LocalPath.h"
 #include "MainViewController.h"
+#include "QtText.h"
 
 #include <QGuiApplication>
 
@@ -36,7 +37,7 @@ MediaPlayerStatus status(PlaybackMode mode) {
 }
 
 QString title(const TambrelLoadedFile& file) {
-    return QString::fromStdString(std::filesystem::path(file.fileName).stem().string());
+    return toQString(std::filesystem::path(file.fileName).stem().string());
 }
 
 // A window of another system than X11 would have to be exported first.
@@ -52,8 +53,7 @@ DesktopMediaControls::DesktopMediaControls(QWidget& window, std::function<void()
     : window_(window),
       raise_(std::move(raise)),
       controller_(controller),
-      service_(QString::fromStdString(ApplicationInfo::current().identifier.value_or("")), controls(),
-               state(), bus),
+      service_(toQString(ApplicationInfo::current().identifier.value_or("")), controls(), state(), bus),
       inhibitor_(portalIdentifier(window), "A song is playing", bus) {
     controller_.onPlaybackChange = [this](PlaybackChange change) { follow(change); };
     inhibitor_.setInhibiting(controller_.player().mode() == PlaybackMode::playing);

@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include "AppDialogs.h"
+#include "AudioDrivers.h"
 #include "DesktopApplication.h"
 #include "DiagnosticServices.h"
 #include "MainWindow.h"
@@ -8,26 +9,22 @@
 #include "SoundBank.h"
 #include "StartupNotification.h"
 #include "SuddenExit.h"
+#include "SynthesizerFactory.h"
 #include "TambrelBetaLog.h"
+#include "TambrelLoadError.h"
 #include "TerminationSignals.h"
+#include "Timeline.h"
 
 #include <QApplication>
-#include <QPixmap>
 #include <QTimer>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 #include <utility>
 
 namespace tambrel {
 namespace {
-
-void complain(const std::string& message) {
-    std::cerr << "tambrel: " << message << "\n";
-}
 
 AfterLoad afterLoad(bool plays) {
     return plays ? AfterLoad::play : AfterLoad::wait;
@@ -40,9 +37,19 @@ GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
     return options;
 }
 
-TambrelBetaLog& configuredLog(QSettings& settings) {
+std::shared_ptr<const Timeline> buildTimeline(const MIDIData& song, const std::stop_token& stop) {
+    try {
+        return Timeline::build(song, stop);
+    } catch (const TimelineCancelled&) {
+        throw TambrelLoadCancelled();
+    }
+}
+
+// A picture is no session of the user's: without its services the log is off.
+TambrelBetaLog& programLog(QSettings& settings, const CommandLine& commandLine) {
     TambrelBetaLog& log = TambrelBetaLog::shared();
-    log.configure(diagnosticServices(settings));
+    if (commandLine.screenshot.empty())
+        log.configure(diagnosticServices(settings));
     return log;
 }
 
@@ -51,7 +58,7 @@ TambrelBetaLog& configuredLog(QSettings& settings) {
 Program::Program(CommandLine commandLine, DesktopApplication& desktop)
     : commandLine_(std::move(commandLine)),
       desktop_(desktop),
-      log_(configuredLog(settings_)),
+      log_(programLog(settings_, commandLine_)),
       engine_(engineOptions(commandLine_)),
       delegate_(services(), log_) {
     engine_.onNotice = [this](const std::string& sentence) {
@@ -63,11 +70,8 @@ Program::Program(CommandLine commandLine, DesktopApplication& desktop)
 Program::~Program() = default;
 
 AppDelegateServices Program::services() {
-    return {.view = {.makePlayer = [this](const MIDIData& song) { return engine_.makePlayer(song); },
-                     .adoptSong =
-                         [this](const LoadedSong& song) {
-                             engine_.adoptTimeline(song.file.playbackData, song.timeline);
-                         },
+    return {.view = {.makePlayer = [this](const PlayableSong& song) { return engine_.makePlayer(song); },
+                     .buildTimeline = buildTimeline,
                      .beep = [] { QApplication::beep(); },
                      .chooseFile = chooseMIDIFile,
                      .loadFinished = [this](const std::string& failure) { loadFinished(failure); }},
@@ -75,7 +79,7 @@ AppDelegateServices Program::services() {
             .about = [this] { return aboutFacts(); },
             .showDebuggingWindow = [this] { log_.showDebugWindow(); },
             .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); },
-            .purpose = commandLine_.screenshot.empty() ? LaunchPurpose::use : LaunchPurpose::picture};
+            .purpose = picture_.isOn() ? LaunchPurpose::picture : LaunchPurpose::use};
 }
 
 void Program::serve() {
@@ -103,8 +107,7 @@ int Program::run() {
     const TerminationSignals signalsEndNormally;
     const SuddenExit sessionEndsNormally([this] { delegate_.sessionWillEnd(); });
     if (!commandLine_.files.empty())
-        delegate_.applicationOpenFiles(commandLine_.files,
-                                       afterLoad(commandLine_.play && commandLine_.screenshot.empty()));
+        delegate_.applicationOpenFiles(commandLine_.files, afterLoad(commandLine_.play && !picture_.isOn()));
     delegate_.applicationDidFinishLaunching();
     delegate_.window()->onClose = [this] { desktop_.release(); };
     const int status = QApplication::exec();
@@ -127,32 +130,19 @@ void Program::fallSilent() {
 
 void Program::didFinishLaunching(MainViewController& view) {
     view_ = &view;
-    if (commandLine_.screenshot.empty())
+    if (!picture_.isOn())
         mediaControls_.emplace(
             *delegate_.window(), [this] { delegate_.raiseWindow(); }, view, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
-    const bool loadsNothing = std::ranges::none_of(commandLine_.files, AppDelegate::isSupportedMIDIURL);
-    if (!commandLine_.screenshot.empty() && loadsNothing)
-        takeScreenshot(commandLine_.files.empty() ? "" : "There is no song in the picture.");
+    if (picture_.isOn())
+        picture_.begin(view);
 }
 
 void Program::loadFinished(const std::string& failure) {
-    if (!commandLine_.screenshot.empty())
-        return takeScreenshot(failure);
+    if (picture_.isOn())
+        return picture_.take(*view_, failure);
     if (!failure.empty())
         complain(failure);
-}
-
-// Called when the file is there, or when its error is shown instead: both make a picture.
-void Program::takeScreenshot(const std::string& failure) {
-    if (!failure.empty())
-        complain(failure);
-    else if (commandLine_.at > 0)
-        view_->seek(commandLine_.at);
-    const bool written = view_->grab().save(QString::fromStdString(commandLine_.screenshot.string()), "PNG");
-    if (!written)
-        complain(commandLine_.screenshot.string() + ": The picture could not be written.");
-    QApplication::exit(written && failure.empty() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 AboutFacts Program::aboutFacts() const {

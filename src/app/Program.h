@@ -4,6 +4,7 @@
 #include "CommandLine.h"
 #include "DesktopMediaControls.h"
 #include "GeneralMIDIEngine.h"
+#include "PictureMode.h"
 
 #include <QSettings>
 
@@ -34,11 +35,11 @@ private:
     void fallSilent();
     void didFinishLaunching(MainViewController& view);
     void loadFinished(const std::string& failure);
-    void takeScreenshot(const std::string& failure);
     [[nodiscard]] AboutFacts aboutFacts() const;
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;
+    const PictureMode picture_{commandLine_};
     DesktopApplication& desktop_;
     QSettings settings_;
     TambrelBetaLog& log_;

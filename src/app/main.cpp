@@ -3,7 +3,8 @@
 #include "DesktopApplication.h"
 #include "HandOver.h"
 #include "Program.h"
-#include "QuickStyle.h"
+#include "QtText.h"
+#include "RetroStyle.h"
 
 #include <QApplication>
 
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
         return status;
     complainOfUnsupportedFiles(*commandLine);
     prepareForScreenshot(*commandLine);
-    const auto identifier = QString::fromStdString(ApplicationInfo::current().identifier.value_or("tambrel"));
+    const auto identifier = toQString(ApplicationInfo::current().identifier.value_or("tambrel"));
     DesktopApplication desktop(identifier);
     if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
         return EXIT_SUCCESS;
@@ -34,6 +35,6 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("Tambrel");
     QApplication::setDesktopFileName(identifier);
     const QApplication application(argc, argv);
-    QApplication::setStyle(new QuickStyle);
+    QApplication::setStyle(new RetroStyle);
     return Program(*commandLine, desktop).run();
 }

@@ -1,5 +1,7 @@
 #include "PortalEmail.h"
 
+#include "QtText.h"
+
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -44,9 +46,9 @@ Descriptors descriptors(const QUrl& file) {
 QVariantMap options(const EmailDraft& draft, const Descriptors& attachment, const QString& token) {
     // "address" and not "addresses", which the portals of older desktops do not know.
     QVariantMap map{{"handle_token", token},
-                    {"address", QString::fromStdString(draft.recipient)},
-                    {"subject", QString::fromStdString(draft.subject)},
-                    {"body", QString::fromStdString(draft.body)}};
+                    {"address", toQString(draft.recipient)},
+                    {"subject", toQString(draft.subject)},
+                    {"body", toQString(draft.body)}};
     if (draft.attachment) {
         qDBusRegisterMetaType<Descriptors>();
         map.insert("attachment_fds", QVariant::fromValue(attachment));
