@@ -1,7 +1,13 @@
 #pragma once
 
+#include "Inputs.h"
+#include "NoteFilter.h"
+#include "OfflineRenderer.h"
+#include "Outputs.h"
+
 #include <filesystem>
-#include <string_view>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace tambrel::cli {
@@ -9,33 +15,62 @@ namespace tambrel::cli {
 /// Exit statuses of the program.
 enum ExitStatus { allWell = 0, aFileFailed = 1, wrongUsage = 2 };
 
-/// Writes "tambrel-midi: FILE: message" to standard error.
-void complain(const std::filesystem::path& file, std::string_view message);
+/// How the files of a command are taken.
+struct BatchOptions {
+    unsigned jobs = 0;     ///< At a time; 0 for as many as there are processors.
+    bool failFast = false; ///< Begin with no further file once one has failed.
+};
 
-struct InfoOptions {
+/// What all commands know.
+struct CommonOptions {
+    InputOptions input;
+    BatchOptions batch;
+};
+
+struct InfoOptions : CommonOptions {
     bool json = false;
-    std::vector<std::filesystem::path> files;
+    bool all = false;   ///< What a song says of itself besides the facts.
+    bool check = false; ///< What is wrong with the files instead of the facts.
 };
 [[nodiscard]] ExitStatus runInfo(const InfoOptions& options);
 
-struct ConvertOptions {
+struct ConvertOptions : CommonOptions {
+    OutputOptions output;
     bool loudness = false; ///< Convert the Loudness variant.
-    bool force = false;    ///< Overwrite what stands at `output`.
-    std::filesystem::path input;
-    std::filesystem::path output;
 };
-/// A clip becomes the Standard MIDI File that is played for it, a Standard MIDI File its companion clip.
-[[nodiscard]] ExitStatus runConvert(const ConvertOptions& options);
+/// A clip becomes the Standard MIDI File that is played for it, a Standard MIDI File a MIDI 2.0 Clip File.
+[[nodiscard]] ExitStatus runConvert(ConvertOptions options);
 /// Writes the Loudness variant of what would be played.
-[[nodiscard]] ExitStatus runLoudness(const ConvertOptions& options);
+[[nodiscard]] ExitStatus runLoudness(ConvertOptions options);
 
-struct RenderCommandOptions {
+enum class Stems { none, tracks, channels };
+
+struct RenderCommandOptions : CommonOptions {
+    OutputOptions output;
     std::filesystem::path soundFont; ///< Empty for the default bank.
-    double sampleRate = 48000;
+    std::optional<SoundContainer> container;
+    RenderOptions sound;
+    NoteFilter notes;
+    Stems stems = Stems::none;
     bool loudness = false; ///< Render the Loudness variant.
-    std::filesystem::path input;
-    std::filesystem::path output;
 };
-[[nodiscard]] ExitStatus runRender(const RenderCommandOptions& options);
+[[nodiscard]] ExitStatus runRender(RenderCommandOptions options);
+
+struct EventsOptions : CommonOptions {
+    OutputOptions output;
+};
+/// Writes the events of songs and clips as text.
+[[nodiscard]] ExitStatus runDump(const EventsOptions& options);
+/// Makes songs and clips of such texts.
+[[nodiscard]] ExitStatus runBuild(const EventsOptions& options);
+
+struct PlayOptions : CommonOptions {
+    std::filesystem::path soundFont;       ///< Empty for the default bank.
+    std::vector<std::string> audioDrivers; ///< Empty for the default drivers.
+    bool loudness = false;                 ///< Play the Loudness variant.
+    bool loop = false;                     ///< Begin again after the last song.
+};
+/// Plays songs one after another; keys of the terminal control it.
+[[nodiscard]] ExitStatus runPlay(const PlayOptions& options);
 
 } // namespace tambrel::cli

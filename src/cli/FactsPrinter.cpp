@@ -1,5 +1,8 @@
 #include "FactsPrinter.h"
 
+#include "Console.h"
+#include "DetailsPrinter.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -87,7 +90,7 @@ std::string lengthText(double seconds) {
 
 std::string factsText(const TambrelLoadedFile& loaded, double duration) {
     const MIDIFileInfo& info = loaded.info;
-    std::string text = loaded.url.string() + "\n";
+    std::string text = printable(loaded.url.native()) + "\n";
     text += line("Status", loaded.loadedStatus);
     text += line("Format", std::to_string(info.format));
     text += line("Tracks", std::to_string(info.displayTrackCount) +
@@ -111,7 +114,8 @@ std::string factsJSON(const TambrelLoadedFile& loaded, double duration) {
                     {"duration", duration},
                     {"loadedStatus", loaded.loadedStatus},
                     {"importSummary", import ? importSummaryJSON(*import) : JSON()},
-                    {"companionSummary", companion ? companionSummaryJSON(*companion) : JSON()}});
+                    {"companionSummary", companion ? companionSummaryJSON(*companion) : JSON()},
+                    {"details", detailsJSON(SongDetails::gather(loaded.playbackData))}});
 }
 
 std::string errorJSON(const std::filesystem::path& file, const TambrelLoadError& error) {

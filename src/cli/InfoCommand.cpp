@@ -1,54 +1,60 @@
-#include "Commands.h"
+#include "Batch.h"
+#include "Console.h"
+#include "DetailsPrinter.h"
 #include "FactsPrinter.h"
+#include "Interruption.h"
 
 #include "TambrelFileLoader.h"
 #include "Timeline.h"
 
-#include <iostream>
-
 namespace tambrel::cli {
 namespace {
 
-void show(const std::filesystem::path& file, bool json) {
-    const TambrelLoadedFile loaded = TambrelFileLoader::load(file);
-    const double duration = Timeline::build(loaded.playbackData)->duration();
-    if (json)
-        std::cout << factsJSON(loaded, duration) << "\n";
-    else
-        std::cout << factsText(loaded, duration);
+Report facts(const std::filesystem::path& file, const InfoOptions& options) {
+    const TambrelLoadedFile loaded = loadInput(file);
+    const double duration = Timeline::build(loaded.playbackData, Interruption::token())->duration();
+    if (options.json)
+        return {.output = factsJSON(loaded, duration) + "\n", .errors = {}};
+    std::string text = factsText(loaded, duration);
+    if (options.all)
+        text += detailsText(SongDetails::gather(loaded.playbackData, Interruption::token()));
+    return {.output = std::move(text), .errors = {}};
 }
 
-void showError(const std::filesystem::path& file, const TambrelLoadError& error, bool json) {
+Report findings(const std::filesystem::path& file, bool json) {
+    const auto found = checkSong(readInput(file));
+    return {.output = json ? findingsJSON(file, found) + "\n" : findingsText(file, found),
+            .errors = {},
+            .failed = !found.empty()};
+}
+
+Report failure(const std::filesystem::path& file, const TambrelLoadError& error, bool json) {
     if (json)
-        std::cout << errorJSON(file, error) << "\n";
-    else
-        complain(file, error.diagnosticDescription());
+        return {.output = errorJSON(file, error) + "\n", .errors = {}, .failed = true};
+    return {.output = {}, .errors = complaint(file, error.diagnosticDescription()), .failed = true};
+}
+
+Report report(const std::filesystem::path& file, const InfoOptions& options) {
+    try {
+        return options.check ? findings(file, options.json) : facts(file, options);
+    } catch (const TambrelLoadError& error) {
+        return failure(file, error, options.json);
+    } catch (const TambrelLoadCancelled&) {
+    } catch (const TimelineCancelled&) {
+    } catch (const std::exception& error) {
+        return failure(file,
+                       TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error)),
+                       options.json);
+    }
+    return {.output = {}, .errors = {}, .failed = true};
 }
 
 } // namespace
 
-void complain(const std::filesystem::path& file, std::string_view message) {
-    std::cout.flush(); // What comes before on the screen has been said before.
-    std::cerr << "tambrel-midi: " << file.string() << ": " << message << "\n";
-}
-
-// A defect in one file never keeps the others from being shown.
 ExitStatus runInfo(const InfoOptions& options) {
-    ExitStatus status = allWell;
-    for (const auto& file : options.files) {
-        try {
-            show(file, options.json);
-            continue;
-        } catch (const TambrelLoadError& error) {
-            showError(file, error, options.json);
-        } catch (const std::exception& error) {
-            showError(file,
-                      TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error)),
-                      options.json);
-        }
-        status = aFileFailed;
-    }
-    return status;
+    const auto files = inputs(options.input);
+    return runBatch(files.size(), options.batch,
+                    [&](std::size_t job) { return report(files[job], options); });
 }
 
 } // namespace tambrel::cli
