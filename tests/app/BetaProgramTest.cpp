@@ -1,237 +1,236 @@
-#include "ApplicationInfo.h"
 #include "DesktopSession.h"
-#include "PrivateSessionBus.h"
+#include "ExpectedText.h"
 
-#include <gmock/gmock.h>
-
-#include <QDirIterator>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <QUrl>
 
+#include <csignal>
 #include <cstring>
+#include <stdexcept>
+#include <utility>
 
 namespace tambrel {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
+using testing::clipBytes;
+using testing::smfBytes;
+using testing::TrackBuilder;
 
-/// The whole program in a home of its own, with a mail program that only takes notes.
+/// The whole program with somebody who uses it, and what there is to see of it from outside.
 class BetaProgramTest : public DesktopSessionTest {
 protected:
     BetaProgramTest() {
-        QFile::remove(session.defaultsFile());
-        home.mkdir("bin");
-        QFile mailProgram(home.filePath("bin/xdg-email"));
-        EXPECT_TRUE(mailProgram.open(QIODevice::WriteOnly));
-        mailProgram.write("#!/bin/sh\nprintf '%s\\0' \"$@\" >\"$HOME/writing\" && mv \"$HOME/writing\" "
-                          "\"$HOME/mail\"\n");
-        mailProgram.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        session.set("PATH", home.filePath("bin") + ':' + qEnvironmentVariable("PATH"));
-        session.set("TAMBREL_TEST_QUESTIONS", home.filePath("questions"));
+        QFile::remove(session.home().filePath(DesktopSession::defaultsFile));
+        session.writeProgram(
+            "xdg-email", "printf '%s\\n' \"$@\" >\"$HOME/writing\" && mv \"$HOME/writing\" \"$HOME/mail\"\n");
+        for (const char* tool : {"lscpu", "free", "uname", "grep"})
+            session.writeProgram(tool, "echo \"${0##*/} $*\"\n");
     }
 
-    /// Starts the player on the demo song, with the answer that its questions will get.
-    void playAnswering(const char* answer) {
-        session.set("TAMBREL_TEST_ANSWER", answer);
-        play(TAMBREL_BETA_PROGRAM);
+    /// Ends the test where something does not happen.
+    void waitFor(const std::function<bool()>& condition) const {
+        if (!QTest::qWaitFor(condition, 30'000))
+            throw std::runtime_error("Nothing more happens after\n" + masked());
     }
-
-    void play(const char* program, const QStringList& options = {}) {
-        run = session.start(options + QStringList{"--play", TAMBREL_DEMO_SONG}, program);
+    void note(const QString& text) { seen += text.toUtf8() + '\n'; }
+    void noteLog() {
+        const auto log = QByteArray::fromStdString(session.log());
+        seen += log.mid(std::exchange(logged, log.size()));
     }
+    void noteCommand(const QStringList& words) { note("\n$ tambrel " + words.join(' ')); }
 
-    void end(int signal) {
-        ASSERT_EQ(run->state(), QProcess::Running);
+    /// What the user does, what there is to see of it, and what is new in the log.
+    void does(const QString& what) {
+        note("\n> " + what);
+        tell(what);
+    }
+    void tell(const QString& command) {
+        run->write(command.toUtf8() + '\n');
+        for (QByteArray line; !line.startsWith("done ");) {
+            waitFor([&] { return run->canReadLine(); });
+            line = run->readLine();
+            seen += line.startsWith("done ") ? "[" + line.mid(5).chopped(1) + "]\n" : line;
+        }
+        noteLog();
+        expectBeginning(masked(), "app/life.txt");
+    }
+    void starts(const QStringList& words = {}) {
+        noteCommand(words);
+        const int sessions = session.count("Application Session Started");
+        run = session.start(words);
+        if (logged > 0) // Else there is a question first.
+            waitFor([&] { return session.count("Application Session Started") > sessions; });
+    }
+    /// Another start, which ends by itself.
+    void handsOver(const QStringList& words) {
+        noteCommand(words);
+        const auto outcome = session.run(words);
+        note(QString::fromStdString(outcome.errors) + "status " + QString::number(outcome.status));
+        tell("wait");
+    }
+    void calls(const QString& method, const QStringList& words) {
+        note("\n$ gdbus " + method + ' ' + words.join(' '));
+        const auto outcome = method.startsWith("org.mpris") ? session.callPlayer(method, words)
+                                                            : session.callApplication(method, words);
+        note(QString::fromStdString(outcome.output + outcome.errors).trimmed());
+        tell("wait");
+    }
+    void ends(int signal) {
+        note(QString("\n(") + strsignal(signal) + ")");
         ::kill(static_cast<pid_t>(run->processId()), signal);
-        if (signal != SIGKILL)
-            return waitForEnd();
-        EXPECT_TRUE(run->waitForFinished(60'000));
+        hasEnded();
+    }
+    void hasEnded() {
+        const int status = DesktopSession::statusOf(*run);
+        noteLog();
+        note(QString::fromStdString(DesktopSession::errorsOf(*run)) + "status " + QString::number(status));
+        noteFiles();
+        expectBeginning(masked(), "app/life.txt");
+    }
+    void noteFiles() {
+        const auto settings = QString::fromStdString(session.content(DesktopSession::defaultsFile));
+        note("settings: " + settings.split('\n').filter("BetaLog").join(' '));
+        note("files: " +
+             QDir(session.home().filePath(DesktopSession::logFolder)).entryList(QDir::Files).join(' '));
+    }
+    /// With the log in the attached report left out.
+    void noteMail() {
+        const auto mail = [this] { return QByteArray::fromStdString(session.content("mail")); };
+        waitFor([&] { return !mail().isEmpty(); });
+        auto report = session.content(mail().split('\n').value(2).mid(session.home().path().size() + 1));
+        const auto text = QUrl::fromPercentEncoding(mail()).remove('\r').chopped(1);
+        const auto end = QString::fromStdString(report).right(3350);
+        EXPECT_TRUE(text.endsWith("]\n\n" + end)) << text.toStdString();
+        note("\nmail:\n" + text.chopped(3350) + "(the last 3350 characters)");
+        const auto log = report.find("Tambrel betaLOG\n");
+        ASSERT_NE(log, std::string::npos) << report;
+        EXPECT_TRUE(session.log().starts_with(report.substr(log)));
+        note("attached:\n" + QString::fromStdString(report.substr(0, log)) + "(the log)");
     }
 
-    void waitForEnd() { EXPECT_EQ(DesktopSession::statusOf(*run), 0); }
-
-    [[nodiscard]] static bool comes(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, 60'000);
+    [[nodiscard]] QString address(const char* song) const {
+        return "file://" + QString::fromStdString(session.song(song));
     }
 
-    [[nodiscard]] std::string content(const QString& name) const {
-        return tambrel::content(home.filePath(name).toStdString());
+    /// With what differs from run to run and from computer to computer left out.
+    [[nodiscard]] std::string masked() const {
+        auto text = QString::fromUtf8(seen).replace(session.home().path(), "~");
+        text.replace(QRegularExpression("[A-Z][a-z]{2} \\d+, \\d{4}, \\d\\d:\\d\\d:\\d\\d"), "(time)");
+        text.replace(QRegularExpression("\\d{8}-\\d{6}"), "(time)");
+        text.replace(QRegularExpression("^((Version|Build|macOS|Computer Name|Processor Count|Physical "
+                                        "Memory):) .*$",
+                                        QRegularExpression::MultilineOption),
+                     "\\1 (some)");
+        return text.toStdString();
     }
 
-    void waitUntilPlaying(int time) { ASSERT_TRUE(session.logs("Starting playback | ", time)); }
-
-    static constexpr auto folder = DesktopSession::logFolder;
-    static constexpr auto consentQuestion =
-        "Allow Tambrel to create a beta log file?/The beta log is used only for crashes and freezes. You can "
-        "still use the Debugging Window if you choose not to create a file./Allow\n";
-    static constexpr auto crashQuestion = "Tambrel may not have closed normally last time./Would you like to "
-                                          "email the beta log to Kestrune Software?/Email Report\n";
-    static constexpr auto crashEntry =
-        "] Possible previous crash or forced quit detected | TambrelBetaLog.startSession\n";
-    const QString log = QString(folder) + "Tambrel-beta-log.txt";
-    const QDir home = session.home();
+    QByteArray seen;
+    qsizetype logged = 0;
     DesktopSession::Program run;
 };
 
-std::string codePoints(const std::string& text, qsizetype last) {
-    const auto all = QString::fromStdString(text).toUcs4();
-    return QString::fromUcs4(reinterpret_cast<const char32_t*>(all.data()) + all.size() - last, last)
-        .toStdString();
-}
-
-/// As a client of the desktop sees it.
-std::string playbackStatus(const PrivateSessionBus& bus) {
-    return bus
-        .callPlayer("org.freedesktop.DBus.Properties.Get",
-                    {"org.mpris.MediaPlayer2.Player", "PlaybackStatus"})
-        .output;
-}
-
-/// The log at the end of a report that is letter by letter what it has to be; empty for any other.
-std::string capturedLog(const std::string& report) {
-    const auto& info = ApplicationInfo::current();
-    const auto fixed = [](const std::string& text) {
-        return QRegularExpression::escape(QString::fromStdString(text));
+TEST_F(BetaProgramTest, LivesThroughEverythingAsItDidBefore) {
+    const auto write = [this](const char* name, const Bytes& bytes) {
+        session.write(QString("songs/") + name,
+                      {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())});
     };
-    const QString stamp = "[^\n]+";
-    const auto pattern =
-        fixed("TYPE YOUR NOTES HERE:\n\nDo not enter any text below this line!\n\n" + std::string(75, '_') +
-              "\n\nTambrel App Info:\nApp Name: " + info.displayName.value_or(info.name.value_or("Tambrel")) +
-              "\nVersion: " + info.shortVersion.value_or("Unknown") +
-              "\nBuild: " + info.build.value_or("Unknown") +
-              "\nBundle Identifier: software.kestrune.tambrel.beta\nDiagnostics Enabled: YES\nCollected: ") +
-        stamp + "\n\nMacintosh Info:\nCollected: " + stamp + "\n\n" + "(?:[^\n]*\n)+?" + // The profiler's.
-        "\n(Tambrel betaLOG\nCreated: .*)";
-    const QRegularExpression whole(QRegularExpression::anchoredPattern(pattern),
-                                   QRegularExpression::DotMatchesEverythingOption);
-    const auto match = whole.match(QString::fromStdString(report));
-    EXPECT_TRUE(match.hasMatch()) << report;
-    return match.captured(1).toStdString();
-}
-
-TEST_F(BetaProgramTest, MailsTheReportOfACrashCompleteAndLetterByLetter) {
-    playAnswering("Allow");
-    waitUntilPlaying(1);
-    EXPECT_TRUE(session.hasMarker());
-    end(SIGKILL);
-    QFile earlierLog(home.filePath(log));
-    ASSERT_TRUE(earlierLog.open(QIODevice::Append));
-    for (int i = 0; i < 200; ++i)
-        earlierLog.write("[earlier] Etwas Längeres, das schon ☃ dastand | Früher.früher\n");
-    earlierLog.close();
-
-    playAnswering("Email Report");
-    ASSERT_TRUE(comes([&] { return QFile::exists(home.filePath("mail")); }));
-    waitUntilPlaying(2);
-    end(SIGTERM);
-    EXPECT_FALSE(session.hasMarker());
-    EXPECT_EQ(content("questions"), std::string(consentQuestion) + crashQuestion);
-
-    const auto attached = QDir(home.filePath(folder)).entryInfoList({"Tambrel-beta-report-*.txt"});
-    ASSERT_EQ(attached.size(), 1);
-    const auto report = content(folder + attached[0].fileName());
-    const auto mail = QByteArray::fromStdString(content("mail")).split('\0');
-    ASSERT_EQ(mail.size(), 5);
-    EXPECT_THAT(mail,
-                ElementsAre("--utf8", "--attach", attached[0].absoluteFilePath().toUtf8(), mail[3], ""));
-    const auto link = QString::fromUtf8(mail[3]);
-    const QString start = "mailto:support@kestrune.example?subject=Tambrel%20Bug%20Report%21&body=";
-    EXPECT_TRUE(link.startsWith(start)) << mail[3].toStdString();
-    EXPECT_EQ(
-        QUrl::fromPercentEncoding(mail[3].mid(start.size())).replace("\r\n", "\n").toStdString(),
-        "TYPE YOUR NOTES HERE:\n\nThe full Tambrel beta report is attached as a text file and copied to "
-        "the Clipboard. The latest report text is included below.\n"
-        "[Earlier report entries were truncated for reliable email body delivery.]\n\n" +
-            codePoints(report, 3350));
-
-    const auto logText = capturedLog(report);
-    EXPECT_THAT(logText, HasSubstr(crashEntry));
-    EXPECT_EQ(content(log).substr(0, logText.size()), logText);
-}
-
-TEST_F(BetaProgramTest, AsksAgainWhatWasOpenWhenItWasToldToEnd) {
-    const auto endAt = [this](const std::string& questions) {
-        playAnswering("nothing");
-        ASSERT_TRUE(comes([&] { return content("questions") == questions; }));
-        end(SIGTERM);
+    const auto song = [](std::uint32_t ticks) {
+        return smfBytes(
+            1, 480,
+            {TrackBuilder().tempo(0, 500'000).key(0, 2, false).noteOn(0, 9, 36).noteOff(ticks, 9, 36),
+             TrackBuilder().program(0, 1, 33).noteOn(0, 1, 40).noteOff(480, 1, 40)});
     };
-    const std::string consent = consentQuestion;
-    endAt(consent);
-    EXPECT_FALSE(QDir(home.filePath(folder)).exists());
-    EXPECT_THAT(content(".config/Kestrune Software/Tambrel.conf"), Not(HasSubstr("BetaLog")));
-    playAnswering("Allow");
-    waitUntilPlaying(1);
-    end(SIGKILL);
-    endAt(consent + consent + crashQuestion);
-    EXPECT_TRUE(session.hasMarker());
-    EXPECT_EQ(content("mail"), "");
-    playAnswering("Not Now");
-    ASSERT_TRUE(
-        comes([&] { return content("questions") == consent + consent + crashQuestion + crashQuestion; }));
-    end(SIGTERM);
-}
+    write("minute.mid", song(57'600));
+    write("second.MID", song(960));
+    write("two words.mid", song(57'600));
+    write("clip.midi2", clipBytes({0xF0200000, 0, 0, 0, 0x20903C64, 0x0040E100, 0x20803C00}));
+    write("cut.clip", clipBytes({0x40}));
+    write("broken.mid", {'M', 'T', 'h', 'd'});
+    write("format 2.mid", smfBytes(2, 480, {TrackBuilder().endOfTrack()}));
+    write("notes.txt", {'?'});
 
-TEST_F(BetaProgramTest, AsksNothingAfterANormalEnd) {
-    playAnswering("Allow");
-    const int endings[] = {SIGTERM, SIGHUP, SIGINT, SIGTERM};
-    for (int i = 0; i < 4; ++i) {
-        SCOPED_TRACE(strsignal(endings[i]));
-        waitUntilPlaying(i + 1);
-        EXPECT_TRUE(session.hasMarker());
-        end(endings[i]);
-        EXPECT_FALSE(session.hasMarker());
-        EXPECT_EQ(session.count("Application Session Ended Normally | "), i + 1);
-        playAnswering("Not Now");
-    }
-    waitUntilPlaying(5);
-    end(SIGTERM);
-    EXPECT_EQ(content("questions"), consentQuestion);
-    EXPECT_EQ(content("mail"), "");
-}
+    starts(); // For the first time.
+    does("answer");
+    ends(SIGTERM); // Before there is an answer.
+    starts();
+    does("answer Escape");
+    ends(SIGHUP);
+    starts(); // Without a question.
+    does("click Play");
+    ends(SIGTERM);
+    QFile::remove(session.home().filePath(DesktopSession::defaultsFile));
+    starts();
+    does("answer Return");
 
-TEST_F(BetaProgramTest, AsksAndKeepsNothingForAPicture) {
-    const QString settings = ".config/Kestrune Software/Tambrel.conf";
-    const std::string place = "[General]\nTambrelMainWindowFrame=\"{{30, 20}, {480, 500}}\"\n";
-    for (const auto& before : {std::string(), place}) {
-        SCOPED_TRACE(before.empty() ? "the first start" : "a place that is kept");
-        if (!before.empty()) {
-            EXPECT_TRUE(QFileInfo(home.filePath(settings)).dir().mkpath("."));
-            QFile file(home.filePath(settings));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(before.c_str());
-        }
-        play(TAMBREL_BETA_PROGRAM, {"--screenshot", home.filePath("picture.png")});
-        waitForEnd();
-        EXPECT_TRUE(QFile::remove(home.filePath("picture.png")));
-        EXPECT_EQ(content(settings), before);
-        EXPECT_EQ(content("questions"), "");
-        EXPECT_FALSE(session.hasMarker());
-    }
-}
+    for (const char* action :
+         {"click Play", "click Stop", "click RTZ", "click Loudness", "click Loudness On"})
+        does(action);
+    does("drop " + address("minute.mid"));
+    for (const char* action :
+         {"press Space", "click Loudness", "click Pause", "click RTZ", "seek 0.5", "click Loudness",
+          "click Resume", "press Ctrl+.", "press Ctrl+R", "click Clear"})
+        does(action);
+    does("press Ctrl+O");
+    does("choose");
+    does("press Ctrl+O");
+    does("choose " + QString::fromStdString(session.song("second.MID")));
+    does("playout");
 
-TEST_F(BetaProgramTest, LeavesNothingButSettingsWithoutDiagnostics) {
-    if (ApplicationInfo::current().diagnosticsEnabled())
-        GTEST_SKIP() << "this build has diagnostics";
-    play(TAMBREL_PROGRAM, {"--screenshot", home.filePath("picture.png")});
-    waitForEnd();
-    const PrivateSessionBus bus;
-    session.set("DBUS_SESSION_BUS_ADDRESS", bus.environment().value("DBUS_SESSION_BUS_ADDRESS"));
-    play(TAMBREL_PROGRAM);
-    ASSERT_TRUE(comes([&] { return playbackStatus(bus) == "(<'Playing'>,)"; }));
-    end(SIGTERM);
-    std::vector<std::string> files;
-    for (QDirIterator all(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-         all.hasNext();)
-        files.push_back(QDir(home.path()).relativeFilePath(all.next()).toStdString());
-    std::erase(files, "bin/xdg-email");
-    EXPECT_EQ(std::erase(files, "picture.png"), 1u);
-    std::erase(files, ".config/Kestrune Software/Tambrel.conf");
-    EXPECT_THAT(files, IsEmpty());
-    EXPECT_THAT(content(".config/Kestrune Software/Tambrel.conf"), Not(HasSubstr("BetaLog")));
+    handsOver({});
+    handsOver({"--play", "notes.txt", "two words.mid", "minute.mid"});
+    handsOver({"--play", "notes.txt"});
+    calls("ActivateAction", {"play-pause", "[]", "{}"});
+    calls("ActivateAction", {"stop", "[]", "{}"});
+    calls("Open", {"['https://a.example/a.mid', '" + address("two%20words.mid") + "']", "{'play': <true>}"});
+    calls("org.mpris.MediaPlayer2.Player.Pause", {});
+    calls("org.mpris.MediaPlayer2.Player.OpenUri", {"'" + address("clip.midi2") + "'"});
+    calls("org.mpris.MediaPlayer2.Player.OpenUri", {"'" + address("notes.txt") + "'"});
+    for (const char* failing : {"missing.mid", "broken.mid", "format 2.mid", "cut.clip"})
+        handsOver({failing});
+
+    does("press Ctrl+B");
+    for (const char* button : {"White Background", "Copy Text"})
+        does(QString("click ") + button);
+    does("paste");
+    does("click Email Window Text");
+    does("link");
+    does("click Clear Window");
+    does("click Email Window Text");
+    does("link");
+    does("paste");
+    does("click Reveal Log");
+    does("link");
+    ends(SIGKILL);
+
+    starts();
+    does("answer");
+    ends(SIGINT);
+    starts();
+    does("answer Email Report");
+    noteMail();
+    ends(SIGTERM);
+
+    starts({"notes.txt", "minute.mid", "second.MID"});
+    does("wait");
+    const auto other = session.start({"--new-instance"});
+    waitFor([&] { return session.markers().size() == 2; });
+    other->kill();
+    EXPECT_TRUE(session.callPlayer("org.mpris.MediaPlayer2.Quit").errors.empty());
+    note("\n(Another window is killed, and this one closed.)");
+    hasEnded();
+    starts();
+    does("answer Not Now");
+    ends(SIGTERM);
+
+    noteCommand({"--screenshot", "../picture.png", "minute.mid"});
+    run = session.start({"--screenshot", "../picture.png", "minute.mid"});
+    hasEnded();
+    EXPECT_TRUE(QFile::exists(session.home().filePath("picture.png")));
+    session.set("TAMBREL_SOUNDFONT", "/no/such/bank.sf2");
+    starts({"minute.mid"});
+    does("wait");
+    ends(SIGTERM);
+    EXPECT_TRUE(isExpected(masked(), "app/life.txt"));
 }
 
 } // namespace

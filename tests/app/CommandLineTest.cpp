@@ -39,18 +39,6 @@ TEST(CommandLine, ReadsWhatToOpenAndHow) {
     EXPECT_EQ(status, -1) << "the program goes on";
 }
 
-TEST(CommandLine, LeavesItsOwnOptionsToTheToolkit) {
-    const std::vector<std::string> rows[] = {
-        {"-platform", "offscreen", "a.mid"}, {"-stylesheet=a.qss", "a.mid"}, {"a.mid", "-display"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.front() + " " + row.back());
-        int status = -1;
-        const auto commandLine = read(row, status);
-        ASSERT_TRUE(commandLine);
-        EXPECT_THAT(commandLine->files, ElementsAre("a.mid"));
-    }
-}
-
 TEST(CommandLine, TakesBankAndDriverFromTheEnvironmentUnlessTheyAreGiven) {
     qputenv("TAMBREL_SOUNDFONT", "other.sf2");
     qputenv("TAMBREL_AUDIO_DRIVER", "jack");

@@ -1,20 +1,11 @@
-#include "MainViewLayout.h"
-
 #include "DrivenWindow.h"
-#include "MIDITrackBarsGeometry.h"
+#include "RetroButton.h"
 #include "TambrelLoadError.h"
 
 #include <QFontMetricsF>
 
 namespace tambrel {
 namespace {
-
-TEST(MainViewLayout, HasRoomForSixteenLanes) {
-    const std::vector<MIDITrackPhraseLane> lanes(17, {"16", {{0, 1}}});
-    const auto geometry = MIDITrackBarsGeometry::of(MainViewLayout::trackBars.size(), lanes, 17);
-    ASSERT_GE(geometry.rows.size(), 16U);
-    EXPECT_TRUE(geometry.border.contains(geometry.rows[15].strip));
-}
 
 TEST(MainViewLayout, HasRoomForTheLongestTexts) {
     PlayerScript script;
@@ -38,9 +29,14 @@ TEST(MainViewLayout, HasRoomForTheLongestTexts) {
         EXPECT_EQ(line.text.toStdString(), text);
         EXPECT_LE(QFontMetricsF(line.font).height(), label.height()) << text;
     }
-    for (auto* button : driven.window->findChildren<QAbstractButton*>()) {
-        for (const char* title : {"Play", "Pause", "Resume", "Loudness On"})
-            EXPECT_LT(QFontMetricsF(button->font()).horizontalAdvance(title), button->width() - 3) << title;
+    for (const auto& [name, longest] : {std::pair("playPauseButton", "Resume"),
+                                        {"stopButton", "Stop"},
+                                        {"rtzButton", "RTZ"},
+                                        {"loudnessButton", "Loudness On"},
+                                        {"clearButton", "Clear"}}) {
+        const auto& button = driven.view<RetroButton>(name);
+        const double face = RetroButtonGeometry::of(button.size(), false).face.width();
+        EXPECT_GE(face - QFontMetricsF(button.font()).horizontalAdvance(longest), 16) << longest;
     }
 }
 

@@ -1,13 +1,13 @@
 #include "DrivenWindow.h"
+#include "ExpectedText.h"
+#include "RetroStyle.h"
 #include "ViewProbe.h"
 
 #include <QAccessible>
+#include <QMetaEnum>
 
 namespace tambrel {
 namespace {
-
-using ::testing::ElementsAre;
-using Texts = std::vector<std::string>;
 
 class MainWindowTest : public ::testing::Test {
 protected:
@@ -21,73 +21,52 @@ protected:
 };
 
 TEST_F(MainWindowTest, TellsAssistiveSoftwareWhatEverythingIs) {
-    const struct {
-        const char* view;
-        const char* name;
-        QAccessible::Role role;
-    } rows[] = {
-        {"titleLabel", "TAMBREL", QAccessible::StaticText},
-        {"statusLabel", "Loaded", QAccessible::StaticText},
-        {"activityView", "Activity", QAccessible::Graphic},
-        {"dropPanel", "MIDI file drop area", QAccessible::Grouping},
-        {"fileLabel", "a.mid", QAccessible::StaticText},
-        {"counterView", "00:00:00.00", QAccessible::StaticText},
-        {"moduleZone", "Sound module", QAccessible::Graphic},
-        {"logoView", "MIDI logo", QAccessible::Graphic},
-        {"gmModuleLabel", "GM Module", QAccessible::StaticText},
-        {"tempoLabel", "120.000 BPS", QAccessible::StaticText},
-        {"keyLabel", "KEY D major", QAccessible::StaticText},
-        {"tracksLabel", "2 Tracks", QAccessible::StaticText},
-        {"lengthLabel", "LENGTH 00:00:10.00", QAccessible::StaticText},
-        {"progressLabel", "PROGRESS 00:00:00.00", QAccessible::StaticText},
-        {"timeline", "Timeline", QAccessible::Slider},
-        {"trackBarsView", "Track bars", QAccessible::Chart},
-        {"playPauseButton", "Play", QAccessible::Button},
-        {"stopButton", "Stop", QAccessible::Button},
-        {"rtzButton", "RTZ", QAccessible::Button},
-        {"loudnessButton", "Loudness", QAccessible::Button},
-        {"clearButton", "Clear", QAccessible::Button},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.view);
-        auto* seen = QAccessible::queryAccessibleInterface(&driven.view(row.view));
+    std::string all;
+    for (QWidget* view : driven.controller->view().findChildren<QWidget*>()) {
+        auto* seen = QAccessible::queryAccessibleInterface(view);
         ASSERT_TRUE(seen);
-        EXPECT_EQ(seen->text(QAccessible::Name), row.name);
-        EXPECT_EQ(seen->role(), row.role);
+        all += QMetaEnum::fromType<QAccessible::Role>().valueToKey(seen->role());
+        for (const auto kind : {QAccessible::Name, QAccessible::Value, QAccessible::Description})
+            all += " \"" + seen->text(kind).toStdString() + "\"";
+        all += seen->state().focusable ? " focusable\n" : "\n";
     }
-    // All but the frame around the activity view.
-    EXPECT_EQ(driven.controller->findChildren<QWidget*>().size(),
-              static_cast<qsizetype>(std::size(rows)) + 1);
-}
-
-TEST_F(MainWindowTest, GoesThroughItsControlsAsTheEyeDoes) {
     driven.window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(driven.window.get()));
-    Texts order;
+    all += "Tab goes through:";
     for (int i = 0; i < 7; ++i) {
-        order.push_back(nameOfFocus());
+        all += " " + nameOfFocus();
         QTest::keyClick(driven.window.get(), Qt::Key_Tab);
     }
-    EXPECT_THAT(order, ElementsAre("timeline", "playPauseButton", "stopButton", "rtzButton", "loudnessButton",
-                                   "clearButton", "timeline"));
+    EXPECT_TRUE(isExpected(all + "\n", "window/accessibility.txt"));
 }
 
 TEST_F(MainWindowTest, IsPlayedByKeyboardAlone) {
     driven.window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(driven.window.get()));
-    const auto press = [&](const char* view, Qt::Key key) {
+    const auto& player = driven.controller->player();
+    const std::tuple<const char*, Qt::Key, PlaybackMode, double> rows[] = {
+        {"playPauseButton", Qt::Key_Return, PlaybackMode::playing, 0},
+        {"timeline", Qt::Key_Right, PlaybackMode::playing, 5},
+        {"stopButton", Qt::Key_Return, PlaybackMode::idle, 0},
+    };
+    for (const auto& [view, key, mode, position] : rows) {
         driven.view(view).setFocus();
         QTest::keyClick(QApplication::focusWidget(), key);
-    };
-    const auto& player = driven.controller->player();
-    press("playPauseButton", Qt::Key_Return);
-    EXPECT_EQ(player.mode(), PlaybackMode::playing);
-    press("timeline", Qt::Key_Right);
-    EXPECT_EQ(player.position(), 5);
-    press("stopButton", Qt::Key_Return);
-    EXPECT_EQ(player.mode(), PlaybackMode::idle);
-    press("clearButton", Qt::Key_Return);
-    EXPECT_EQ(driven.shown(), emptyInterface);
+        EXPECT_EQ(player.mode(), mode) << view;
+        EXPECT_EQ(player.position(), position) << view;
+    }
+}
+
+TEST_F(MainWindowTest, KeepsTheFocusAwayFromClearWhenLoudnessIsDisabled) {
+    for (const bool isActive : {true, false}) {
+        isActive ? driven.window->activateWindow() : driven.window->hide();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return driven.window->isActiveWindow() == isActive; }));
+        driven.view("loudnessButton").setFocus();
+        driven.controller->playPause();
+        EXPECT_FALSE(driven.view("loudnessButton").isEnabled());
+        EXPECT_EQ(driven.window->focusWidget(), &driven.view("playPauseButton"));
+        driven.controller->stop();
+    }
 }
 
 TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {
@@ -98,17 +77,22 @@ TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {
             .toStdString();
     };
     EXPECT_EQ(description(), "Could not read <b>&.mid: No such file or directory");
-    driven.controller->load(files.path("a.mid"));
+    EXPECT_EQ(driven.label("explanationLabel"), description());
+    EXPECT_TRUE(driven.view("statusLabel").toolTip().contains(">Could not read &lt;b&gt;&amp;.mid: No such"));
+    driven.click("loudnessButton");
     EXPECT_EQ(description(), "") << "as soon as it says something else";
+    EXPECT_FALSE(driven.view("explanationLabel").isVisible());
+    driven.controller->playbackPreparationFailed("no device");
+    EXPECT_EQ(driven.label("explanationLabel"), "no device") << "the file's label says the rest";
 }
 
 TEST_F(MainWindowTest, RepaintsOnlyWhatATickChanges) {
     driven.click("playPauseButton");
-    ShownView painting(*driven.controller);
+    ShownView painting(driven.controller->view());
     const auto showAt = [&](double seconds) {
         script.position = seconds;
         return QTest::qWaitFor(
-            [&] { return driven.view<RetroTimelineView>("timeline").position() == seconds; });
+            [&] { return driven.view<RetroTimelineView>("timeline").position() == seconds; }, 60'000);
     };
     ASSERT_TRUE(showAt(5));
     static_cast<void>(painting.taken());
@@ -129,27 +113,22 @@ TEST_F(MainWindowTest, RepaintsOnlyWhatATickChanges) {
     EXPECT_TRUE(elsewhere.isEmpty()) << elsewhere.boundingRect().x() << ", " << elsewhere.boundingRect().y();
 }
 
-TEST_F(MainWindowTest, RepaintsNothingWhileNothingMoves) {
-    const struct {
-        const char* name;
-        std::vector<const char*> clicks;
-    } rows[] = {
-        {"idle", {}},
-        {"paused", {"playPauseButton", "playPauseButton"}},
-        {"stopped", {"stopButton"}},
-        {"cleared", {"clearButton"}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        for (const char* button : row.clicks)
-            driven.click(button);
-        ShownView painting(*driven.controller);
-        static_cast<void>(painting.taken());
-        // Long enough for two steps of whatever still moves.
-        QTimer::singleShot(200, qApp, [this] { driven.beeps = -1; });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return driven.beeps == -1; }));
-        driven.beeps = 0;
-        EXPECT_TRUE(painting.taken().isEmpty());
+TEST(RetroStyle, DrawsQtsOwnControlsInTheThemesColoursWhateverPaletteTheDesktopHas) {
+    QApplication::setStyle(new RetroStyle);
+    for (const char* name :
+         {"QMenuBar", "QMenu", "QMessageBox", "QPlainTextEdit", "QPushButton", "QTipLabel"}) {
+        QApplication::setPalette(QPalette(Qt::white, Qt::black, Qt::black, Qt::black, Qt::gray, Qt::white,
+                                          Qt::white, Qt::black, Qt::black),
+                                 name);
+        const QPalette seen = QApplication::palette(name);
+        for (const auto& [back, text] : {std::pair(QPalette::Window, QPalette::WindowText),
+                                         {QPalette::Base, QPalette::Text},
+                                         {QPalette::Button, QPalette::ButtonText},
+                                         {QPalette::ToolTipBase, QPalette::ToolTipText}}) {
+            const QColor color = seen.color(back);
+            EXPECT_TRUE(color == RetroTheme::paper() || color == RetroTheme::panel()) << name;
+            EXPECT_EQ(seen.color(text), RetroTheme::ink()) << name;
+        }
     }
 }
 

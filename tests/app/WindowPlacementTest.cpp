@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 namespace tambrel {
 namespace {
@@ -16,66 +17,91 @@ using Store = TambrelWindowPlacementStore;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const QSizeF window{480, 480};
-const QRectF left{0, 25, 1000, 775};
-const QRectF right{1000, 0, 1200, 900};
-const std::vector<QRectF> pair{left, right};
+const std::vector<QRectF> pair{{0, 25, 1000, 775}, {1000, 0, 1200, 900}};
 
 QRectF windowAt(double x, double y) {
     return {{x, y}, window};
 }
 
-TEST(WindowPlacement, MovesAFrameIntoTheScreenItBelongsTo) {
-    const struct {
-        const char* name;
-        QRectF frame;
-        std::vector<QRectF> screens;
-        QRectF clamped;
-    } rows[] = {
-        {"inside", windowAt(100, 100), pair, windowAt(100, 100)},
-        {"touching all it can", windowAt(520, 320), pair, windowAt(520, 320)},
-        {"beyond the left and top", windowAt(-30, 0), pair, windowAt(0, 25)},
-        {"beyond the bottom", windowAt(1300, 700), pair, windowAt(1300, 420)},
-        {"more on the right screen", windowAt(900, 100), pair, windowAt(1000, 100)},
-        {"more on the left screen", windowAt(600, 100), pair, windowAt(520, 100)},
-        {"equal parts, the earlier wins", windowAt(760, 100), pair, windowAt(520, 100)},
-        {"equal parts, the other way round", windowAt(760, 100), {right, left}, windowAt(1000, 100)},
-        {"contained in two, the first wins",
-         windowAt(100, 100),
-         {left, {0, 0, 700, 900}},
-         windowAt(100, 100)},
-        {"its screen is gone", windowAt(1300, 100), {left}, windowAt(1300, 100)},
-        {"its screen is gone, a corner is not", windowAt(999, 100), {left}, windowAt(520, 100)},
-        {"only an edge in common", windowAt(1000, 100), {left}, windowAt(1000, 100)},
-        {"no screen", windowAt(-30, 0), {}, windowAt(-30, 0)},
-        {"too wide", windowAt(50, 30), {{0, 0, 400, 600}}, windowAt(-40, 30)},
-        {"too high", windowAt(50, 30), {{0, 100, 600, 300}}, windowAt(50, 10)},
-        {"as large as the screen", windowAt(7, -7), {{0, 0, 480, 480}}, windowAt(0, 0)},
-        {"a screen without an extent", windowAt(-30, 100), {{0, 0, 0, 900}, left}, windowAt(0, 100)},
-        {"a screen that is no number", windowAt(-30, 100), {{NAN, 0, 900, 900}, left}, windowAt(0, 100)},
-        {"an empty frame", {-30, 0, 0, 480}, pair, {-30, 0, 0, 480}},
-        {"a frame inside out", {-30, 0, 480, -9}, pair, {-30, 0, 480, -9}},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(Store::clamped(row.frame, row.screens), row.clamped);
+/// A frame as four numbers, and where the rules put it, step by step.
+struct Frame {
+    double x, y, width, height;
+
+    [[nodiscard]] bool isUsable() const {
+        return std::isfinite(x + y + width + height) && width > 0 && height > 0;
     }
+    [[nodiscard]] bool isWithin(const Frame& screen) const {
+        return x >= screen.x && y >= screen.y && x + width <= screen.x + screen.width &&
+               y + height <= screen.y + screen.height;
+    }
+    [[nodiscard]] double areaWithin(const Frame& screen) const {
+        const double wide = std::min(x + width, screen.x + screen.width) - std::max(x, screen.x);
+        const double high = std::min(y + height, screen.y + screen.height) - std::max(y, screen.y);
+        return wide > 0 && high > 0 ? wide * high : 0;
+    }
+    [[nodiscard]] QRectF rectangle() const { return {x, y, width, height}; }
+};
+
+double movedInto(double start, double length, double screenStart, double screenLength) {
+    if (length > screenLength)
+        return screenStart + (screenLength - length) / 2;
+    if (start < screenStart)
+        return screenStart;
+    return start + length > screenStart + screenLength ? screenStart + screenLength - length : start;
 }
 
-TEST(WindowPlacement, CentersAWindowThatHasNoPlaceYet) {
-    const struct {
-        const char* name;
-        std::vector<QRectF> screens;
-        QRectF frame;
-    } rows[] = {
-        {"the first screen", pair, windowAt(260, 172.5)},
-        {"the first that is usable", {{0, 0, -5, 900}, right}, windowAt(1360, 210)},
-        {"a screen that is too small", {{0, 0, 400, 300}}, windowAt(-40, -90)},
-        {"no screen", {}, windowAt(0, 0)},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(Store::centeredFrame(window, row.screens), row.frame);
+Frame moved(Frame frame, std::vector<Frame> screens) {
+    std::erase_if(screens, [](const Frame& screen) { return !screen.isUsable(); });
+    const Frame* best = nullptr;
+    for (const Frame& screen : screens)
+        if (frame.areaWithin(screen) > (best ? frame.areaWithin(*best) : 0))
+            best = &screen;
+    for (auto screen = screens.rbegin(); screen != screens.rend(); ++screen)
+        if (frame.isWithin(*screen))
+            best = &*screen;
+    if (best && frame.isUsable()) {
+        frame.x = movedInto(frame.x, frame.width, best->x, best->width);
+        frame.y = movedInto(frame.y, frame.height, best->y, best->height);
     }
+    return frame;
+}
+
+Frame centered(const std::vector<Frame>& screens) {
+    for (const auto& [x, y, width, height] : screens)
+        if (Frame{x, y, width, height}.isUsable())
+            return {x + width / 2 - 240, y + height / 2 - 240, 480, 480};
+    return {0, 0, 480, 480};
+}
+
+TEST(WindowPlacement, PutsWindowsOnScreensAsTheRulesSay) {
+    std::minstd_rand hand{33};
+    const auto oneOf = [&](std::initializer_list<double> numbers) {
+        return numbers.begin()[(hand() >> 8) % numbers.size()];
+    };
+    const auto anyFrame = [&](double strange) {
+        const auto place = [&] {
+            return oneOf({0, 0, -240, 25, 240.5, 500, 760, 1000, hand() % 64 == 0 ? strange : 1});
+        };
+        const auto length = [&] {
+            return oneOf({480, 480, 300, 1000, 1200, hand() % 4 == 0 ? strange : 240});
+        };
+        return Frame{place(), place(), length(), length()};
+    };
+    int changes = 0;
+    for (int i = 0; i < 20'000 && !::testing::Test::HasFailure(); ++i) {
+        std::vector<Frame> screens;
+        std::vector<QRectF> visible;
+        for (auto count = hand() / 256 % 4; count > 0; --count)
+            visible.push_back(screens.emplace_back(anyFrame(oneOf({0, -9, NAN, infinity}))).rectangle());
+        const Frame frame = anyFrame(oneOf({0, -9, infinity}));
+        const QRectF seen = Store::clamped(frame.rectangle(), visible);
+        EXPECT_EQ(rectangleText(seen), rectangleText(moved(frame, screens).rectangle())) << i;
+        EXPECT_EQ(rectangleText(Store::centeredFrame(window, visible)),
+                  rectangleText(centered(screens).rectangle()))
+            << i;
+        changes += seen != frame.rectangle() ? 1 : 0;
+    }
+    EXPECT_GT(changes, 1000);
 }
 
 class SavedWindowPlacement : public ::testing::Test {
@@ -105,29 +131,18 @@ TEST_F(SavedWindowPlacement, WritesNoFrameThatCouldNotBeUsed) {
 }
 
 TEST_F(SavedWindowPlacement, IgnoresGarbage) {
-    const struct {
-        const char* name;
-        QVariant value;
-    } rows[] = {
-        {"nothing", {}},
-        {"an empty text", ""},
-        {"words", "on the left, please"},
-        {"three numbers", "{{1, 2}, {3}}"},
-        {"five numbers", "{{1, 2}, {3, 4, 5}}"},
-        {"an open end", "{{1, 2}, {3, 4}"},
-        {"more after the end", "{{1, 2}, {3, 4}} and so on"},
-        {"no width", "{{1, 2}, {0, 4}}"},
-        {"a negative height", "{{1, 2}, {3, -4}}"},
-        {"an infinite place", "{{inf, 2}, {3, 4}}"},
-        {"a place that is no number", "{{1, nan}, {3, 4}}"},
-        {"a number too large", "{{1e999, 2}, {3, 4}}"},
-        {"a list", QStringList{"{{1", "2}", "{3", "4}}"}},
-        {"a number", 7},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        defaults.setValue(Store::frameKey, row.value);
-        EXPECT_EQ(store.launchFrame(window, pair), centered);
+    const QVariant rows[] = {{},
+                             "{{1, 2}, {3, 4, 5}}",
+                             "{{1, 2}, {3, 4}} and so on",
+                             "{{1, 2}, {0, 4}}",
+                             "{{1, 2}, {3, -4}}",
+                             "{{inf, 2}, {3, 4}}",
+                             "{{1e999, 2}, {3, 4}}",
+                             QStringList{"{{1", "2}", "{3", "4}}"},
+                             7};
+    for (const QVariant& value : rows) {
+        defaults.setValue(Store::frameKey, value);
+        EXPECT_EQ(store.launchFrame(window, pair), centered) << value.toString().toStdString();
     }
 }
 

@@ -178,20 +178,6 @@ TEST_F(EmailTest, IsTakenByAPortalUnlessItFails) {
     EXPECT_FALSE(isTaken(portalEmailWay(QDBusConnection("without a bus"))));
 }
 
-TEST_F(EmailTest, TriesOneWayAfterAnotherUntilItIsTaken) {
-    std::string order;
-    const auto way = [&order](const char* name, bool taken) {
-        return [&order, name, taken](const EmailDraft&, const std::function<void(bool)>& answer) {
-            order += name;
-            answer(taken);
-        };
-    };
-    const auto none = [&] { order += "none "; };
-    composeEmail(draft, {way("a", false), way("b", true), way("c", true)}, none);
-    composeEmail(draft, {way("d", false)}, none);
-    EXPECT_EQ(order, "abdnone ");
-}
-
 TEST(FileRevealer, AsksTheFileManagerOrOpensTheFolder) {
     const auto file = QUrl::fromLocalFile("/home/a b/Beta Logs/Tambrel ☃.txt");
     QList<QUrl> opened;

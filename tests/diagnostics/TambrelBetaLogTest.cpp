@@ -1,11 +1,14 @@
 #include "BetaLogTesting.h"
+#include "ExpectedText.h"
 
+#include <barrier>
 #include <csignal>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace tambrel {
@@ -42,12 +45,11 @@ protected:
         return lines;
     }
 
+    [[nodiscard]] qsizetype markers() const { return QDir(folder).entryList({"*.marker"}).size(); }
+
     const QString marker = folder + "/Tambrel-session-active.marker";
 };
 
-const auto consentQuestion = "Allow Tambrel to create a beta log file?/The beta log is used only for crashes "
-                             "and freezes. You can still "
-                             "use the Debugging Window if you choose not to create a file./Allow/Not Now";
 const auto crashQuestion =
     "Tambrel may not have closed normally last time./Would you like to email the beta log to Kestrune "
     "Software?/Email Report/Not Now";
@@ -70,19 +72,9 @@ TEST_F(TambrelBetaLogTest, WritesOneLineForEachKindOfEntryToWindowAndFile) {
     log.userAction([] { return std::string("Opened ☃.mid"); }, "A.d(_:)");
     log.error(std::runtime_error("out of tune"), "A.e");
     log.close();
-
-    std::string expected;
-    for (const char* text : {"Procedure Ran | A.b", "Detail | A.b", "Function Entered | A.c",
-                             "two\nlines | A.c", "User Action: Clicked Play | A.d(_:)",
-                             "User Action: Opened ☃.mid | A.d(_:)", "Error: out of tune | A.e"})
-        expected += line(text);
-    EXPECT_EQ(window, expected);
-    EXPECT_EQ(content(logFile),
-              "Tambrel betaLOG\nCreated: " + stamp +
-                  "\nPurpose: crash and freeze reports for Kestrune Software beta testing.\n\n"
-                  "Tambrel App Info:\nApp Name: First\nVersion: 1.2\nBuild: 34\n"
-                  "Bundle Identifier: tambrel.beta\nDiagnostics Enabled: YES\nCollected: " +
-                  stamp + '\n' + expected);
+    EXPECT_EQ(content(logFile).substr(content(logFile).find('[')), window);
+    const auto text = QString::fromStdString(content(logFile)).replace(stamp.c_str(), "(time)");
+    EXPECT_TRUE(isExpected(text.toStdString(), "diagnostics/log.txt"));
 }
 
 TEST_F(TambrelBetaLogTest, DoesNothingAtAllWhileDiagnosticsAreOff) {
@@ -147,52 +139,78 @@ TEST_F(TambrelBetaLogTest, BeginsAnotherSessionWhenTheUserGoesOnAfterTheEnd) {
                                        "User Action: Clicked Play | A.b", endEntry));
 }
 
-TEST_F(TambrelBetaLogTest, LeavesTheMarkerToTheRunThatHasIt) {
+TEST_F(TambrelBetaLogTest, FindsTheCrashOfEveryOneOfTheRunsThatGoOnBesideEachOther) {
     allowFile();
-    startRun();
-    log.startSession();
-    settle(log);
-    TambrelBetaLog second;
-    second.configure(services());
-    second.startSession();
-    settle(second);
-    log.close(); // The first one crashes.
-    second.finishSession();
-    second.close();
-    EXPECT_THAT(asked, IsEmpty());
-    startRun();
-    log.startSession();
-    settle(log);
-    EXPECT_THAT(asked, ElementsAre(crashQuestion));
-}
-
-TEST_F(TambrelBetaLogTest, AsksAgainOnlyWhatTheProgramsEndLeftUnanswered) {
-    startRun(std::nullopt);
-    EXPECT_EQ(log.startSession(), TambrelBetaLog::Launch::isOver);
-    log.finishSession();
-    log.close();
-    for (const bool answer : {false, true}) {
-        startRun(answer);
-        log.startSession();
-        log.finishSession();
-    }
-    log.close();
-    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion));
-    EXPECT_FALSE(QFile::exists(folder));
-    allowFile();
-    startRun();
-    log.startSession(); // And crashes.
-    for (const auto answer : {std::optional<bool>(), std::optional(false), std::optional(false)}) {
-        startRun(answer);
+    for (const char* crashed : {"first", "second", "both"}) {
+        SCOPED_TRACE(crashed);
+        asked.clear();
+        startRun();
         log.startSession();
         settle(log);
+        TambrelBetaLog second;
+        second.configure(services());
+        second.startSession();
+        settle(second);
+        EXPECT_EQ(markers(), 2);
+        EXPECT_THAT(asked, IsEmpty());
+        if (crashed == std::string_view("first"))
+            second.finishSession();
+        if (crashed == std::string_view("second"))
+            log.finishSession();
+        log.close();
+        second.close();
+        startRun(false);
+        log.startSession();
+        settle(log);
+        EXPECT_THAT(asked, ElementsAre(crashQuestion));
+        EXPECT_EQ(markers(), 1);
         log.finishSession();
+        log.close();
+        EXPECT_EQ(markers(), 0);
     }
+}
+
+TEST_F(TambrelBetaLogTest, TakesAwayTheMarkerOfAnotherUserInAFolderOfItsOwn) {
+    allowFile();
+    settings.sync();
+    ASSERT_TRUE(QDir().mkpath(folder) && QFile(marker).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QFile::setPermissions(marker, QFile::ReadOther));
+    constexpr uid_t anotherUser = 65534;
+    const bool isRoot = geteuid() == 0; // Whom nothing is forbidden.
+    if (isRoot) {
+        for (const auto& path : {home.path(), folder, settings.fileName()})
+            ASSERT_EQ(chown(path.toLocal8Bit().constData(), anotherUser, static_cast<gid_t>(-1)), 0);
+        ASSERT_EQ(seteuid(anotherUser), 0);
+    }
+    startRun(false);
+    log.startSession();
+    settle(log);
+    EXPECT_EQ(content(marker), "Session active since " + stamp + '\n');
+    log.finishSession();
     log.close();
-    EXPECT_THAT(asked, ElementsAre(consentQuestion, consentQuestion, crashQuestion, crashQuestion));
-    EXPECT_THAT(entries(), ElementsAre(startEntry, startEntry, crashEntry, endEntry, startEntry, crashEntry,
-                                       endEntry, startEntry, endEntry));
-    EXPECT_THAT(drafts, IsEmpty());
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    EXPECT_THAT(asked, ElementsAre(crashQuestion));
+    EXPECT_EQ(markers(), 0);
+}
+
+TEST(TambrelBetaLogStore, LosesNoLineOfRunsThatStartAtOnce) {
+    constexpr int runs = 8;
+    for (int round = 0; round < 10; ++round) {
+        const QTemporaryDir home;
+        std::barrier start(runs);
+        std::vector<std::jthread> all;
+        for (int run = 0; run < runs; ++run)
+            all.emplace_back([&] {
+                const TambrelBetaLogStore store(home.path() + "/logs");
+                start.arrive_and_wait();
+                EXPECT_EQ(store.writeEntry("header\n", "line\n"), std::nullopt);
+            });
+        all.clear();
+        std::string expected = "header\n";
+        for (int run = 0; run < runs; ++run)
+            expected += "line\n";
+        ASSERT_EQ(content((home.path() + "/logs/Tambrel-beta-log.txt").toStdString()), expected);
+    }
 }
 
 TEST_F(TambrelBetaLogTest, OffersAReportAgainThatTheProgramsEndInterrupted) {
@@ -236,21 +254,48 @@ TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowAndStillDetectsACrash) 
                           line("betaLOG write failed: " + reason));
 }
 
-TEST_F(TambrelBetaLogTest, WritesWholeLinesOnlyToADiskThatIsFull) {
+/// A disk with so much room in each file.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t room) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit full{room, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    }
+    ~FullDisk() { EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before_), 0); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+TEST_F(TambrelBetaLogTest, WritesNothingByHalvesToADiskThatIsFull) {
     startRunWithWindow();
+    const auto why = std::generic_category().message(EFBIG);
+    std::optional<FullDisk> disk(std::in_place, 100);
+    log.procedure("A.b", "no room for the header");
+    settle(log);
+    EXPECT_FALSE(QFile::exists(logFile));
+    log.procedure("A.b", std::string(7000, 'x'));
+    log.emailCompleteBugReport();
+    settle(log); // The texts.
+    settle(log); // The attachment.
+    ASSERT_EQ(drafts.size(), 1u);
+    EXPECT_EQ(drafts[0].attachment, std::nullopt);
+    EXPECT_THAT(clipboard, EndsWith(line(std::string(7000, 'x') + " | A.b")));
+    EXPECT_THAT(window, EndsWith(line("betaLOG email attachment write failed: " + why)));
+    EXPECT_THAT(QDir(folder).entryList(QDir::Files), IsEmpty());
+
+    disk.reset();
     log.procedure("A.b", "before");
     settle(log);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    const auto start = '[' + stamp + "] ";
-    const rlimit full{content(logFile).size() + start.size() + 1, unlimited.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
-    log.procedure("A.b", "☃"); // Of which one byte has room.
+    disk.emplace(content(logFile).size() + stamp.size() + 4); // "[stamp] " and a third of the letter.
+    log.procedure("A.b", "☃");
     settle(log);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    EXPECT_EQ(window, line("before | A.b") + line("☃ | A.b") +
-                          line("betaLOG write failed: " + std::generic_category().message(EFBIG)));
+    disk.reset();
+    EXPECT_THAT(window, EndsWith(line("☃ | A.b") + line("betaLOG write failed: " + why)));
     EXPECT_THAT(content(logFile), EndsWith("before | A.b\n"));
     log.procedure("A.b", "after");
     log.close();

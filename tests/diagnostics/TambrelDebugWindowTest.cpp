@@ -3,7 +3,6 @@
 #include "BetaLogTesting.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
@@ -12,7 +11,6 @@ namespace tambrel {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 class TambrelDebugWindowTest : public BetaLogTest {
@@ -119,23 +117,6 @@ TEST_F(TambrelDebugWindowTest, TurnsWhiteAndBlackAgain) {
     click("Black Background");
     expectColors(Qt::black, Qt::white);
     click("White Background");
-}
-
-TEST_F(TambrelDebugWindowTest, CopiesClearsMailsAndReveals) {
-    const auto text = controller->text();
-    click("Copy Text");
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), text);
-    click("Clear Window");
-    EXPECT_EQ(controller->text(), "");
-    click("Email Window Text");
-    settle(log);
-    EXPECT_THAT(clipboard, EndsWith("\n\nNo debug entries recorded yet."));
-    EXPECT_THAT(controller->text(), EndsWith("] User Clicked Email Debugging Window Text | "
-                                             "TambrelBetaLog.emailDebugWindowText\n"));
-    click("Reveal Log");
-    EXPECT_THAT(controller->text(), EndsWith("| TambrelBetaLog.revealBetaLogFile\n"));
-    settle(log);
-    EXPECT_EQ(beeps, 1) << "there is no file yet";
 }
 
 } // namespace

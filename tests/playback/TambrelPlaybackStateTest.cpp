@@ -37,16 +37,16 @@ TEST_F(TambrelPlaybackStateTest, startsEverySongWithLoudnessOff) {
 
 TEST_F(TambrelPlaybackStateTest, makesTheLoudnessVariantOnceForEachSong) {
     state.replaceLoadedMIDI(song);
-    EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(song));
+    EXPECT_EQ(state.selectedSnapshot("caller")->song.data.view().data(), song.view().data());
     state.setLoudnessEnabled(true);
     const auto loud = state.selectedSnapshot("caller");
     EXPECT_TRUE(loud->isLoud);
     EXPECT_TRUE(
-        std::ranges::equal(loud->data.view(), MIDILoudnessProcessor::boostedDrumsAndBass(song).view()));
-    EXPECT_TRUE(state.selectedSnapshot("caller")->data.sharesBytesWith(loud->data));
+        std::ranges::equal(loud->song.data.view(), MIDILoudnessProcessor::boostedDrumsAndBass(song).view()));
+    EXPECT_EQ(state.selectedSnapshot("caller")->song.data.view().data(), loud->song.data.view().data());
     state.replaceLoadedMIDI(silence);
     state.setLoudnessEnabled(true);
-    EXPECT_EQ(state.selectedSnapshot("caller")->data.size(), silence.size()) << "not the song before";
+    EXPECT_EQ(state.selectedSnapshot("caller")->song.data.size(), silence.size()) << "not the song before";
 }
 
 TEST_F(TambrelPlaybackStateTest, keepsWhatTheLoaderBuiltAsItIs) {
@@ -54,7 +54,7 @@ TEST_F(TambrelPlaybackStateTest, keepsWhatTheLoaderBuiltAsItIs) {
     state.cacheGeneratedMIDI2ClipCompanion(song, {28, 5, 1}, false, "caller");
     EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), false);
     state.cacheGeneratedMIDI2ClipCompanion(song, {27, 5, 1}, true, "caller");
-    EXPECT_TRUE(state.midi2ClipCompanionData()->sharesBytesWith(song));
+    EXPECT_EQ(state.midi2ClipCompanionData()->view().data(), song.view().data());
     EXPECT_EQ(state.loadedMIDI2ClipIsLoud(), true);
     state.cacheGeneratedMIDI2ClipCompanion(std::nullopt, {28, 5, 0}, false, "caller");
     EXPECT_FALSE(state.midi2ClipCompanionData().has_value());

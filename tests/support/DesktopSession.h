@@ -13,15 +13,10 @@
 #include <QProcess>
 #include <QTest>
 
-#include <algorithm>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
-#include <vector>
 
 namespace tambrel {
 
@@ -34,10 +29,10 @@ public:
     static constexpr const char* identifier = "software.kestrune.tambrel.beta";
     static constexpr const char* objectPath = "/software/kestrune/tambrel/beta";
     /// In the home.
-    static constexpr const char* logFolder = ".local/share/Kestrune Software/Tambrel/Beta Logs/";
+    static constexpr const char* logFolder = ".local/share/Kestrune Software/Tambrel/Beta Logs";
 
     DesktopSession() {
-        environment_.insert("PATH", qEnvironmentVariable("PATH"));
+        environment_.insert("PATH", home().filePath("bin") + ':' + qEnvironmentVariable("PATH"));
         environment_.insert("LC_ALL", "C.UTF-8");
         for (const char* kept : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"})
             if (qEnvironmentVariableIsSet(kept))
@@ -46,43 +41,50 @@ public:
         environment_.insert("TAMBREL_AUDIO_DRIVER", "silent");
         environment_.insert("TAMBREL_SOUNDFONT", "/usr/share/sounds/sf2/TimGM6mb.sf2");
         setHome(environment_, home().path());
-        for (const char* folder : {".config", "services", "songs"})
-            home().mkdir(folder);
+        for (const char* folder : {"bin", ".config/Kestrune Software", "services", "songs"})
+            home().mkpath(folder);
         setDefaults("");
+        bus_.emplace(environment_, home().filePath("services"));
+        environment_.insert("DBUS_SESSION_BUS_ADDRESS", bus_->address());
     }
 
     /// Where its programs keep everything.
     [[nodiscard]] QDir home() const { return QDir(files_.path("")); }
-
-    void startBus() {
-        bus_.emplace(environment_, home().filePath("services"));
-        environment_.insert("DBUS_SESSION_BUS_ADDRESS", bus_->address());
+    [[nodiscard]] std::string content(const QString& file) const {
+        return tambrel::content(home().filePath(file).toStdString());
     }
+    void write(const QString& file, const QByteArray& text) const {
+        QFile out(home().filePath(file));
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(text);
+    }
+    /// A program on the PATH, before all others of its name.
+    void writeProgram(const QString& name, const QByteArray& script) const {
+        write("bin/" + name, "#!/bin/sh\n" + script);
+        QFile::setPermissions(home().filePath("bin/" + name), QFile::ReadOwner | QFile::ExeOwner);
+    }
+
+    [[nodiscard]] QString busAddress() const { return bus_->address(); }
     void endBus() { bus_->end(); }
     /// Lets the bus start the program when something is asked of it.
     void makeActivatable() const {
-        QFile service(home().filePath("services/" + QString(identifier) + ".service"));
-        ASSERT_TRUE(service.open(QIODevice::WriteOnly));
-        service.write(QByteArray("[D-BUS Service]\nName=") + identifier + "\nExec=" + TAMBREL_PROGRAM + "\n");
+        write("services/tambrel.service",
+              QByteArray("[D-BUS Service]\nName=") + identifier + "\nExec=" + TAMBREL_PROGRAM + "\n");
     }
-    [[nodiscard]] QString busAddress() const { return environment_.value("DBUS_SESSION_BUS_ADDRESS"); }
 
     void set(const QString& variable, const QString& value) { environment_.insert(variable, value); }
 
     /// The program's settings, with these lines besides the consent to the log.
-    void setDefaults(const QString& lines) const {
-        home().mkdir(".config/Kestrune Software");
-        QFile file(defaultsFile());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnabled=true\n");
-        file.write(lines.toUtf8());
+    void setDefaults(const QByteArray& lines) const {
+        write(defaultsFile,
+              "[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnabled=true\n" + lines);
     }
-    [[nodiscard]] QString defaultsFile() const {
-        return home().filePath(".config/Kestrune Software/Tambrel.conf");
-    }
+    static constexpr const char* defaultsFile = ".config/Kestrune Software/Tambrel.conf";
 
-    /// The folder in which programs are started.
-    [[nodiscard]] std::filesystem::path songs() const { return files_.path("songs"); }
+    /// In the folder in which programs are started.
+    [[nodiscard]] std::filesystem::path song(const std::string& name) const {
+        return files_.path("songs/" + name);
+    }
     void writeSong(const std::string& name, int seconds = 60) const {
         const auto ticks = static_cast<unsigned>(960 * seconds);
         files_.write("songs/" + name,
@@ -99,14 +101,20 @@ public:
         EXPECT_TRUE(program->waitForStarted(30'000)) << command.toStdString();
         return program;
     }
-    /// Starts a program that ends by itself; its exit status.
-    int run(const QStringList& arguments, const QString& command = TAMBREL_PROGRAM) const {
-        return statusOf(*start(arguments, command));
+    struct Outcome {
+        int status;
+        std::string output;
+        std::string errors;
+    };
+    /// Starts a program that ends by itself.
+    Outcome run(const QStringList& arguments, const QString& command = TAMBREL_PROGRAM) const {
+        const auto program = start(arguments, command);
+        const int status = statusOf(*program);
+        return {status, program->readAllStandardOutput().toStdString(), errorsOf(*program)};
     }
     static int statusOf(QProcess& program) {
-        EXPECT_TRUE(program.state() == QProcess::NotRunning || program.waitForFinished(60'000));
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-        return program.exitCode();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }, 60'000));
+        return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
     /// What it has said on the standard error stream; the platform without a display says what it cannot do.
     static std::string errorsOf(QProcess& program) {
@@ -120,27 +128,37 @@ public:
         return statusOf(program);
     }
 
-    /// All that the programs have logged, without the time stamps.
-    [[nodiscard]] std::vector<std::string> log() const {
-        std::ifstream file(files_.path(std::string(logFolder) + "Tambrel-beta-log.txt"));
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(file, line);)
-            if (const auto start = line.find("] "); start != std::string::npos)
-                lines.push_back(line.substr(start + 2));
-        return lines;
+    /// What a client of the desktop calls: the answer, or why there is none.
+    Outcome call(const QString& name, const QString& path, const QString& method,
+                 const QStringList& words = {}) const {
+        return run(
+            QStringList{"call", "--session", "--dest", name, "--object-path", path, "--method", method} +
+                words,
+            "gdbus");
     }
+    Outcome callApplication(const QString& method, const QStringList& words) const {
+        return call(identifier, objectPath, "org.freedesktop.Application." + method, words);
+    }
+    Outcome callPlayer(const QString& method, const QStringList& words = {}) const {
+        return call("org.mpris.MediaPlayer2.tambrel", "/org/mpris/MediaPlayer2", method, words);
+    }
+
+    /// All that the programs have logged.
+    [[nodiscard]] std::string log() const { return content(QString(logFolder) + "/Tambrel-beta-log.txt"); }
     [[nodiscard]] int count(const std::string& beginning) const {
-        const auto lines = log();
-        return static_cast<int>(std::ranges::count_if(
-            lines, [&](const std::string& line) { return line.starts_with(beginning); }));
+        int lines = 0;
+        std::istringstream all(log());
+        for (std::string line; std::getline(all, line);)
+            lines += line.find("] " + beginning) != std::string::npos ? 1 : 0;
+        return lines;
     }
     /// Waits until so many lines have begun like this.
     [[nodiscard]] bool logs(const std::string& beginning, int times = 1) const {
         return QTest::qWaitFor([&] { return count(beginning) >= times; }, 60'000);
     }
-    /// True from a normal start of a session to its normal end.
-    [[nodiscard]] bool hasMarker() const {
-        return std::filesystem::exists(files_.path(std::string(logFolder) + "Tambrel-session-active.marker"));
+    /// The markers of the runs that have not ended.
+    [[nodiscard]] QStringList markers() const {
+        return QDir(home().filePath(logFolder)).entryList({"*.marker"});
     }
 
 private:

@@ -18,10 +18,16 @@ struct PlayerScript {
     bool playing = false;
     std::string refusal; ///< Why no player can be made; empty when one can.
     std::vector<std::string> calls;
+    std::function<void(const std::string& call)> onCall; ///< Told of each call; may be empty.
     std::vector<MIDIData> songs; ///< Those that players were asked for, refused ones included.
     int alive = 0;
 
     [[nodiscard]] MIDIFilePlayerFactory factory();
+    void take(const std::string& call) {
+        calls.push_back(call);
+        if (onCall)
+            onCall(call);
+    }
 };
 
 class FakePlayer : public MIDIFilePlayer {
@@ -31,13 +37,13 @@ public:
     FakePlayer(const FakePlayer&) = delete;
     FakePlayer& operator=(const FakePlayer&) = delete;
 
-    void prepareToPlay() override { script_.calls.emplace_back("prepare"); }
+    void prepareToPlay() override { script_.take("prepare"); }
     void play(std::function<void()>) override {
-        script_.calls.emplace_back("play");
+        script_.take("play");
         script_.playing = true;
     }
     void stop() override {
-        script_.calls.emplace_back("stop");
+        script_.take("stop");
         script_.playing = false;
     }
     [[nodiscard]] double currentPosition() const override { return script_.position; }
@@ -50,8 +56,8 @@ private:
 };
 
 inline MIDIFilePlayerFactory PlayerScript::factory() {
-    return [this](const MIDIData& song) -> std::unique_ptr<MIDIFilePlayer> {
-        songs.push_back(song);
+    return [this](const PlayableSong& song) -> std::unique_ptr<MIDIFilePlayer> {
+        songs.push_back(song.data);
         if (!refusal.empty())
             throw std::runtime_error(refusal);
         position = 0;

@@ -56,6 +56,8 @@ public:
     void answer() { bus_.send(question().createReply(request("r" + std::to_string(++requests_)))); }
     void refuse() { bus_.send(question().createErrorReply(QDBusError::AccessDenied, "no")); }
 
+    [[nodiscard]] std::string last() const { return log.empty() ? "" : log.back(); }
+
     std::vector<std::string> log;
     std::deque<QDBusMessage> waiting;
 

@@ -2,23 +2,26 @@
 
 #include "RetroTheme.h"
 
+#include <QAbstractEventDispatcher>
 #include <QAccessible>
 #include <QCoreApplication>
+#include <QImage>
 #include <QPaintEvent>
-#include <QPixmap>
-#include <QScreen>
 #include <QTest>
+#include <QTimerEvent>
 #include <QWidget>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <initializer_list>
-#include <set>
 #include <utility>
 
 namespace tambrel {
+
+/// Repaints what is due, and nothing else; time does not pass meanwhile.
+inline void paintWhatIsDue(const QWidget& view) {
+    QEvent due(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(view.window(), &due);
+}
 
 /// Follows how a view is painted on the screen.
 class ShownView : public QObject {
@@ -33,20 +36,16 @@ public:
             child->installEventFilter(this);
     }
 
-    /// How often the paint events that are due paint it; a picture taken meanwhile does not count.
+    /// How often what is due to be repainted, now and not later, paints it; a picture taken meanwhile does
+    /// not count.
     int paints() {
         paints_ = 0;
-        QCoreApplication::processEvents();
+        paintWhatIsDue(view_);
         return paints_;
     }
-    /// What they paint of it and its children; empty when there are none.
-    [[nodiscard]] QRegion due() {
-        painted_ = {};
-        return taken();
-    }
-    /// The same, and what has been painted since the last call.
+    /// What has been painted of it and its children since the last call.
     [[nodiscard]] QRegion taken() {
-        QCoreApplication::processEvents();
+        paintWhatIsDue(view_);
         return std::exchange(painted_, {});
     }
 
@@ -81,34 +80,18 @@ inline QImage picture(QWidget& view, double scale = 1) {
     return image;
 }
 
-/// What the screen shows of a view of its own window: the sum of its repaints so far.
-[[nodiscard]] inline QImage onScreen(const QWidget& view) {
-    return view.screen()->grabWindow(view.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+/// The timers that a view runs.
+[[nodiscard]] inline auto timersOf(const QWidget& view) {
+    return QAbstractEventDispatcher::instance()->registeredTimers(const_cast<QWidget*>(&view));
 }
 
-inline std::set<QRgb> colors(const QImage& image) {
-    std::set<QRgb> found;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            found.insert(image.pixel(x, y));
-    return found;
-}
-
-/// What a translucent colour looks like on an opaque one, to within a rounding step a channel.
-inline bool looksLike(QRgb pixel, const QColor& color, const QColor& background = Qt::black) {
-    const auto near = [&](int seen, double front, double back) {
-        return std::abs(seen - 255 * (front * color.alphaF() + back * (1 - color.alphaF()))) <= 2;
-    };
-    return near(qRed(pixel), color.redF(), background.redF()) &&
-           near(qGreen(pixel), color.greenF(), background.greenF()) &&
-           near(qBlue(pixel), color.blueF(), background.blueF());
-}
-
-/// Whether a picture has no half-tones: every pixel has one of the colours.
-[[nodiscard]] inline bool showsOnly(const QImage& image, std::initializer_list<QColor> palette) {
-    return std::ranges::all_of(colors(image), [&](QRgb pixel) {
-        return std::ranges::any_of(palette, [&](const QColor& color) { return looksLike(pixel, color); });
-    });
+/// Lets the only timer of a view fire, as the time that passes does.
+inline void advance(QWidget& view, int times = 1) {
+    ASSERT_EQ(timersOf(view).size(), 1);
+    for (int i = 0; i < times; ++i) {
+        QTimerEvent due(timersOf(view).first().timerId);
+        QCoreApplication::sendEvent(&view, &due);
+    }
 }
 
 } // namespace tambrel

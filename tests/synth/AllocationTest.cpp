@@ -1,3 +1,4 @@
+#include "MasterStage.h"
 #include "Sequencer.h"
 #include "SynthTesting.h"
 
@@ -37,20 +38,16 @@ void* __libc_memalign(std::size_t, std::size_t); // NOLINT(bugprone-reserved-ide
 void __libc_free(void*);                         // NOLINT(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size) noexcept {
-    count();
-    return __libc_malloc(size);
+    return count(), __libc_malloc(size);
 }
 void* calloc(std::size_t number, std::size_t size) noexcept {
-    count();
-    return __libc_calloc(number, size);
+    return count(), __libc_calloc(number, size);
 }
 void* realloc(void* memory, std::size_t size) noexcept {
-    count();
-    return __libc_realloc(memory, size);
+    return count(), __libc_realloc(memory, size);
 }
 void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    count();
-    return __libc_memalign(alignment, size);
+    return count(), __libc_memalign(alignment, size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
     return memalign(alignment, size);
@@ -99,10 +96,17 @@ TEST(AllocationTest, RenderingNeitherAllocatesNorFrees) {
 
     const auto synthesizer = loadedSynthesizer();
     Sequencer sequencer(48000);
+    MasterStage master(48000);
+    UserVolume volume(48000);
+    volume.set(0.5);
     sequencer.setSynthesizer(*synthesizer);
     std::array<float, 1024> left{};
     std::array<float, 1024> right{};
-    const auto render = [&] { sequencer.renderAudio(left.data(), right.data(), 1024); };
+    const auto render = [&] {
+        sequencer.renderAudio(left.data(), right.data(), 1024);
+        master.process(left.data(), right.data(), 1024);
+        volume.process(left.data(), right.data(), 1024);
+    };
     std::mt19937 engine(1);
     for (int order = 0; order < 100; ++order) {
         if (order % 5 == 4)

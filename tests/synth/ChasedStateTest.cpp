@@ -17,8 +17,30 @@ constexpr MIDIMessage cc(std::uint8_t number, std::uint8_t value) {
 constexpr MIDIMessage program(std::uint8_t number) {
     return {MIDIStatus::programChange | 3, number, 0, 0};
 }
+constexpr MIDIMessage on(std::uint8_t key) {
+    return {MIDIStatus::noteOn | 3, key, 100, 0};
+}
+constexpr MIDIMessage off(std::uint8_t key) {
+    return {MIDIStatus::noteOff | 3, key, 0, 0};
+}
 constexpr MIDIMessage rhythm(std::uint8_t map) {
     return MIDIMessage::system(SystemMessage::rhythmPart, 3, map);
+}
+
+/// The notes in the order in which they are started; a prime marks those whose key is up again.
+std::string heldNotes(const ChasedState& state) {
+    std::string text, program;
+    for (const auto& [message, tick] : state.messages()) {
+        const auto kind = MIDIStatus::kind(message.status);
+        const std::string key(1, static_cast<char>(message.data1));
+        if (kind == MIDIStatus::programChange)
+            program = std::to_string(message.data1);
+        else if (kind == MIDIStatus::noteOn)
+            text += std::exchange(program, "") + key;
+        else if (kind == MIDIStatus::noteOff)
+            text.insert(text.find(key) + 1, "'");
+    }
+    return text;
 }
 
 /// What a synthesizer is told and cannot be asked for.
@@ -63,7 +85,7 @@ public:
     [[nodiscard]] std::string seek(const ChasedState& state) {
         sought_->reset();
         Unreadable unreadable;
-        for (const MIDIMessage message : state.messages()) {
+        for (const auto& [message, tick] : state.messages()) {
             sought_->send(message);
             unreadable.take(message);
         }
@@ -116,6 +138,7 @@ TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
         {"reset all controllers spares volume, bank and bend range",
          {cc(0, 8), cc(7, 50), cc(1, 50), cc(91, 50), cc(101, 0), cc(100, 0), cc(6, 12), cc(100, 1),
           cc(6, 12), cc(121, 0), program(5), cc(6, 1)}},
+        {"a portamento control that a note has used up", {cc(84, 50), on(60), cc(84, 51), off(60)}},
         {"a drum part, which ignores banks, and back",
          {cc(0, 8), program(5), rhythm(2), program(8), cc(0, 1), rhythm(0), program(6)}},
     };
@@ -129,6 +152,43 @@ TEST(ChasedStateTest, SeekingLeavesWhatPlayingLeaves) {
             EXPECT_EQ(comparison.seek(state), "");
         }
         EXPECT_EQ(comparison.goOn(), "");
+    }
+}
+
+// Each step is a message and the notes held after it; "a" to "g" are keys, and a digit the program it began
+// with.
+TEST(ChasedStateTest, SeekingFindsTheNotesThatAreHeld) {
+    const std::vector<std::tuple<const char*, std::vector<MIDIMessage>, std::vector<std::string>>> rows{
+        {"keys", {on('a'), on('b'), on('a'), off('b'), off('a')}, {"a", "ab", "ba", "a", ""}},
+        {"velocity 0", {on('a'), {MIDIStatus::noteOn | 3, 'a', 0, 0}}, {"a", ""}},
+        {"sustain",
+         {on('a'), cc(64, 64), off('a'), on('b'), off('b'), on('b'), cc(64, 63)},
+         {"a", "a", "a'", "a'b", "a'b'", "a'b", "b"}},
+        {"sostenuto holds what it found",
+         {on('a'), cc(66, 127), on('b'), off('a'), off('b'), cc(66, 0)},
+         {"a", "a", "ab", "a'b", "a'", ""}},
+        {"both pedals",
+         {on('a'), cc(66, 127), cc(64, 127), on('b'), off('a'), off('b'), cc(64, 0), cc(64, 127), cc(66, 0)},
+         {"a", "a", "a", "ab", "a'b", "a'b'", "a'", "a'", "a'"}},
+        {"programs", {program(1), on('a'), program(2), on('b'), cc(0, 1)}, {"", "1a", "1a", "1a2b", "1a2b"}},
+        {"reset of controllers lifts the pedal",
+         {on('a'), cc(64, 127), off('a'), on('b'), cc(121, 0)},
+         {"a", "a", "a'", "a'b", "b"}},
+        {"all notes off, under the pedal",
+         {cc(64, 127), on('a'), cc(123, 0), cc(64, 0)},
+         {"", "a", "a'", ""}},
+        {"all sound off", {cc(64, 127), on('a'), off('a'), cc(120, 0)}, {"", "a", "a'", ""}},
+        {"one voice", {cc(126, 1), on('a'), on('b'), off('b')}, {"", "a", "b", "a"}},
+        {"a drum part", {on('a'), rhythm(1)}, {"a", ""}},
+        {"a reset", {on('a'), MIDIMessage::system(SystemMessage::gmReset)}, {"a", ""}},
+    };
+    for (const auto& [name, song, expected] : rows) {
+        SCOPED_TRACE(name);
+        ChasedState state;
+        for (std::size_t step = 0; step < song.size(); ++step) {
+            state.apply(song[step], static_cast<std::uint32_t>(step));
+            EXPECT_EQ(heldNotes(state), expected[step]) << "step " << step;
+        }
     }
 }
 

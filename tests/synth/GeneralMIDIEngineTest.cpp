@@ -11,7 +11,9 @@
 #include <QTest>
 #include <QThread>
 
+#include <atomic>
 #include <fstream>
+#include <functional>
 
 namespace tambrel {
 namespace {
@@ -26,18 +28,60 @@ MIDIData song(std::uint32_t milliseconds) {
         smfBytes(1, testing::milliseconds(), {TrackBuilder().noteOn(0, 0, 60).endOfTrack(milliseconds)}));
 }
 
+/// A sound server that comes and goes. Its devices play nothing, in real time.
+class SoundServer {
+public:
+    std::unique_ptr<AudioDriver> open(const std::vector<std::string>& names, double sampleRate,
+                                      AudioSource& source) {
+        ++attempts;
+        wasAskedForOthers = wasAskedForOthers || names != std::vector<std::string>{"second"};
+        if (!isUp)
+            throw AudioDriverError("down");
+        return std::make_unique<Device>(*this, sampleRate, source);
+    }
+
+    std::atomic<bool> isUp{true}, wasAskedForOthers{false};
+    std::atomic<int> attempts{0}, openDevices{0};
+
+private:
+    class Device final : public AudioDriver, private AudioSource {
+    public:
+        Device(SoundServer& server, double sampleRate, AudioSource& source)
+            : server_(server), source_(source), clock_(openSilentDriver(sampleRate, *this)) {
+            ++server_.openDevices;
+        }
+        ~Device() override { --server_.openDevices; }
+        [[nodiscard]] std::string name() const override { return "second"; }
+
+    private:
+        void renderAudio(float* left, float* right, int frames) noexcept override {
+            if (server_.isUp)
+                source_.renderAudio(left, right, frames);
+        }
+        SoundServer& server_;
+        AudioSource& source_;
+        std::unique_ptr<AudioDriver> clock_;
+    };
+};
+
 class GeneralMIDIEngineTest : public ::testing::Test {
 protected:
-    GeneralMIDIEngine& start(std::filesystem::path bank = bankTimGM6mb, std::string driver = "silent") {
-        engine = std::make_unique<GeneralMIDIEngine>(
-            GeneralMIDIOptions{.soundBank = std::move(bank), .audioDrivers = {std::move(driver)}});
+    GeneralMIDIEngine& start(GeneralMIDIOptions options = {.soundBank = testBank,
+                                                           .audioDrivers = {"silent"}}) {
+        engine = std::make_unique<GeneralMIDIEngine>(std::move(options));
         engine->onFailure = [this](const std::string& reason) { failures.push_back(reason); };
+        engine->onNotice = [this](const std::string& notice) { notices.push_back(notice); };
         return *engine;
+    }
+    GeneralMIDIEngine& startOnServer() {
+        return start({.soundBank = testBank,
+                      .audioDrivers = {"first", "second"},
+                      .openDriver = std::bind_front(&SoundServer::open, &server)});
     }
 
     template<class Condition>
-    static void expectSoon(Condition condition) {
-        EXPECT_TRUE(QTest::qWaitFor(condition, 10'000));
+    static bool isSoon(Condition condition) {
+        return QTest::qWaitFor(condition, 10'000);
     }
 
     void TearDown() override { EXPECT_THAT(failures, IsEmpty()); }
@@ -47,7 +91,8 @@ protected:
     char* arguments[2] = {argument, nullptr};
     QCoreApplication application{argumentCount, arguments};
     QTemporaryDir folder;
-    std::vector<std::string> failures;
+    SoundServer server;
+    std::vector<std::string> failures, notices;
     std::unique_ptr<GeneralMIDIEngine> engine;
 };
 
@@ -65,11 +110,11 @@ TEST_F(GeneralMIDIEngineTest, PlaysToTheEndAndSaysSoOnceOnTheMainThread) {
         EXPECT_EQ(player->currentPosition(), 0.3);
     });
     EXPECT_TRUE(player->isPlaying());
-    expectSoon([&] { return completions > 0; });
+    ASSERT_TRUE(isSoon([&] { return completions > 0; }));
     player->setCurrentPosition(0.1);
     EXPECT_EQ(player->currentPosition(), 0.1);
     player->play([&] { completions += 10; });
-    expectSoon([&] { return completions > 1; });
+    ASSERT_TRUE(isSoon([&] { return completions > 1; }));
     EXPECT_EQ(completions, 11);
 }
 
@@ -77,17 +122,17 @@ TEST_F(GeneralMIDIEngineTest, PositionMovesInRealTimeAndStopKeepsIt) {
     const auto player = start().makePlayer(song(60'000));
     bool completed = false;
     player->play([&] { completed = true; });
-    expectSoon([&] { return player->currentPosition() > 0; });
+    ASSERT_TRUE(isSoon([&] { return player->currentPosition() > 0; }));
     QElapsedTimer clock;
     clock.start();
     const double before = player->currentPosition();
-    expectSoon([&] { return player->currentPosition() > before + 0.5; });
+    ASSERT_TRUE(isSoon([&] { return player->currentPosition() > before + 0.5; }));
     EXPECT_GT(static_cast<double>(clock.elapsed()), 400); // A slow machine may take longer.
 
     player->setCurrentPosition(30); // While it plays, which it goes on to do from there.
     EXPECT_TRUE(player->isPlaying());
     EXPECT_EQ(player->currentPosition(), 30);
-    expectSoon([&] { return player->currentPosition() > 30.1; });
+    ASSERT_TRUE(isSoon([&] { return player->currentPosition() > 30.1; }));
     player->stop();
     const double stopped = player->currentPosition();
     EXPECT_GT(stopped, 30.1);
@@ -98,30 +143,27 @@ TEST_F(GeneralMIDIEngineTest, PositionMovesInRealTimeAndStopKeepsIt) {
     player->play({});
     EXPECT_EQ(player->currentPosition(), stopped);
     player->setCurrentPosition(59.95);
-    expectSoon([&] { return !player->isPlaying(); });
+    ASSERT_TRUE(isSoon([&] { return !player->isPlaying(); }));
     EXPECT_FALSE(completed) << "as its playing was stopped";
 }
 
 TEST_F(GeneralMIDIEngineTest, APlayerMayGoWhileItPlaysOrFromItsOwnCompletion) {
     auto player = start().makePlayer(song(60'000));
     player->play({});
-    expectSoon([&] { return player->currentPosition() > 0; });
+    ASSERT_TRUE(isSoon([&] { return player->currentPosition() > 0; }));
     player = engine->makePlayer(song(100));
     EXPECT_EQ(player->currentPosition(), 0);
     player->play([&] { player.reset(); });
-    expectSoon([&] { return player == nullptr; });
+    ASSERT_TRUE(isSoon([&] { return player == nullptr; }));
     player = engine->makePlayer(song(60'000));
     player->play({});
     player.reset();
     engine.reset(); // With the bank, the device and an order perhaps still on their way.
 }
 
-TEST_F(GeneralMIDIEngineTest, RefusesWhatIsNoSong) {
+TEST_F(GeneralMIDIEngineTest, RefusesWhatIsNoSongAndNamesMissingBanksWithThePackageToInstall) {
     EXPECT_THROW(static_cast<void>(start().makePlayer(MIDIData(Bytes{1, 2, 3}))), std::invalid_argument);
-}
-
-TEST_F(GeneralMIDIEngineTest, MissingBanksAreNamedWithThePackageToInstall) {
-    EXPECT_EQ(findSoundBank({}, {"/no/a.sf3", bankTimGM6mb}), bankTimGM6mb);
+    EXPECT_EQ(findSoundBank({}, {"/no/a.sf3", testBank, bankTimGM6mb}), testBank);
     for (const std::filesystem::path wanted : {"/no/c.sf2", ""}) {
         try {
             static_cast<void>(findSoundBank(wanted, {"/no/a.sf3", "/no/b.sf2"}));
@@ -135,26 +177,28 @@ TEST_F(GeneralMIDIEngineTest, MissingBanksAreNamedWithThePackageToInstall) {
 
 TEST_F(GeneralMIDIEngineTest, ABrokenBankIsReportedAndTriedAgainByTheNextPlayer) {
     const std::filesystem::path bank = folder.filePath("bank.sf2").toStdString();
-    const auto size = std::filesystem::file_size(bankTimGM6mb);
+    const auto size = std::filesystem::file_size(testBank);
     for (const std::uintmax_t kept : {std::uintmax_t{0}, std::uintmax_t{1000}, size / 2, size - 1}) {
         SCOPED_TRACE(kept);
-        std::filesystem::copy_file(bankTimGM6mb, bank, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(testBank, bank, std::filesystem::copy_options::overwrite_existing);
         std::filesystem::resize_file(bank, kept);
-        auto player = start(bank).makePlayer(song(60'000));
+        auto player = start({.soundBank = bank, .audioDrivers = {"silent"}}).makePlayer(song(60'000));
         player->play({});
-        expectSoon([&] { return !failures.empty(); });
+        ASSERT_TRUE(isSoon([&] { return !failures.empty(); }));
+        const QDeadlineTimer severalRounds(200);
+        ASSERT_TRUE(isSoon([&] { return severalRounds.hasExpired(); }));
         EXPECT_THAT(failures, ElementsAre(HasSubstr("bank.sf2 could not be loaded")));
         EXPECT_EQ(player->currentPosition(), 0);
         failures.clear();
 
-        std::filesystem::copy_file(bankTimGM6mb, bank, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(testBank, bank, std::filesystem::copy_options::overwrite_existing);
         player = engine->makePlayer(song(60'000)); // The device is open already and asks for sound.
         player->play({});
-        expectSoon([&] { return player->currentPosition() > 0; });
+        ASSERT_TRUE(isSoon([&] { return player->currentPosition() > 0; }));
     }
     std::ofstream(bank) << "This is a text.\n";
-    const auto player = start(bank).makePlayer(song(1));
-    expectSoon([&] { return !failures.empty(); });
+    const auto player = start({.soundBank = bank, .audioDrivers = {"silent"}}).makePlayer(song(1));
+    ASSERT_TRUE(isSoon([&] { return !failures.empty(); }));
     EXPECT_THAT(std::exchange(failures, {}), ElementsAre(HasSubstr("bank.sf2 could not be loaded")));
 }
 
@@ -162,18 +206,62 @@ TEST_F(GeneralMIDIEngineTest, ADeviceThatCannotBeOpenedIsReportedWithWhatWasTrie
     qputenv("PULSE_SERVER", "unix:/no/pulse/server");
     for (const std::string driver : {"pulseaudio", "no-such-driver"}) {
         SCOPED_TRACE(driver);
-        const auto player = start(bankTimGM6mb, driver).makePlayer(song(1000));
+        const auto player = start({.soundBank = testBank, .audioDrivers = {driver}}).makePlayer(song(1000));
         for (std::size_t attempt = 1; attempt <= 2; ++attempt) {
             player->play({});
-            expectSoon([&] { return failures.size() == attempt; });
+            ASSERT_TRUE(isSoon([&] { return failures.size() == attempt; }));
         }
         // Nothing renders, so the song stays where it is while the engine looks after its house.
         const QDeadlineTimer severalRounds(300);
-        expectSoon([&] { return severalRounds.hasExpired(); });
+        ASSERT_TRUE(isSoon([&] { return severalRounds.hasExpired(); }));
         EXPECT_EQ(player->currentPosition(), 0);
         EXPECT_THAT(std::exchange(failures, {}),
                     ElementsAre(HasSubstr("Tried " + driver + ": "), HasSubstr("Tried ")));
     }
+}
+
+TEST_F(GeneralMIDIEngineTest, ALostDeviceIsOpenedAgainAndTheSongGoesOn) {
+    const auto player = startOnServer().makePlayer(song(60'000));
+    player->play({});
+    for (int loss = 1; loss <= 2; ++loss) {
+        ASSERT_TRUE(
+            isSoon([&, before = player->currentPosition()] { return player->currentPosition() > before; }));
+        EXPECT_EQ(server.attempts, 1);
+        server.wasAskedForOthers = false; // The first time, both drivers are tried.
+        server.isUp = false;
+        ASSERT_TRUE(isSoon([&] { return server.attempts > 2; }));
+        EXPECT_FALSE(server.wasAskedForOthers);
+        EXPECT_EQ(server.openDevices, 0);
+        const double lostAt = player->currentPosition();
+        EXPECT_TRUE(player->isPlaying());
+        server.isUp = true;
+        ASSERT_TRUE(isSoon([&] {
+            EXPECT_GE(player->currentPosition(), lostAt);
+            return player->currentPosition() > lostAt;
+        }));
+        ASSERT_TRUE(isSoon([&] { return notices.size() == 2; }));
+        EXPECT_THAT(std::exchange(notices, {}),
+                    ElementsAre("Sound output lost; opening it again", "Sound output opened again"));
+        EXPECT_EQ(server.openDevices, 1);
+        server.attempts = 1;
+    }
+}
+
+TEST_F(GeneralMIDIEngineTest, TheDeviceIsReleasedWhenNothingPlaysAndIsThereAgainForTheNextSong) {
+    auto player = startOnServer().makePlayer(song(100));
+    player->prepareToPlay();
+    int completions = 0;
+    for (int turn = 1; turn <= 2; ++turn) {
+        player->setCurrentPosition(0);
+        player->play([&] { ++completions; });
+        ASSERT_TRUE(isSoon([&] { return completions == turn; }));
+        EXPECT_EQ(server.openDevices, 1);
+        if (turn == 1) {
+            ASSERT_TRUE(isSoon([&] { return server.openDevices == 0; }));
+        }
+    }
+    EXPECT_EQ(server.attempts, 2);
+    EXPECT_THAT(notices, IsEmpty());
 }
 
 } // namespace

@@ -3,26 +3,41 @@
 #include <random>
 
 namespace tambrel::testing {
-namespace {
-
-/// GS use for rhythm of a part (0 is channel 10, 1 to 9 the channels of these numbers).
 Bytes rhythmPart(std::uint8_t part, std::uint8_t map) {
     return {0x41, 0x10, 0x42, 0x12, 0x40, static_cast<std::uint8_t>(0x10 | part), 0x15, map, 0x00, 0xF7};
 }
 
-// Payloads of system-exclusive messages.
-const Bytes systemMessages[] = {
-    {0x7E, 0x7F, 0x09, 0x01, 0xF7},                               // General MIDI on.
-    {0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x00, 0x41, 0xF7}, // GS reset.
-    {0x43, 0x10, 0x4C, 0x00, 0x00, 0x7E, 0x00, 0xF7},             // XG on.
-    {0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7},                   // Half the master volume.
-    rhythmPart(0, 0),
-    rhythmPart(0, 1),
-    rhythmPart(1, 0),
-    rhythmPart(1, 1),
-};
-
-} // namespace
+const std::vector<std::pair<Bytes, MIDIMessage>>& systemExclusives() {
+    using Kind = SystemMessage;
+    const auto system = [](Kind kind, int data2 = 0, int data3 = 0) {
+        return MIDIMessage::system(kind, static_cast<std::uint8_t>(data2), static_cast<std::uint8_t>(data3));
+    };
+    static const std::vector<std::pair<Bytes, MIDIMessage>> all{
+        {gmOn, system(Kind::gmReset)},
+        {{0x7E, 0x05, 0x09, 0x03, 0xF7}, system(Kind::gmReset)}, // General MIDI 2.
+        {gsReset, system(Kind::gsReset)},
+        {{0x41, 0x00, 0x42, 0x12, 0x00, 0x00, 0x7F, 0x00, 0x01, 0xF7}, system(Kind::gsReset)},
+        {xgOn, system(Kind::xgReset)},
+        {halfVolume, system(Kind::masterVolume, 0, 64)},
+        {{0x7F, 0x00, 0x04, 0x01, 0xFF, 0x81}, system(Kind::masterVolume, 127, 1)},
+        {rhythmPart(0, 0), system(Kind::rhythmPart, 9, 0)},
+        {rhythmPart(0, 1), system(Kind::rhythmPart, 9, 1)},
+        {rhythmPart(1, 0), system(Kind::rhythmPart, 0, 0)},
+        {rhythmPart(1, 2), system(Kind::rhythmPart, 0, 2)},
+        {rhythmPart(9, 1), system(Kind::rhythmPart, 8, 1)},
+        {rhythmPart(10, 1), system(Kind::rhythmPart, 10, 1)},
+        {rhythmPart(15, 0x80), system(Kind::rhythmPart, 15, 0)},
+        // Near misses.
+        {{}, {}},
+        {{0x7E, 0x7F, 0x06, 0x01, 0xF7}, {}},
+        {{0x7F, 0x7F, 0x04, 0x02, 0x00, 0x40, 0xF7}, {}},
+        {{0x7F, 0x7F, 0x04, 0x01, 0x00}, {}},
+        {{0x41, 0x10, 0x42, 0x12, 0x40, 0x00, 0x7F, 0x01, 0x40, 0xF7}, {}},
+        {{0x41, 0x10, 0x42, 0x12, 0x40, 0x21, 0x15, 0x01, 0x00, 0xF7}, {}},
+        {{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7F, 0x00, 0xF7}, {}},
+    };
+    return all;
+}
 
 TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
     std::mt19937 engine(seed);
@@ -36,8 +51,11 @@ TrackBuilder randomTrack(std::uint32_t seed, int eventCount) {
     for (int event = 0; event < eventCount; ++event) {
         const int channel = oneOf({0, 1, 9});
         const int kind = upTo(20);
+        if (upTo(5) == 0)
+            track.noteOn(1, channel, 60 + upTo(3), upTo(127))
+                .control(1, channel, oneOf({64, 66, 84}), upTo(127));
         if (kind == 0)
-            track.sysex(1, systemMessages[static_cast<std::size_t>(upTo(7))]);
+            track.sysex(1, systemExclusives()[engine() % systemExclusives().size()].first);
         else if (kind <= 2)
             track.program(1, channel, upTo(127));
         else if (kind == 3)
