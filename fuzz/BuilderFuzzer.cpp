@@ -1,5 +1,6 @@
 #include "Check.h"
 #include "MIDI2ClipBuilder.h"
+#include "SMFHeader.h"
 #include "SMFTrackEventWalker.h"
 
 #include <algorithm>
@@ -14,13 +15,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const MIDIData clip = MIDI2ClipBuilder::build(smf);
     const MIDI2ClipBuildSummary summary = MIDI2ClipBuilder::summary(clip);
     check(summary.byteCount == static_cast<std::int64_t>(clip.size()));
-    if (!SMFByteCodec::hasHeader(smf)) {
+    const auto header = SMFHeader::read(smf);
+    if (!header) {
         check(clip.empty());
         return 0;
     }
     std::int64_t messages = 0;
     std::uint64_t lastTick = 0;
-    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(smf, SMFByteCodec::readU16(smf, 10))) {
+    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(smf, header->trackCount)) {
         SMFTrackEventWalker::walk(smf, track, SMFMalformedEventPolicy::skip, [&](const auto& event) {
             if (MIDIStatus::isChannelMessage(event.status)) {
                 ++messages;
@@ -31,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     check(summary.channelVoiceWordCount == messages && summary.umpWordCount * 4 + 8 == summary.byteCount);
     std::uint64_t ticks = 0;
-    for (std::int64_t at = 8; at < summary.byteCount; at += 4) {
+    for (std::size_t at = 8; at < clip.size(); at += 4) {
         const std::uint32_t word = SMFByteCodec::readU32(clip, at);
         ticks += word >> 20 == 0x004 ? word & 0xFFFFF : 0;
     }

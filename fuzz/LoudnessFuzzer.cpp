@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Bytes expected(bytes, bytes + size);
     for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(original, 65535)) {
         SMFTrackEventWalker::walk(original, track, SMFMalformedEventPolicy::stop, [&](const auto& event) {
-            const auto velocity = static_cast<std::size_t>(event.dataStart + 1);
+            const std::size_t velocity = event.dataStart + 1;
             if (MIDIStatus::kind(event.status) == MIDIStatus::noteOn && bytes[velocity] != 0 &&
                 loud.view()[velocity] == 127)
                 expected[velocity] = 127;

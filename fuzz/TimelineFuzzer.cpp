@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     for (const TimelineEvent& event : events) {
         check(event.tick >= lastTick);
         lastTick = event.tick;
-        played.apply(event.message);
+        played.apply(event.message, event.tick);
     }
     check(timeline->duration() >= timeline->tempoMap().secondsAt(lastTick));
     check(timeline->firstEventAt(lastTick) <= events.size());

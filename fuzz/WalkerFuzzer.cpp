@@ -1,4 +1,5 @@
 #include "Check.h"
+#include "SMFHeader.h"
 #include "SMFTrackEventWalker.h"
 
 using namespace tambrel;
@@ -7,10 +8,10 @@ using fuzz::check;
 // Chunks follow one another inside the file, events inside their chunk, and time never runs backwards.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const ByteView data(bytes, size);
-    std::int64_t chunkEnd = smfHeaderSize;
+    std::size_t chunkEnd = SMFHeader::size;
     for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(data, 65535)) {
         check(track.headerOffset == chunkEnd && track.dataStart == track.headerOffset + 8);
-        check(track.dataEnd == track.dataStart + track.length && track.dataEnd <= std::int64_t(size));
+        check(track.dataEnd == track.dataStart + track.length && track.dataEnd <= size);
         chunkEnd = track.dataEnd;
         for (const auto policy : {SMFMalformedEventPolicy::stop, SMFMalformedEventPolicy::skip}) {
             SMFTimedTrackEvent last{.dataEnd = track.dataStart};
