@@ -62,8 +62,7 @@ ClipSums barePass(ByteView clip) {
             sums.ticks += first & 0xFFFFF;
         else if (type == UMPMessageType::midi1ChannelVoice || type == UMPMessageType::midi2ChannelVoice)
             sums.noteOns += status == 9;
-        const auto end =
-            at + 4 * static_cast<std::size_t>(UMPPacket::wordCount(static_cast<std::uint8_t>(type)));
+        const std::size_t end = at + 4 * UMPPacket::wordCount(static_cast<std::uint8_t>(type));
         for (; at < end && at + 4 <= clip.size(); at += 4)
             sums.words += wordAt(clip, at);
     }

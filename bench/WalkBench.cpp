@@ -19,13 +19,11 @@ namespace {
 
 WalkSums walkerSums(ByteView file) {
     WalkSums sums;
-    for (const SMFTrackChunk& track :
-         SMFTrackEventWalker::trackChunks(file, SMFByteCodec::readU16(file, 10))) {
+    for (const SMFTrackChunk& track : SMFTrackEventWalker::trackChunks(file, 65535)) {
         std::uint32_t lastTick = 0;
         SMFTrackEventWalker::walk(file, track, SMFMalformedEventPolicy::stop, [&](const auto& event) {
             lastTick = event.tick;
-            if (MIDIStatus::kind(event.status) == MIDIStatus::noteOn &&
-                file[static_cast<std::size_t>(event.dataStart + 1)] != 0)
+            if (MIDIStatus::kind(event.status) == MIDIStatus::noteOn && file[event.dataStart + 1] != 0)
                 ++sums.noteOns;
             return SMFTrackWalkDecision::continue_;
         });
