@@ -5,9 +5,9 @@ import dbus
 from .checks import CUT_SHORT, RUNG_OUT
 from .program import CONTENT
 
-BUTTONS = {"play": 54, "stop": 147, "rtz": 240, "loudness": 332, "clear": 425}  # Middles, in points.
+BUTTONS = {"play": 56, "stop": 148, "rtz": 232, "loudness": 331, "clear": 431}  # Middles, in points.
 BUTTON_Y = 451
-TIMELINE = (24, 456, 264)  # From, to, and how far down.
+TIMELINE = (23, 457, 264)  # From, to, and how far down.
 KEYS = ("space", "Return", "Tab", "Shift Tab", "Left", "Right", "Prior", "Next", "Home", "End", "Control r",
         "Control period")
 MODIFIERS = {"Shift": "Shift_L", "Control": "Control_L", "Alt": "Alt_L"}
