@@ -30,8 +30,12 @@ AfterLoad afterLoad(bool plays) {
     return plays ? AfterLoad::play : AfterLoad::wait;
 }
 
-GeneralMIDIOptions engineOptions(const CommandLine& commandLine) {
-    GeneralMIDIOptions options{.soundBank = commandLine.soundBank, .audioDrivers = commandLine.audioDrivers};
+constexpr const char* soundBankKey = "SoundBank"; // A path; absent for the system's default.
+
+GeneralMIDIOptions engineOptions(const CommandLine& commandLine, const QSettings& settings) {
+    GeneralMIDIOptions options{.soundBank = commandLine.soundBank,
+                               .preferredSoundBank = settings.value(soundBankKey).toString().toStdString(),
+                               .audioDrivers = commandLine.audioDrivers};
     if (!commandLine.screenshot.empty())
         options.audioDrivers = {std::string(silentDriverName)};
     return options;
@@ -59,7 +63,7 @@ Program::Program(CommandLine commandLine, DesktopApplication& desktop)
     : commandLine_(std::move(commandLine)),
       desktop_(desktop),
       log_(programLog(settings_, commandLine_)),
-      engine_(engineOptions(commandLine_)),
+      engine_(engineOptions(commandLine_, settings_)),
       delegate_(services(), log_) {
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
@@ -156,7 +160,7 @@ AboutFacts Program::aboutFacts() const {
 std::string Program::soundBankText() const {
     try {
         const auto bank =
-            engine_.soundBank().empty() ? findSoundBank(commandLine_.soundBank) : engine_.soundBank();
+            engine_.soundBank().empty() ? banksToTry(engine_.soundBankWish()).front() : engine_.soundBank();
         std::error_code isMissing;
         const auto file = std::filesystem::canonical(bank, isMissing);
         return isMissing || file == bank ? bank.string() : bank.string() + "\nis " + file.string();

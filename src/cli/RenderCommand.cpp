@@ -93,6 +93,8 @@ private:
         const RenderResult result = renderPartTo(part.output, timeline, sound);
         if (result.wasStopped)
             throw RenderError("Interrupted; nothing was written.");
+        if (!result.complaints.empty() && report.errors.find(result.complaints) == std::string::npos)
+            report.errors += complaint(plan_.input(job), result.complaints);
         (part.output == standardStream ? report.errors : report.output) += resultLine(part.output, result);
     }
 
@@ -118,7 +120,7 @@ ExitStatus runRender(RenderCommandOptions options) {
     const OutputPlan plan(inputs(options.input), options.output, [&](const path&, path output) {
         return output += "." + std::string(extensionOf(options.sound.format.container));
     });
-    options.sound.soundBank = findSoundBank(options.soundFont);
+    options.sound.soundBanks = banksToTry({.named = options.soundFont, .preferred = {}});
     ProgressBar progress(plan.size() == 1 ? printable(plan.output(0).filename().native()) : "Rendering",
                          plan.size());
     const Renderer renderer(options, plan, progress);

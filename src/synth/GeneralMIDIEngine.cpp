@@ -2,8 +2,6 @@
 
 #include "AudioDrivers.h"
 #include "SMFHeader.h"
-#include "SoundBank.h"
-#include "SynthesizerFactory.h"
 
 #include <algorithm>
 #include <array>
@@ -87,11 +85,15 @@ private:
 GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     : options_(std::move(options)),
       sequencer_(outputSampleRate),
-      executor_(std::make_unique<SerialExecutor>()) {
+      executor_(std::make_unique<SerialExecutor>()),
+      bank_(sequencer_, *executor_, {options_.soundBank, options_.preferredSoundBank}, outputSampleRate) {
     if (options_.audioDrivers.empty())
         options_.audioDrivers = defaultAudioDrivers();
     output_ = std::make_unique<AudioOutput>(sequencer_, *executor_, options_.audioDrivers, outputSampleRate,
                                             options_.openDriver);
+    bank_.onFailure = [this](const std::string& reason) { giveUpBank(reason); };
+    bank_.onNotice = [this](const std::string& sentence) { notice(sentence); };
+    bank_.onChange = [this] { playOnNewBank(); };
     housekeeping_.setInterval(housekeepingInterval);
     QObject::connect(&housekeeping_, &QTimer::timeout, [this] { keepHouse(); });
 }
@@ -101,35 +103,10 @@ GeneralMIDIEngine::~GeneralMIDIEngine() {
     executor_.reset(); // Runs all that was asked of it; the device is closed then.
 }
 
-void GeneralMIDIEngine::loadSoundBank() {
-    const BankState state = bankState_.load(std::memory_order_acquire);
-    if (state == BankState::loading || state == BankState::ready)
-        return;
-    soundBank_ = findSoundBank(options_.soundBank);
-    bankState_.store(BankState::loading, std::memory_order_relaxed);
-    executor_->run([this] {
-        try {
-            auto synthesizer = makeSynthesizer(outputSampleRate);
-            synthesizer->loadSoundBank(soundBank_);
-            synthesizer_ = std::move(synthesizer);
-            sequencer_.setSynthesizer(*synthesizer_);
-            bankState_.store(BankState::ready, std::memory_order_release);
-        } catch (const SoundBankError& error) {
-            bankFailure_ = error.what();
-            bankState_.store(BankState::failed, std::memory_order_release);
-        }
-    });
-    housekeeping_.start();
-}
-
-bool GeneralMIDIEngine::isLoadingSoundBank() const {
-    return bankState_.load(std::memory_order_acquire) == BankState::loading;
-}
-
 std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const PlayableSong& song) {
     if (!SMFHeader::read(song.data))
         throw std::invalid_argument("The data is no Standard MIDI File.");
-    loadSoundBank();
+    bank_.load();
     return std::make_unique<Player>(*this, song.timeline ? song.timeline : Timeline::build(song.data));
 }
 
@@ -181,8 +158,8 @@ bool GeneralMIDIEngine::isPlaying(const Player& player) const {
 
 void GeneralMIDIEngine::keepHouse() {
     sequencer_.collect(); // A song that is not played any more is given back at once.
+    bank_.collect();
     watchSong();
-    watchBank();
     watchOutput();
     releaseWhenIdle();
 }
@@ -196,12 +173,22 @@ void GeneralMIDIEngine::watchSong() {
         playing_->complete();
 }
 
-void GeneralMIDIEngine::watchBank() {
-    if (bankState_.load(std::memory_order_acquire) == BankState::failed) {
-        bankState_.store(BankState::none, std::memory_order_relaxed); // The next player tries again.
-        output_->close(); // With nothing to play on, what came of the device is no news.
-        fail(bankFailure_);
+// With nothing to play on, what came of the device is no news.
+void GeneralMIDIEngine::giveUpBank(const std::string& reason) {
+    output_->close();
+    fail(reason);
+}
+
+void GeneralMIDIEngine::playOnNewBank() {
+    watchSong(); // One that is over by now is not to begin again.
+    if (playing_ != nullptr) {
+        sequencer_.play(playing_->song(), sequencer_.position());
+    } else {
+        sounding_ = nullptr;
+        paused_ = nullptr;
+        sequencer_.halt();
     }
+    housekeeping_.start();
 }
 
 void GeneralMIDIEngine::watchOutput() {
@@ -242,9 +229,9 @@ void GeneralMIDIEngine::releaseWhenIdle() {
     }
     if (playing_ != nullptr || !output_->isClosed() || isLoadingSoundBank())
         return;
-    if (bankState_.load(std::memory_order_acquire) == BankState::ready)
+    if (bank_.isReady())
         silenceWithoutDevice();
-    if (sequencer_.collect())
+    if (sequencer_.collect() && bank_.collect())
         housekeeping_.stop();
 }
 

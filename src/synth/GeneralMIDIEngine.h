@@ -4,11 +4,10 @@
 #include "MIDIFilePlayer.h"
 #include "Sequencer.h"
 #include "SerialExecutor.h"
-#include "Synthesizer.h"
+#include "SoundBankLoader.h"
 
 #include <QTimer>
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -19,7 +18,9 @@
 namespace tambrel {
 
 struct GeneralMIDIOptions {
-    std::filesystem::path soundBank;       ///< Empty for the system's default bank.
+    std::filesystem::path soundBank; ///< This one and no other; empty for the next.
+    std::filesystem::path preferredSoundBank =
+        {};                                ///< If it can be loaded; empty for the system's default bank.
     std::vector<std::string> audioDrivers; ///< Empty for the default drivers.
     AudioDriverOpener openDriver = openAudioDriver;
 };
@@ -35,18 +36,23 @@ public:
     GeneralMIDIEngine(const GeneralMIDIEngine&) = delete;
     GeneralMIDIEngine& operator=(const GeneralMIDIEngine&) = delete;
 
-    /// Called when the bank turns out to be broken or no device can be opened, with the reason. Songs cannot
+    /// Called when no bank can be loaded or no device can be opened, with the reason. Songs cannot
     /// be played then; a player created later tries again.
     std::function<void(const std::string& reason)> onFailure;
-    /// Called with a sentence when the device was lost, or is back.
+    /// Called with a sentence when the device was lost, or is back, and when another bank is used than the
+    /// one that was wanted.
     std::function<void(const std::string& sentence)> onNotice;
 
     /// Begins to load the bank, unless that was done. Throws SoundBankError when there is none.
-    void loadSoundBank();
+    void loadSoundBank() { bank_.load(); }
+    /// Changes to another bank, or the system's default when it is empty; a song that plays goes on where it
+    /// was once the bank is there. Throws SoundBankError when there is none.
+    void chooseSoundBank(const std::filesystem::path& bank) { bank_.choose(bank); }
     /// True while the bank is being loaded, which cannot be interrupted.
-    [[nodiscard]] bool isLoadingSoundBank() const;
+    [[nodiscard]] bool isLoadingSoundBank() const { return bank_.isLoading(); }
+    [[nodiscard]] const SoundBankWish& soundBankWish() const { return bank_.wish(); }
     /// The bank in use, or the one that is being loaded; empty before.
-    [[nodiscard]] const std::filesystem::path& soundBank() const { return soundBank_; }
+    [[nodiscard]] const std::filesystem::path& soundBank() const { return bank_.bank(); }
 
     /// True while no song plays, no note rings out and none is about to.
     [[nodiscard]] bool isSilent() const { return sequencer_.isSilent(); }
@@ -61,7 +67,6 @@ public:
 
 private:
     class Player;
-    enum class BankState { none, loading, ready, failed };
 
     void prepare();
     void start(Player& player, double seconds);
@@ -70,7 +75,8 @@ private:
     [[nodiscard]] bool isPlaying(const Player& player) const;
 
     void keepHouse();
-    void watchBank();
+    void playOnNewBank();
+    void giveUpBank(const std::string& reason);
     void watchOutput();
     void watchSong();
     void releaseWhenIdle();
@@ -79,11 +85,7 @@ private:
     void notice(const std::string& sentence) const;
 
     GeneralMIDIOptions options_;
-    std::filesystem::path soundBank_;
     Sequencer sequencer_;
-    std::unique_ptr<Synthesizer> synthesizer_; // Made on the executor, used by the rendering.
-    std::atomic<BankState> bankState_{BankState::none};
-    std::string bankFailure_; // Written before bankState_ says failed, read after.
 
     Player* playing_ = nullptr;        // Until it stops or its song is over.
     const Player* sounding_ = nullptr; // Until it stops, be its song over or not.
@@ -96,6 +98,7 @@ private:
     QTimer housekeeping_; // Runs while there is anything to watch.
 
     std::unique_ptr<SerialExecutor> executor_;
+    SoundBankLoader bank_;
     std::unique_ptr<AudioOutput> output_;
 };
 

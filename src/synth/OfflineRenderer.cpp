@@ -46,11 +46,11 @@ private:
     float peak_ = 0;
 };
 
-/// Renders the song once and hands out its blocks; `from` and `to` are the parts of the whole job done.
+/// Hands out the blocks of a rendering; `from` and `to` are the parts of the whole job done. False when it
+/// was stopped.
 template<class OnBlock>
-bool perform(const std::shared_ptr<const Timeline>& song, const RenderOptions& options, double from,
-             double to, OnBlock onBlock) {
-    Performance performance(song, options);
+bool perform(Performance& performance, const RenderOptions& options, double from, double to,
+             OnBlock onBlock) {
     while (const auto block = performance.next()) {
         if (options.stop.stop_requested())
             return false;
@@ -66,9 +66,10 @@ std::optional<double> normalizingGain(const std::shared_ptr<const Timeline>& son
                                       const RenderOptions& options) {
     if (!options.loudness)
         return 1;
+    Performance performance(song, options);
     LoudnessMeter loudness(options.format.rate);
     Meter interleaving;
-    if (!perform(song, options, 0, 0.5,
+    if (!perform(performance, options, 0, 0.5,
                  [&](const auto& block) { loudness.add(interleaving.take(block, 1)); }))
         return std::nullopt;
     return loudness.gainTo(*options.loudness);
@@ -105,14 +106,16 @@ RenderResult renderTo(int descriptor, const std::shared_ptr<const Timeline>& son
     const auto normalizing = normalizingGain(song, options);
     if (!normalizing)
         return {.wasStopped = true};
+    Performance performance(song, options);
     Meter meter;
     const double gain = *normalizing * options.gain;
-    const bool isWhole = perform(song, options, options.loudness ? 0.5 : 0, 1,
+    const bool isWhole = perform(performance, options, options.loudness ? 0.5 : 0, 1,
                                  [&](const auto& block) { file.write(meter.take(block, gain)); });
     if (isWhole)
         file.finish();
     RenderResult result = meter.result(options.format.rate);
     result.wasStopped = !isWhole;
+    result.complaints = performance.complaints();
     return result;
 }
 

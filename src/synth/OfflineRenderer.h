@@ -18,10 +18,11 @@ struct RenderResult {
     float peak = 0;     ///< Largest sample, 1 being full scale.
     double rms = 0;
     bool wasStopped = false;
+    std::string complaints = {}; ///< Of banks that could not be loaded before one could.
 };
 
 struct RenderOptions {
-    std::filesystem::path soundBank; ///< A bank that exists.
+    std::vector<std::filesystem::path> soundBanks; ///< The first that can be loaded is used.
     SoundFormat format;
     Effects effects = Effects::on;
     double start = 0;           ///< Seconds into the song.

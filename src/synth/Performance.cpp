@@ -9,13 +9,13 @@
 namespace tambrel {
 
 Performance::Performance(const std::shared_ptr<const Timeline>& song, const RenderOptions& options)
-    : synthesizer_(makeSynthesizer(options.format.rate, options.effects)),
+    : loaded_(loadSynthesizer(options.format.rate, options.soundBanks, options.effects)),
+      synthesizer_(*loaded_.synthesizer),
       sequencer_(options.format.rate),
       master_(options.format.rate),
       rate_(options.format.rate),
       partFrames_(expectedFrames(*song, options)) {
-    synthesizer_->loadSoundBank(options.soundBank);
-    sequencer_.setSynthesizer(*synthesizer_);
+    sequencer_.setSynthesizer(synthesizer_);
     sequencer_.play(song, options.start);
     if (options.tail)
         tailFrames_ = std::llround(*options.tail * rate_);
@@ -64,10 +64,10 @@ int Performance::renderSong() {
 int Performance::renderTail() {
     const std::int64_t done = frame_ - *cut_;
     if (done == 0)
-        synthesizer_->releaseNotes();
+        synthesizer_.releaseNotes();
     const auto frames = static_cast<int>(std::min<std::int64_t>(
         framesPerBlock, tailFrames_ ? *tailFrames_ - done : std::int64_t{framesPerBlock}));
-    synthesizer_->render(left_.data(), right_.data(), frames);
+    synthesizer_.render(left_.data(), right_.data(), frames);
     isOver_ = !tailFrames_ && !rings(frames);
     return frames;
 }
@@ -81,7 +81,7 @@ bool Performance::rings(int frames) {
                        std::any_of(right_.begin(), right_.begin() + frames, isLoud);
     quietFrames_ = heard ? 0 : quietFrames_ + frames;
     const bool hasRungOut =
-        static_cast<double>(quietFrames_) > quietSecondsToEnd * rate_ && synthesizer_->activeVoices() == 0;
+        static_cast<double>(quietFrames_) > quietSecondsToEnd * rate_ && synthesizer_.activeVoices() == 0;
     return !hasRungOut && static_cast<double>(frame_ - *cut_) < longestRinging * rate_;
 }
 

@@ -2,7 +2,7 @@
 
 #include "MasterStage.h"
 #include "Sequencer.h"
-#include "Synthesizer.h"
+#include "SynthesizerFactory.h"
 #include "Timeline.h"
 
 #include <array>
@@ -32,6 +32,8 @@ public:
 
     /// The next block; none once the part and what it leaves ringing are over.
     [[nodiscard]] std::optional<Block> next();
+    /// What was wrong with banks that would have been preferred; empty if nothing.
+    [[nodiscard]] const std::string& complaints() const { return loaded_.complaints; }
     /// Of the part asked for, 0 to 1.
     [[nodiscard]] double partDone() const;
 
@@ -41,7 +43,8 @@ private:
     [[nodiscard]] int renderTail();
     [[nodiscard]] bool rings(int frames);
 
-    std::unique_ptr<Synthesizer> synthesizer_;
+    const BankedSynthesizer loaded_;
+    Synthesizer& synthesizer_;
     Sequencer sequencer_;
     MasterStage master_;
     int early_ = master_.latency();   // Frames of silence that still come out before the song.

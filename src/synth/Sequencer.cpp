@@ -93,7 +93,7 @@ void Sequencer::keepYoungest(std::vector<Chased>& chased) {
 
 bool Sequencer::pause() {
     // What has not begun yet has nothing to keep.
-    if (!song_ || serial_.load(std::memory_order_acquire) != lastSerial_) {
+    if (!song_ || !isSettled()) {
         halt();
         return false;
     }
@@ -123,7 +123,7 @@ void Sequencer::send(std::unique_ptr<Order> order) {
 }
 
 double Sequencer::position() const {
-    if (!song_ || serial_.load(std::memory_order_acquire) != lastSerial_)
+    if (!song_ || !isSettled())
         return start_;
     const double rendered = static_cast<double>(frame_.load(std::memory_order_relaxed)) / sampleRate_;
     return hasFinished() ? song_->duration() : std::clamp(rendered, start_, song_->duration());
@@ -134,8 +134,7 @@ bool Sequencer::hasFinished() const {
 }
 
 bool Sequencer::isSilent() const {
-    return serial_.load(std::memory_order_acquire) == lastSerial_ &&
-           soundless_.load(std::memory_order_acquire);
+    return isSettled() && soundless_.load(std::memory_order_acquire);
 }
 
 bool Sequencer::collect() {
@@ -151,8 +150,7 @@ bool Sequencer::collect() {
 // --- Rendering side ---
 
 void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
-    synthesizer_ = handedOver_.load(std::memory_order_acquire);
-    if (synthesizer_ == nullptr) {
+    if (handedOver_.load(std::memory_order_relaxed) == nullptr) {
         std::fill_n(left, frames, 0.0F);
         std::fill_n(right, frames, 0.0F);
         return;
@@ -220,10 +218,12 @@ void Sequencer::carryOut() noexcept {
     switch (order->kind) {
     case Order::Kind::play:
         retire(std::exchange(current_, order));
+        synthesizer_ = handedOver_.load(std::memory_order_acquire);
         begin();
         break;
     case Order::Kind::halt:
         retire(std::exchange(current_, order));
+        synthesizer_ = handedOver_.load(std::memory_order_acquire);
         goSilent();
         break;
     case Order::Kind::pause:

@@ -23,7 +23,9 @@ public:
     Sequencer(const Sequencer&) = delete;
     Sequencer& operator=(const Sequencer&) = delete;
 
-    /// Once, from any thread; not owned. Until then rendering gives silence and orders wait.
+    /// Not owned. Until the first rendering gives silence and orders wait; another one takes over with the
+    /// next order to play or halt, and the one before is free once that has been carried out (`isSettled`).
+    /// Any thread.
     void setSynthesizer(MIDIInstrument& synthesizer) {
         handedOver_.store(&synthesizer, std::memory_order_release);
     }
@@ -48,6 +50,8 @@ public:
     /// True once the song of the latest `play` has been rendered to its end; its last notes may still ring
     /// out.
     [[nodiscard]] bool hasFinished() const;
+    /// True when every order has been carried out.
+    [[nodiscard]] bool isSettled() const { return serial_.load(std::memory_order_acquire) == lastSerial_; }
     /// True while rendering gives nothing but silence and nothing waits to be played.
     [[nodiscard]] bool isSilent() const;
     /// Frees what rendering has let go of. False while rendering still holds an older order.

@@ -1,5 +1,7 @@
 #include "SynthesizerFactory.h"
 
+#include "SoundBank.h"
+
 #include <dlfcn.h>
 #include <filesystem>
 #include <initializer_list>
@@ -44,6 +46,22 @@ std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate, Effects effects)
     if (fluidSynth() == nullptr)
         throw SoundBankError(fluidSynthIsMissing);
     return fluidSynth()->makeSynthesizer(sampleRate, effects);
+}
+
+BankedSynthesizer loadSynthesizer(double sampleRate, const std::vector<std::filesystem::path>& banks,
+                                  Effects effects) {
+    auto synthesizer = makeSynthesizer(sampleRate, effects);
+    std::string complaints;
+    for (const auto& bank : banks) {
+        try {
+            requireSoundBankFile(bank);
+            synthesizer->loadSoundBank(bank);
+            return {std::move(synthesizer), bank, complaints};
+        } catch (const SoundBankError& error) {
+            complaints += (complaints.empty() ? "" : " ") + std::string(error.what());
+        }
+    }
+    throw SoundBankError(complaints);
 }
 
 } // namespace tambrel

@@ -2,6 +2,11 @@
 
 #include "FluidSynthModule.h"
 
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace tambrel {
 
 /// The module with FluidSynth in it; null where it could not be loaded, which `fluidSynthIsMissing` says.
@@ -18,5 +23,17 @@ inline constexpr const char* fluidSynthIsMissing =
 
 /// A synthesizer without a sound bank. Throws SoundBankError where FluidSynth is missing.
 [[nodiscard]] std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate, Effects effects = Effects::on);
+
+/// A synthesizer with its bank.
+struct BankedSynthesizer {
+    std::unique_ptr<Synthesizer> synthesizer;
+    std::filesystem::path bank;
+    std::string complaints; ///< Of the banks that were tried before; empty if none.
+};
+
+/// With the first of the banks that can be loaded. Throws SoundBankError when none can. May take seconds.
+[[nodiscard]] BankedSynthesizer loadSynthesizer(double sampleRate,
+                                                const std::vector<std::filesystem::path>& banks,
+                                                Effects effects = Effects::on);
 
 } // namespace tambrel

@@ -18,14 +18,14 @@
 namespace tambrel {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using namespace testing;
 
-MIDIData song(std::uint32_t milliseconds) {
-    return MIDIData(
-        smfBytes(1, testing::milliseconds(), {TrackBuilder().noteOn(0, 0, 60).endOfTrack(milliseconds)}));
+MIDIData song(std::uint32_t milliseconds, TrackBuilder track = {}) {
+    return MIDIData(smfBytes(1, testing::milliseconds(), {track.noteOn(0, 0, 60).endOfTrack(milliseconds)}));
 }
 
 /// A sound server that comes and goes. Its devices play nothing, in real time.
@@ -40,7 +40,7 @@ public:
         return std::make_unique<Device>(*this, sampleRate, source);
     }
 
-    std::atomic<bool> isUp{true}, wasAskedForOthers{false};
+    std::atomic<bool> isUp{true}, wasAskedForOthers{false}, heardOnTheRight{false};
     std::atomic<int> attempts{0}, openDevices{0};
 
 private:
@@ -57,6 +57,8 @@ private:
         void renderAudio(float* left, float* right, int frames) noexcept override {
             if (server_.isUp)
                 source_.renderAudio(left, right, frames);
+            if (peak({right, static_cast<std::size_t>(frames)}) > 0.01F)
+                server_.heardOnTheRight = true;
         }
         SoundServer& server_;
         AudioSource& source_;
@@ -163,16 +165,64 @@ TEST_F(GeneralMIDIEngineTest, APlayerMayGoWhileItPlaysOrFromItsOwnCompletion) {
 
 TEST_F(GeneralMIDIEngineTest, RefusesWhatIsNoSongAndNamesMissingBanksWithThePackageToInstall) {
     EXPECT_THROW(static_cast<void>(start().makePlayer(MIDIData(Bytes{1, 2, 3}))), std::invalid_argument);
-    EXPECT_EQ(findSoundBank({}, {"/no/a.sf3", testBank, bankTimGM6mb}), testBank);
-    for (const std::filesystem::path wanted : {"/no/c.sf2", ""}) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"/no/c.sf2", "bank /no/c.sf2 does not exist."},
+        {"/usr", "bank /usr is a folder, not a file."},
+        {"/dev/null", "bank /dev/null is a device, not a file."},
+        {"", "Looked in: /no/a, /no/b."}};
+    for (const auto& [wanted, reason] : rows) {
         try {
-            static_cast<void>(findSoundBank(wanted, {"/no/a.sf3", "/no/b.sf2"}));
+            static_cast<void>(banksToTry({.named = wanted, .preferred = {}}, {"/no/a", "/no/b"}));
             ADD_FAILURE() << "found";
         } catch (const SoundBankError& error) {
-            EXPECT_THAT(error.what(), HasSubstr(wanted.empty() ? "/no/a.sf3, /no/b.sf2" : "/no/c.sf2"));
-            EXPECT_THAT(error.what(), HasSubstr("timgm6mb-soundfont"));
+            EXPECT_THAT(error.what(), AllOf(HasSubstr(reason), HasSubstr("timgm6mb-soundfont")));
         }
     }
+}
+
+TEST_F(GeneralMIDIEngineTest, FindsBanksWhereUsersAndDistributionsPutThemTheDefaultFirst) {
+    const std::filesystem::path top = folder.path().toStdString();
+    qputenv("XDG_DATA_HOME", (top / "home").c_str());
+    qputenv("XDG_DATA_DIRS", (top / "a").string().append(":" + (top / "b").string()).c_str());
+    for (const char* file : {"home/soundfonts/Piano.SF2", "home/soundfonts/read me.txt",
+                             "a/soundfonts/My GM.dls", "b/sounds/sf2/General.sf2", "b/soundfonts/Big.sf3"}) {
+        std::filesystem::create_directories((top / file).parent_path());
+        std::ofstream(top / file) << "bank";
+    }
+    std::filesystem::create_directories(top / "a/sounds/sf3/folder.sf3");
+    for (const char* link : {"a/sounds/sf3/default-GM.sf3", "b/sounds/sf2/default-GM.sf2"})
+        std::filesystem::create_symlink(top / "b/soundfonts/Big.sf3", top / link);
+    auto folders = soundBankFolders();
+    std::erase_if(folders, [&](const auto& each) { return !each.string().starts_with(top.string()); });
+    std::string found;
+    for (const SoundBankFile& bank : soundBanks(folders))
+        found += bank.name() + " at " + bank.path.lexically_relative(top).string() + "; ";
+    EXPECT_EQ(found, "Big at a/sounds/sf3/default-GM.sf3; My GM at a/soundfonts/My GM.dls; "
+                     "General at b/sounds/sf2/General.sf2; Piano at home/soundfonts/Piano.SF2; ");
+    EXPECT_EQ(banksToTry({.named = {}, .preferred = "x"}, folders).size(), 5U);
+    qunsetenv("XDG_DATA_HOME");
+    qunsetenv("XDG_DATA_DIRS");
+}
+
+// The bank of the tests plays on the left alone.
+TEST_F(GeneralMIDIEngineTest, AnotherBankTakesOverWhereTheSongIsAndOneThatCannotBeLoadedDoesNot) {
+    const std::filesystem::path broken = folder.filePath("broken.sf2").toStdString();
+    std::ofstream(broken) << "This is a text.\n";
+    const auto player = startOnServer().makePlayer(
+        song(60'000, TrackBuilder().control(0, 0, 91, 0).control(0, 0, 93, 0).program(0, 0, 16)));
+    player->setCurrentPosition(20);
+    player->play({});
+    ASSERT_TRUE(isSoon([&] { return player->currentPosition() > 20; }));
+    EXPECT_EQ(server.heardOnTheRight, false);
+    engine->chooseSoundBank(broken);
+    ASSERT_TRUE(isSoon([&] { return !notices.empty(); }));
+    EXPECT_THAT(std::exchange(notices, {}), ElementsAre(HasSubstr("broken.sf2 could not be loaded")));
+    engine->chooseSoundBank(bankTimGM6mb);
+    ASSERT_TRUE(isSoon([&] { return server.heardOnTheRight.load(); }));
+    EXPECT_EQ(engine->soundBank(), bankTimGM6mb);
+    EXPECT_GT(player->currentPosition(), 20);
+    EXPECT_LT(player->currentPosition(), 60);
+    EXPECT_TRUE(player->isPlaying());
 }
 
 TEST_F(GeneralMIDIEngineTest, ABrokenBankIsReportedAndTriedAgainByTheNextPlayer) {

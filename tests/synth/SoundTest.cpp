@@ -142,6 +142,9 @@ TEST(SoundTest, IsAsLoudAsHighAndWhereTheMessagesSay) {
         {"bank, high half", dry().control(0, 0, 0, 8).program(0, 0, 0), 1200, 0, none},
         {"bank, low half", dry().control(0, 0, 32, 8).program(0, 0, 0), 0, 0, none},
         {"bank, low half, in XG", dry().sysex(0, xgOn).control(0, 0, 32, 8).program(0, 0, 0), 1200, 0, none},
+        {"a program that the bank lacks", dry().program(0, 0, 99), 0, 0, none},
+        {"a variation that the bank lacks", dry().control(0, 0, 0, 8).program(0, 0, 1), 0, none, 0},
+        {"a kit that the bank lacks", dry().program(0, 9, 40), 700, centre, centre, 9},
         {"drums", dry(), 700, centre, centre, 9},
         {"rhythm part", dry().sysex(0, rhythmPart(1, 1)), 700, centre, centre},
         {"melodic part", dry().sysex(0, rhythmPart(0, 0)), 0, 0, none, 9},
@@ -231,7 +234,7 @@ TEST(SoundTest, AWAVHoldsTheSongAndItsTailAtAnyRate) {
         SCOPED_TRACE(rate);
         double progress = 0;
         RenderOptions options;
-        options.soundBank = testBank;
+        options.soundBanks = {testBank};
         options.format.rate = rate;
         options.onProgress = [&](double part) {
             EXPECT_GE(part, progress);
@@ -273,7 +276,7 @@ TEST(SoundTest, AFolderStaysAsItWasWhenAWAVFailsOrIsStopped) {
     std::filesystem::create_directory(files.path("directory"));
     std::filesystem::create_symlink("/dev/null", files.path("device"));
     RenderOptions options;
-    options.soundBank = testBank;
+    options.soundBanks = {testBank};
     const auto song = Timeline::build(smfBytes(1, milliseconds(), {dry().endOfTrack(1000)}));
     for (const char* output : {"directory", "directory/", "device", "old.wav/new.wav"})
         EXPECT_THROW(renderToFile(files.path(output), song, options, true), RenderError) << output;
