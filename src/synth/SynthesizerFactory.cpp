@@ -7,6 +7,21 @@
 #include <initializer_list>
 #include <system_error>
 
+// FluidSynth renders each block's effects in a parallel region of one thread, for which OpenMP's run time
+// allocates and frees memory. This definition does without. It is the program's own, because nothing else is
+// found before the run time's, which comes with Qt as well. Regions of several threads, which there are while
+// a bank is loaded, go on to the run time.
+extern "C" [[gnu::visibility("default")]] void GOMP_parallel(void (*region)(void*), void* data,
+                                                             unsigned threads, unsigned flags) {
+    if (threads == 1) {
+        region(data);
+        return;
+    }
+    static void* const library = dlopen("libgomp.so.1", RTLD_NOW | RTLD_NOLOAD);
+    static const auto runTime = reinterpret_cast<decltype(&GOMP_parallel)>(dlsym(library, "GOMP_parallel"));
+    runTime(region, data, threads, flags);
+}
+
 namespace tambrel {
 namespace {
 
