@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 namespace tambrel {
 namespace {
@@ -19,6 +20,14 @@ constexpr double restingAlpha = 0.12;
 
 double level(int bar, int phase) {
     return levels[static_cast<std::size_t>((bar + phase) % BlackLEDBar::phaseCount)] / 8.0;
+}
+
+// From bar to bar in whole device pixels, where that moves no bar by more than one: the eye sees an uneven
+// gap.
+double evenPitch(const UnflippedPainter& painter, double pitch) {
+    const double even = painter.snapped(pitch);
+    const double farthest = std::abs(even - pitch) * (BlackLEDBar::count - 1);
+    return farthest <= painter.snapped(0.0) ? even : pitch;
 }
 
 } // namespace
@@ -65,10 +74,13 @@ void BlackLEDActivityView::paintEvent(QPaintEvent*) {
     const auto phase = isAnimating() ? std::optional(phase_) : std::nullopt;
     UnflippedPainter painter(*this);
     painter.fill(unflippedBounds(*this), RetroTheme::paper());
-    for (const BlackLEDBar& bar : BlackLEDBar::row(size(), phase)) {
-        QRectF crisp = painter.snapped(bar.rect);
-        crisp.setWidth(painter.snapped(bar.rect.width())); // Every bar equally wide, wherever it lands.
-        painter.fill(crisp, RetroTheme::ink(bar.alpha));
+    const auto bars = BlackLEDBar::row(size(), phase);
+    const double pitch = evenPitch(painter, bars[1].rect.x() - bars[0].rect.x());
+    for (int i = 0; i < BlackLEDBar::count; ++i) {
+        const auto& [rect, alpha] = bars[static_cast<std::size_t>(i)];
+        QRectF crisp = painter.snapped(QRectF(pitch * i, rect.y(), rect.width(), rect.height()));
+        crisp.setWidth(painter.snapped(rect.width())); // Every bar equally wide, wherever it lands.
+        painter.fill(crisp, RetroTheme::ink(alpha));
     }
 }
 
