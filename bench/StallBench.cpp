@@ -41,7 +41,7 @@ public:
               {.makePlayer = [this](const PlayableSong& song) { return engine_.makePlayer(song); },
                .buildTimeline = Timeline::build,
                .beep = [] {},
-               .chooseFile = [] { return std::nullopt; },
+               .chooseFile = [](const auto&) { return std::nullopt; },
                .loadFinished = [this](const std::string& failure) { finish(failure); }},
               log)),
           window_(controller_) {

@@ -1,5 +1,6 @@
 #include "AppDialogs.h"
 
+#include "AppDelegate.h"
 #include "QtText.h"
 #include "TambrelBetaLog.h"
 #include "TambrelMIDIFileSupport.h"
@@ -8,8 +9,10 @@
 #include <QEvent>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 
 namespace tambrel {
 namespace {
@@ -26,6 +29,26 @@ public:
 
     bool isQuitting = false;
 };
+
+constexpr const char* folderKey = "OpenFolder";
+
+QString firstFolder(const std::filesystem::path& loadedSong, const QSettings& settings) {
+    if (!loadedSong.empty())
+        return QFileInfo(QFile::decodeName(loadedSong.c_str())).absolutePath();
+    return settings.value(folderKey).toString();
+}
+
+// Each letter in both cases: not every desktop's panel compares names without regard to case.
+QString filterOfLoadableFiles() {
+    QStringList patterns;
+    for (const std::string_view extension : TambrelMIDIFileSupport::loadableExtensions()) {
+        QString pattern = "*.";
+        for (const QChar letter : toQString(extension))
+            pattern += letter.isLetter() ? QString("[%1%2]").arg(letter).arg(letter.toUpper()) : letter;
+        patterns << pattern;
+    }
+    return "MIDI files (" + patterns.join(' ') + ")";
+}
 
 } // namespace
 
@@ -45,22 +68,27 @@ std::optional<bool> askModally(const ModalQuestion& question) {
 }
 
 // A launcher may ask for the panel while it, or a question, is open.
-std::optional<std::filesystem::path> chooseMIDIFile() {
+std::optional<std::filesystem::path> chooseMIDIFile(const std::filesystem::path& loadedSong,
+                                                    QSettings& settings) {
     if (QWidget* open = QApplication::activeModalWidget()) {
         open->raise();
         open->activateWindow();
         return std::nullopt;
     }
-    QStringList patterns;
-    for (const std::string_view extension : TambrelMIDIFileSupport::loadableExtensions()) {
-        const QString text = toQString(extension);
-        patterns << "*." + text << "*." + text.toUpper();
+    QFileDialog panel(QApplication::activeWindow(), "Open MIDI File", firstFolder(loadedSong, settings),
+                      filterOfLoadableFiles());
+    panel.setFileMode(QFileDialog::ExistingFile);
+    panel.setOption(QFileDialog::HideNameFilterDetails);
+    while (panel.exec() == QDialog::Accepted) {
+        const QString file = panel.selectedFiles().value(0);
+        const std::filesystem::path path = QFile::encodeName(file).toStdString();
+        if (AppDelegate::isSupportedMIDIURL(path)) {
+            settings.setValue(folderKey, QFileInfo(file).absolutePath());
+            return path;
+        }
+        QApplication::beep(); // Typed, for the panel lists no such file.
     }
-    const QString file = QFileDialog::getOpenFileName(QApplication::activeWindow(), "Open MIDI File", {},
-                                                      "MIDI files (" + patterns.join(' ') + ")");
-    if (file.isEmpty())
-        return std::nullopt;
-    return QFile::encodeName(file).toStdString();
+    return std::nullopt;
 }
 
 } // namespace tambrel

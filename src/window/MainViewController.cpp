@@ -113,7 +113,7 @@ void MainViewController::load(const std::filesystem::path& url, AfterLoad after)
 void MainViewController::openFile() {
     constexpr std::string_view name = "MainViewController.openFile";
     log_.userAction("Clicked Open MIDI File menu item", name);
-    const auto file = services_.chooseFile();
+    const auto file = services_.chooseFile(loadedFile() ? loadedFile()->url : std::filesystem::path());
     if (!file) {
         log_.procedure(name, "Open MIDI File panel cancelled");
         return;

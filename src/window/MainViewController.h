@@ -19,8 +19,9 @@ struct MainViewServices {
     MIDIFilePlayerFactory makePlayer;
     TimelineBuilder buildTimeline;
     std::function<void()> beep;
-    /// Asks for one of the files that can be loaded; nothing when the user cancels.
-    std::function<std::optional<std::filesystem::path>()> chooseFile;
+    /// Asks for one of the files that can be loaded; nothing when the user cancels. `loaded` is the song that
+    /// is there, or empty.
+    std::function<std::optional<std::filesystem::path>(const std::filesystem::path& loaded)> chooseFile;
     /// Called when a file has been loaded, or has failed to (an empty reason means success). May be empty.
     std::function<void(const std::string& failure)> loadFinished;
 };

@@ -66,7 +66,7 @@ protected:
         {.view = {.makePlayer = script.factory(),
                   .buildTimeline = Timeline::build,
                   .beep = [this] { ++beeps; },
-                  .chooseFile = [] { return std::nullopt; },
+                  .chooseFile = [](const auto&) { return std::nullopt; },
                   .loadFinished = [this](const std::string&) { ++loads; }},
          .settings = settings,
          .about =

@@ -32,7 +32,7 @@ public:
             {.makePlayer = std::move(makePlayer),
              .buildTimeline = Timeline::build,
              .beep = [this] { ++beeps; },
-             .chooseFile = [this] { return chosen; },
+             .chooseFile = [this](const std::filesystem::path&) { return chosen; },
              .loadFinished = [this](const std::string& failure) { finished.push_back(failure); }},
             recorded.log);
         window = std::make_unique<MainWindow>(controller);

@@ -163,7 +163,7 @@ private:
     }
 
     static void choose(QFileDialog& panel, const QString& file) {
-        say(panel.windowTitle() + ": " + panel.nameFilters().join(", "));
+        say(panel.windowTitle() + ": " + panel.nameFilters().join(", ") + " in " + panel.directory().path());
         if (file.isEmpty())
             return panel.reject();
         panel.findChild<QLineEdit*>()->setText(file);
