@@ -52,6 +52,12 @@ std::vector<char*> ownArguments(std::span<char*> arguments) {
     return own;
 }
 
+// The toolkit warns of what a platform without a display cannot do, which is nothing to the user.
+void passFailuresOn(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtCriticalMsg || type == QtFatalMsg)
+        complain(message.toStdString());
+}
+
 } // namespace
 
 std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
@@ -76,6 +82,7 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
         ->needs(screenshot)
         ->check(CLI::Range(0.5, 8.0));
     program.add_option("--at", result.at, "Playhead of the picture, in seconds")->needs(screenshot);
+    program.add_flag("--playing", result.playing, "Play the song in the picture")->needs(screenshot);
     program.add_option("FILE", files, "MIDI files, of which the first that can be is opened");
     program.footer("The options of Qt programs are understood too, such as -platform and -style.");
     const auto own = ownArguments({argv, static_cast<std::size_t>(argc)});
@@ -111,6 +118,7 @@ bool hasDisplay(int argc, char** argv) {
 void prepareForScreenshot(const CommandLine& commandLine) {
     if (commandLine.screenshot.empty())
         return;
+    qInstallMessageHandler(passFailuresOn);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     if (!commandLine.scale.empty())
         qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(commandLine.scale));

@@ -17,6 +17,7 @@ struct CommandLine {
     std::filesystem::path screenshot; ///< --screenshot: the picture to write; empty for none.
     std::string scale;                ///< --scale: of the picture; empty for the system's.
     double at = 0;                    ///< --at: where the playhead stands in the picture, in seconds.
+    bool playing = false;             ///< --playing: the song plays on from there in the picture.
     std::vector<std::filesystem::path> files;
 };
 
@@ -29,6 +30,7 @@ struct CommandLine {
 void complain(const std::string& message);
 
 /// Has to run before the toolkit starts: a picture needs no display, and is painted at the scale of --scale.
+/// Of what the toolkit has to say, only failures are passed on then.
 void prepareForScreenshot(const CommandLine& commandLine);
 
 /// Whether the environment or the toolkit's own options name a display, or a platform that may need none. The

@@ -77,7 +77,10 @@ AppDelegateServices Program::services() {
     return {.view = {.makePlayer = [this](const PlayableSong& song) { return engine_.makePlayer(song); },
                      .buildTimeline = buildTimeline,
                      .beep = [] { QApplication::beep(); },
-                     .chooseFile = chooseMIDIFile,
+                     .chooseFile =
+                         [this](const std::filesystem::path& loaded) {
+                             return chooseMIDIFile(loaded, settings_);
+                         },
                      .loadFinished = [this](const std::string& failure) { loadFinished(failure); }},
             .settings = settings_,
             .about = [this] { return aboutFacts(); },

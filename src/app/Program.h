@@ -39,7 +39,7 @@ private:
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;
-    const PictureMode picture_{commandLine_};
+    PictureMode picture_{commandLine_};
     DesktopApplication& desktop_;
     QSettings settings_;
     TambrelBetaLog& log_;

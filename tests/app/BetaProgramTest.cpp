@@ -1,6 +1,7 @@
 #include "DesktopSession.h"
 #include "ExpectedText.h"
 
+#include <QImage>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -89,7 +90,7 @@ protected:
     }
     void noteFiles() {
         const auto settings = QString::fromStdString(session.content(DesktopSession::defaultsFile));
-        note("settings: " + settings.split('\n').filter("BetaLog").join(' '));
+        note("settings: " + settings.split('\n').filter(QRegularExpression("BetaLog|Folder")).join(' '));
         note("files: " +
              QDir(session.home().filePath(DesktopSession::logFolder)).entryList(QDir::Files).join(' '));
     }
@@ -173,7 +174,11 @@ TEST_F(BetaProgramTest, LivesThroughEverythingAsItDidBefore) {
     does("press Ctrl+O");
     does("choose");
     does("press Ctrl+O");
-    does("choose " + QString::fromStdString(session.song("second.MID")));
+    does("choose " + QString::fromStdString(session.song("notes.txt")));
+    session.home().mkpath("more");
+    const QString chosen = session.home().filePath("more/second.MID");
+    QFile::copy(QString::fromStdString(session.song("second.MID")), chosen);
+    does("choose " + chosen);
     does("playout");
 
     handsOver({});
@@ -222,13 +227,25 @@ TEST_F(BetaProgramTest, LivesThroughEverythingAsItDidBefore) {
     does("answer Not Now");
     ends(SIGTERM);
 
-    noteCommand({"--screenshot", "../picture.png", "minute.mid"});
-    run = session.start({"--screenshot", "../picture.png", "minute.mid"});
-    hasEnded();
-    EXPECT_TRUE(QFile::exists(session.home().filePath("picture.png")));
+    for (const QStringList& how : {QStringList("../still.png"), {"../playing.png", "--playing"}}) {
+        noteCommand(QStringList("--screenshot") + how + QStringList("minute.mid"));
+        const auto outcome = session.run(QStringList("--screenshot") + how + QStringList("minute.mid"));
+        note(QString::fromStdString(outcome.output + outcome.errors) + "status " +
+             QString::number(outcome.status));
+    }
+    const auto inPicture = [&](const QString& name, const QRect& part) {
+        return QImage(session.home().filePath(name)).copy(part);
+    };
+    const QRect title(0, 0, 150, 40), counter(0, 136, 314, 60), play(0, 430, 100, 50),
+        activity(310, 0, 170, 44);
+    EXPECT_EQ(inPicture("still.png", title), inPicture("playing.png", title));
+    for (const QRect& part : {counter, play, activity})
+        EXPECT_NE(inPicture("still.png", part), inPicture("playing.png", part));
     session.set("TAMBREL_SOUNDFONT", "/no/such/bank.sf2");
     starts({"minute.mid"});
     does("wait");
+    does("press Ctrl+O");
+    does("choose");
     ends(SIGTERM);
     EXPECT_TRUE(isExpected(masked(), "app/life.txt"));
 }

@@ -24,7 +24,7 @@ std::optional<CommandLine> read(std::vector<std::string> arguments, int& status)
 TEST(CommandLine, ReadsWhatToOpenAndHow) {
     int status = -1;
     const auto all = read({"--play", "--new-instance", "--soundfont", "my bank.sf2", "--audio-driver=silent",
-                           "--screenshot", "a.png", "--scale", "1.5", "--at", "2.5", "a.mid",
+                           "--screenshot", "a.png", "--scale", "1.5", "--at", "2.5", "--playing", "a.mid",
                            "file:///m/my%20song.mid", "file:///m/%FF.mid", "file:b.mid", "file://host/c.mid"},
                           status);
     ASSERT_TRUE(all);
@@ -34,6 +34,7 @@ TEST(CommandLine, ReadsWhatToOpenAndHow) {
     EXPECT_THAT(all->audioDrivers, ElementsAre("silent"));
     EXPECT_EQ(all->screenshot, "a.png");
     EXPECT_EQ(all->at, 2.5);
+    EXPECT_TRUE(all->playing);
     EXPECT_THAT(all->files,
                 ElementsAre("a.mid", "/m/my song.mid", "/m/\xFF.mid", "file:b.mid", "file://host/c.mid"));
     EXPECT_EQ(status, -1) << "the program goes on";
