@@ -18,6 +18,7 @@ namespace tambrel {
 namespace {
 
 constexpr double cornerRadius = 2;
+constexpr const char* hint = "Load a MIDI file to see the timeline";
 
 QFont hintFont() {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
@@ -116,11 +117,16 @@ QRect MIDITrackBarsView::playheadColumn() const {
 
 void MIDITrackBarsView::layOut() {
     geometry_ = MIDITrackBarsGeometry::of(size(), lanes_, trackCount_);
+    const auto shown = geometry_.rows.size();
+    const auto all =
+        lanes_.empty() ? static_cast<std::size_t>(std::max<std::int64_t>(trackCount_, 0)) : lanes_.size();
+    const QString text = QString("%1 of %2 tracks").arg(shown).arg(all);
+    setAccessibleDescription(hasRows() ? text : hint);
+    setToolTip(shown < all ? text : QString());
 }
 
 void MIDITrackBarsView::paintHint(UnflippedPainter& painter) const {
-    painter.text(unflippedBounds(*this), "Load a MIDI file to see the timeline", hintFont(),
-                 RetroTheme::ink(0.35));
+    painter.text(unflippedBounds(*this), hint, hintFont(), RetroTheme::ink(0.35));
 }
 
 void MIDITrackBarsView::paintRows(UnflippedPainter& painter, const QRegion& exposed) const {

@@ -22,8 +22,23 @@ RetroButton::RetroButton(const QString& title, std::function<void()> action, QWi
         connect(this, &QPushButton::clicked, this, std::move(action));
 }
 
+void RetroButton::explain(const QString& purpose, const QKeySequence& key, const QString& whileDisabled) {
+    purpose_ = purpose;
+    key_ = key;
+    whileDisabled_ = whileDisabled;
+    showExplanation();
+}
+
+void RetroButton::showExplanation() {
+    const QString more = isEnabled() || whileDisabled_.isEmpty() ? QString() : ". " + whileDisabled_;
+    const QString key = key_.isEmpty() ? QString() : " (" + key_.toString(QKeySequence::NativeText) + ")";
+    setAccessibleDescription(purpose_ + more);
+    setToolTip(purpose_ + key + more);
+}
+
 void RetroButton::setEnabled(bool enabled) {
     QPushButton::setEnabled(enabled);
+    showExplanation();
     update();
 }
 

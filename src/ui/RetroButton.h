@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeySequence>
 #include <QPushButton>
 
 #include <functional>
@@ -22,11 +23,22 @@ public:
     /// `action` runs on each press, by mouse or keyboard; it may be empty.
     RetroButton(const QString& title, std::function<void()> action, QWidget* parent = nullptr);
 
+    /// Says what the button does, with the key that does the same, and what to do first while it is
+    /// disabled: in its tool tip and to assistive software.
+    void explain(const QString& purpose, const QKeySequence& key = {}, const QString& whileDisabled = {});
+
     /// Repaints also when the value does not change.
     void setEnabled(bool enabled);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    void showExplanation();
+
+    QString purpose_;
+    QKeySequence key_;
+    QString whileDisabled_;
 };
 
 } // namespace tambrel

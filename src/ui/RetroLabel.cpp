@@ -1,6 +1,7 @@
 #include "RetroLabel.h"
 
 #include "UnflippedPainter.h"
+#include "ViewAccessibility.h"
 
 #include <QFontMetricsF>
 #include <QHelpEvent>
@@ -18,10 +19,24 @@ QString toolTipText(const QString& plain) {
     return plain.isEmpty() ? plain : "<p style='white-space:pre-wrap'>" + plain.toHtmlEscaped() + "</p>";
 }
 
+// Called by its whole text.
+class AccessibleLabel : public AccessibleView<QAccessible::StaticText> {
+public:
+    explicit AccessibleLabel(RetroLabel& label) : AccessibleView(label), label_(label) {}
+
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Name ? label_.text() : AccessibleView::text(kind);
+    }
+
+private:
+    RetroLabel& label_;
+};
+
 } // namespace
 
 RetroLabel::RetroLabel(const QString& text, const QFont& font, Qt::Alignment alignment, QWidget* parent)
     : QLabel(parent) {
+    makeAccessible<RetroLabel, AccessibleLabel>();
     setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::NoTextInteraction);
     setFont(font);
@@ -35,7 +50,10 @@ void RetroLabel::setOverflow(RetroLabelOverflow overflow) {
 }
 
 void RetroLabel::setText(const QString& text, const QString& explanation) {
+    const bool isOther = text != this->text();
     QLabel::setText(text);
+    if (isOther && onTextChange)
+        onTextChange();
     if (explanation == accessibleDescription())
         return;
     setToolTip(toolTipText(explanation));

@@ -29,6 +29,10 @@ public:
     /// Called when the explanation changes; it may be empty, like the explanation.
     std::function<void(const QString& explanation)> onExplanation;
 
+    /// The text is another. A label with an accessible name, which nobody hears, leaves it to this to have
+    /// assistive software told. May be empty.
+    std::function<void()> onTextChange;
+
     /// Shows a text, and says more about it in a tool tip and to assistive software. What was said of the
     /// text before is gone.
     void setText(const QString& text, const QString& explanation = {});

@@ -19,6 +19,18 @@ namespace {
 constexpr double arrowStep = 5;
 constexpr double pageStep = 30;
 
+// "1 hour 2 seconds".
+QString spokenTime(double seconds) {
+    const auto whole = std::lround(seconds);
+    const std::pair<long, const char*> parts[] = {
+        {whole / 3600, "hour"}, {whole / 60 % 60, "minute"}, {whole % 60, "second"}};
+    QStringList words;
+    for (const auto& [count, unit] : parts)
+        if (count > 0 || (whole == 0 && *unit == 's'))
+            words << QString("%1 %2%3").arg(count).arg(unit, count == 1 ? "" : "s");
+    return words.join(' ');
+}
+
 // A slider whose value is the position in seconds.
 class AccessibleTimeline : public AccessibleView<QAccessible::Slider>, public QAccessibleValueInterface {
 public:
@@ -30,10 +42,10 @@ public:
         return AccessibleView::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
-        if (kind != QAccessible::Value)
+        // Where a value is read as a mere number of seconds, the description has it in words.
+        if (kind != QAccessible::Value && kind != QAccessible::Description)
             return AccessibleView::text(kind);
-        const auto [position, duration] = std::pair(currentValue().toDouble(), maximumValue().toDouble());
-        return QString("%1 of %2 seconds").arg(std::lround(position)).arg(std::lround(duration));
+        return spokenTime(currentValue().toDouble()) + " of " + spokenTime(maximumValue().toDouble());
     }
 
     QVariant currentValue() const override {
@@ -103,7 +115,8 @@ void RetroTimelineView::setPosition(double seconds) {
     if (!isLoaded() || shownFraction() == fractionBefore)
         return;
     update(columnBefore.united(handleColumn()));
-    announceValue();
+    if (std::lround(seconds) != std::lround(announced_)) // What is said would be the same.
+        announceValue();
 }
 
 void RetroTimelineView::requestSeek(double seconds) {
@@ -158,6 +171,7 @@ QRect RetroTimelineView::handleColumn() const {
 }
 
 void RetroTimelineView::announceValue() {
+    announced_ = position_;
     if (!QAccessible::isActive())
         return;
     QAccessibleValueChangeEvent change(this, position_);

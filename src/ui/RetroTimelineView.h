@@ -47,6 +47,7 @@ private:
 
     double duration_ = 0;
     double position_ = 0;
+    double announced_ = 0; // The position that assistive software was told of.
 };
 
 } // namespace tambrel

@@ -52,10 +52,8 @@ void SevenSegmentCounterView::setText(const QString& text) {
         return;
     text_ = text;
     update();
-    if (QAccessible::isActive()) {
-        QAccessibleEvent change(this, QAccessible::NameChanged);
-        QAccessible::updateAccessibility(&change);
-    }
+    if (onTextChange)
+        onTextChange();
 }
 
 void SevenSegmentCounterView::paintEvent(QPaintEvent*) {

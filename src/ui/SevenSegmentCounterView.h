@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <functional>
+
 namespace tambrel {
 
 /// The playback time as seven-segment digits in ink on paper. Shows "0" to "9", ':' and '.'; any other
@@ -11,6 +13,9 @@ class SevenSegmentCounterView : public QWidget {
 
 public:
     explicit SevenSegmentCounterView(QWidget* parent = nullptr);
+
+    /// The text is another; whoever listens has assistive software told. May be empty.
+    std::function<void()> onTextChange;
 
     /// "00:00:00.00" at first.
     [[nodiscard]] const QString& text() const { return text_; }

@@ -1,11 +1,13 @@
 #include "MainView.h"
 
+#include "Announcer.h"
 #include "BlackLEDActivityView.h"
 #include "DropTargetPanel.h"
 #include "FramedZone.h"
 #include "LoadedBlueRectangleView.h"
 #include "MIDITrackBarsView.h"
 #include "MainViewLayout.h"
+#include "NameChangeTeller.h"
 #include "PictureView.h"
 #include "QtText.h"
 #include "RetroButton.h"
@@ -77,6 +79,9 @@ void MainView::buildInterface() {
     timeline_ = addView<RetroTimelineView>(this, "timeline", Layout::timeline);
     trackBarsView_ = addView<MIDITrackBarsView>(this, "trackBarsView", Layout::trackBars);
     buildButtons();
+    announcer_ = new Announcer(this);
+    announcer_->setObjectName("announcer");
+    timeTeller_ = new NameChangeTeller(this);
     wireViews();
 }
 
@@ -114,19 +119,22 @@ void MainView::buildButtons() {
         const char* name;
         const char* title;
         const std::function<void()>& action;
+        const char* purpose;
+        QKeySequence key = {}; ///< In the menus.
     };
     const std::array<Row, MainViewLayout::buttons.size()> rows{{
-        {"playPauseButton", "Play", actions_.playPause},
-        {"stopButton", "Stop", actions_.stop},
-        {"rtzButton", "RTZ", actions_.rtz},
-        {"loudnessButton", "Loudness", actions_.toggleLoudness},
-        {"clearButton", "Clear", actions_.clear},
+        {"playPauseButton", "Play", actions_.playPause, "Plays, pauses and goes on", Qt::Key_Space},
+        {"stopButton", "Stop", actions_.stop, "Stops and returns to zero", Qt::CTRL | Qt::Key_Period},
+        {"rtzButton", "RTZ", actions_.rtz, "Return to Zero", Qt::CTRL | Qt::Key_R},
+        {"loudnessButton", "Loudness", actions_.toggleLoudness, "Raises drums and bass to full velocity"},
+        {"clearButton", "Clear", actions_.clear, "Takes the song out of the player"},
     }};
     std::array<RetroButton*, rows.size()> buttons{};
     for (std::size_t at = 0; at < rows.size(); ++at) {
         buttons[at] = addView<RetroButton>(this, rows[at].name, MainViewLayout::buttons[at], rows[at].title,
                                            rows[at].action);
         buttons[at]->setAutoDefault(true); // Return presses it, and not the space bar alone.
+        buttons[at]->explain(rows[at].purpose, rows[at].key, "Pause or stop the song first");
     }
     playPauseButton_ = buttons[0];
     loudnessButton_ = buttons[3];
@@ -136,6 +144,9 @@ void MainView::wireViews() {
     timeline_->onSeek = actions_.seek;
     dropPanel_->onFile = actions_.open;
     timeline_->onUserAction = dropPanel_->onUserAction = actions_.log;
+    counterView_->onTextChange = [this] { timeTeller_->noteChange(*counterView_); };
+    progressLabel_->onTextChange = [this] { timeTeller_->noteChange(*progressLabel_); };
+    progressLabel_->setAccessibleName("Progress");
 }
 
 void MainView::show(const MainViewFacts& facts) {
@@ -168,6 +179,10 @@ void MainView::showTexts(const MainViewFacts& facts) {
 void MainView::showLoading() {
     showStatus("Loading", {});
     activityView_->setAnimating(true);
+}
+
+void MainView::say(const QString& text) {
+    announcer_->say(text);
 }
 
 void MainView::showStatus(const QString& title, const QString& explanation) {

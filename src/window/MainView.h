@@ -14,10 +14,12 @@ class QUrl;
 
 namespace tambrel {
 
+class Announcer;
 class BlackLEDActivityView;
 class DropTargetPanel;
 class LoadedBlueRectangleView;
 class MIDITrackBarsView;
+class NameChangeTeller;
 class RetroButton;
 class RetroLabel;
 class RetroTimelineView;
@@ -59,6 +61,8 @@ public:
     /// Shows a song, or that there is none, all at once.
     void show(const MainViewFacts& facts);
     void showLoading();
+    /// To who does not see it.
+    void say(const QString& text);
 
     /// The controls that follow what plays. They belong to this view.
     [[nodiscard]] TransportControls transportControls(SongSession& session, std::function<void()> beep) const;
@@ -92,6 +96,8 @@ private:
     LoadedBlueRectangleView* moduleZone_;
     RetroButton* playPauseButton_;
     RetroButton* loudnessButton_;
+    Announcer* announcer_;
+    NameChangeTeller* timeTeller_;
 };
 
 } // namespace tambrel

@@ -36,6 +36,7 @@ MainViewController::MainViewController(MainViewServices services, TambrelBetaLog
     : services_(std::move(services)),
       log_(log),
       view_(makeView()),
+      spokenStatus_([this](const QString& text) { view_->say(text); }),
       session_({services_.makePlayer, services_.buildTimeline}, sessionEvents(), log),
       transportCoordinator_(view_->transportControls(session_, services_.beep), log) {
     transportCoordinator_.wirePlayer();
@@ -83,6 +84,7 @@ SongSessionEvents MainViewController::sessionEvents() {
                 [this] {
                     transportCoordinator_.updateLoudnessButton();
                     view_->show(MainViewFacts());
+                    spokenStatus_.songChanged("Cleared");
                 },
             .changed = [this] { report(PlaybackChange::song); },
             .finished =
@@ -95,7 +97,9 @@ SongSessionEvents MainViewController::sessionEvents() {
 
 void MainViewController::showLoaded(const TambrelLoadedFile& file) {
     transportCoordinator_.updateLoudnessButton();
-    view_->show(factsOf(file, player().duration()));
+    const MainViewFacts facts = factsOf(file, player().duration());
+    view_->show(facts);
+    spokenStatus_.songChanged(facts.status + ": " + facts.file);
 }
 
 void MainViewController::showFailure(const TambrelLoadError& error) {
@@ -103,6 +107,8 @@ void MainViewController::showFailure(const TambrelLoadError& error) {
     view_->show({.file = toQString(error.userMessage()),
                  .status = toQString(error.statusTitle()),
                  .explanation = toQString(error.diagnosticDescription())});
+    spokenStatus_.songChanged(
+        toQString(std::string(error.statusTitle()) + ": " + error.diagnosticDescription()));
     services_.beep();
 }
 
@@ -136,6 +142,7 @@ void MainViewController::playPause() {
 
 void MainViewController::stop() {
     session_.waitAfterLoad();
+    spokenStatus_.stopping();
     transportCoordinator_.stop();
 }
 
@@ -154,7 +161,9 @@ void MainViewController::toggleLoudness() {
     transportCoordinator_.toggleLoudness();
 }
 
-void MainViewController::report(PlaybackChange change) const {
+void MainViewController::report(PlaybackChange change) {
+    if (change == PlaybackChange::mode)
+        spokenStatus_.modeChanged(player().mode());
     if (onPlaybackChange)
         onPlaybackChange(change);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SongSession.h"
+#include "SpokenStatus.h"
 #include "TambrelTransportCoordinator.h"
 
 #include <filesystem>
@@ -69,11 +70,12 @@ private:
     [[nodiscard]] SongSessionEvents sessionEvents();
     void showLoaded(const TambrelLoadedFile& file);
     void showFailure(const TambrelLoadError& error);
-    void report(PlaybackChange change) const;
+    void report(PlaybackChange change);
 
     MainViewServices services_;
     TambrelBetaLog& log_;
     MainView* const view_;
+    SpokenStatus spokenStatus_;
     SongSession session_;
     TambrelTransportCoordinator transportCoordinator_;
 };

@@ -1,3 +1,4 @@
+#include "Announcer.h"
 #include "DrivenWindow.h"
 #include "ExpectedText.h"
 #include "RetroStyle.h"
@@ -5,6 +6,7 @@
 
 #include <QAccessible>
 #include <QMetaEnum>
+#include <QSignalSpy>
 
 namespace tambrel {
 namespace {
@@ -67,6 +69,53 @@ TEST_F(MainWindowTest, KeepsTheFocusAwayFromClearWhenLoudnessIsDisabled) {
         EXPECT_EQ(driven.window->focusWidget(), &driven.view("playPauseButton"));
         driven.controller->stop();
     }
+}
+
+TEST_F(MainWindowTest, SaysOnceWhatASightedUserSees) {
+    QCoreApplication::processEvents(); // The load before is over.
+    QSignalSpy said(&driven.view<Announcer>("announcer"), &Announcer::said);
+    const auto end = [this] {
+        script.position = script.duration;
+        script.playing = false;
+        return QTest::qWaitFor([this] { return driven.title("playPauseButton") == "Play"; });
+    };
+    const auto play = [this] { return driven.click("playPauseButton"), true; };
+    const std::pair<std::string, std::function<bool()>> rows[] = {
+        {"Loaded: a.mid", [this] { return driven.load(files.path("a.mid")); }},
+        {"Playing", play},
+        {"Paused", play},
+        {"Playing", play},
+        {"End of the song", end},
+        {"Playing", play},
+        {"Stopped", [this] { return driven.click("stopButton"), true; }},
+        {"Loaded: a.mid. Playing",
+         [this] {
+             driven.controller->load(files.path("a.mid"), AfterLoad::play);
+             return driven.waitForLoads(driven.finished.size() + 1);
+         }},
+        {"Cleared", [this] { return driven.click("clearButton"), true; }},
+        {"Unreadable File: Could not read none.mid: No such file or directory",
+         [this] { return driven.load(files.path("none.mid")); }},
+    };
+    for (const auto& [text, act] : rows) {
+        said.clear();
+        ASSERT_TRUE(act()) << text;
+        QCoreApplication::processEvents();
+        ASSERT_EQ(said.size(), 1) << text;
+        EXPECT_EQ(said[0][0].toString().toStdString(), text);
+    }
+}
+
+TEST_F(MainWindowTest, TellsWhyTheLoudnessSwitchIsDisabledAndWhatTheChartLeavesOut) {
+    auto& button = driven.view("loudnessButton");
+    EXPECT_EQ(button.toolTip(), "Raises drums and bass to full velocity");
+    driven.click("playPauseButton");
+    EXPECT_EQ(button.toolTip(), "Raises drums and bass to full velocity. Pause or stop the song first");
+    EXPECT_EQ(driven.view("rtzButton").toolTip(), "Return to Zero (Ctrl+R)");
+    ASSERT_TRUE(driven.load(
+        files.write("many.mid", testing::smfBytes(1, 480, std::vector<testing::TrackBuilder>(99)))));
+    EXPECT_EQ(driven.view("trackBarsView").toolTip(), driven.view("trackBarsView").accessibleDescription());
+    EXPECT_TRUE(driven.view("trackBarsView").toolTip().endsWith(" of 99 tracks"));
 }
 
 TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {

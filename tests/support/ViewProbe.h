@@ -81,12 +81,12 @@ inline QImage picture(QWidget& view, double scale = 1) {
 }
 
 /// The timers that a view runs.
-[[nodiscard]] inline auto timersOf(const QWidget& view) {
-    return QAbstractEventDispatcher::instance()->registeredTimers(const_cast<QWidget*>(&view));
+[[nodiscard]] inline auto timersOf(const QObject& view) {
+    return QAbstractEventDispatcher::instance()->registeredTimers(const_cast<QObject*>(&view));
 }
 
 /// Lets the only timer of a view fire, as the time that passes does.
-inline void advance(QWidget& view, int times = 1) {
+inline void advance(QObject& view, int times = 1) {
     ASSERT_EQ(timersOf(view).size(), 1);
     for (int i = 0; i < times; ++i) {
         QTimerEvent due(timersOf(view).first().timerId);

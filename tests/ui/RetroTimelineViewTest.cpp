@@ -81,7 +81,7 @@ TEST_F(RetroTimelineViewTest, IsASliderToAssistiveSoftware) {
     view.setPosition(60);
     QAccessibleInterface* seen = QAccessible::queryAccessibleInterface(&view);
     ASSERT_TRUE(seen && seen->valueInterface());
-    EXPECT_EQ(seen->text(QAccessible::Value), "60 of 240 seconds");
+    EXPECT_EQ(seen->text(QAccessible::Value), "1 minute of 4 minutes");
     EXPECT_TRUE(seen->state().focusable);
     EXPECT_EQ(seen->valueInterface()->currentValue(), QVariant(60.0));
     EXPECT_EQ(seen->valueInterface()->maximumValue(), QVariant(240.0));

@@ -1,5 +1,6 @@
 #include "BlackLEDActivityView.h"
 #include "MIDITrackBarsView.h"
+#include "NameChangeTeller.h"
 #include "RetroButton.h"
 #include "RetroLabel.h"
 #include "SevenSegmentCounterView.h"
@@ -13,6 +14,8 @@
 
 namespace tambrel {
 namespace {
+
+using ::testing::ElementsAre;
 
 TEST(BlackLEDActivityView, StepsEachEightyMillisecondsAndAlwaysBeginsAnew) {
     BlackLEDActivityView view;
@@ -66,6 +69,25 @@ TEST(SevenSegmentCounterView, IsRepaintedOnlyByAnotherTextAndReadsItAloud) {
     EXPECT_EQ(shown.paints(), 1);
     const auto* accessible = QAccessible::queryAccessibleInterface(&view);
     EXPECT_EQ(accessible->text(QAccessible::Value), "00:00:12.34");
+}
+
+TEST(NameChangeTeller, TellsOfOneViewEachSecondUntilAllHaveBeenHeard) {
+    QWidget counter, progress;
+    std::vector<QWidget*> heard;
+    bool isHeard = true;
+    NameChangeTeller teller(nullptr, [&](QWidget& view) { return heard.push_back(&view), isHeard; });
+    for (int tick = 0; tick < 20; ++tick)
+        for (QWidget* view : {&counter, &progress})
+            teller.noteChange(*view);
+    EXPECT_THAT(heard, ElementsAre(&counter));
+    advance(teller);
+    EXPECT_THAT(heard, ElementsAre(&counter, &progress));
+    advance(teller, 2);
+    EXPECT_THAT(heard, ElementsAre(&counter, &progress, &counter));
+    EXPECT_TRUE(timersOf(teller).isEmpty()) << "nothing to do while nothing changes";
+    isHeard = false;
+    teller.noteChange(counter);
+    EXPECT_TRUE(timersOf(teller).isEmpty()) << "nor where nobody listens";
 }
 
 TEST(RetroButton, IsRepaintedWheneverItIsEnabled) {
