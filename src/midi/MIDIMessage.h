@@ -15,6 +15,20 @@ enum class SystemMessage : std::uint8_t {
     xgReset,      ///< XG System On.
     masterVolume, ///< Universal; `data2` and `data3` are the low and high 7 bits.
     rhythmPart,   ///< GS use for rhythm part; `data2` is the channel, `data3` the drum map or 0 for none.
+    // Of the whole instrument, but for its drums.
+    masterTuning,   ///< `data2` and `data3` as above; 8192 is none, and a semitone either way.
+    masterKeyShift, ///< `data3` in semitones; 64 is none.
+    masterBalance,  ///< `data3`: 0 is left, 64 the middle, 127 right.
+    reverbType,     ///< `data3` is a kind of reverb in the order of GS, 8 being off.
+    chorusType,     ///< `data3` is a kind of chorus in the order of GS, 8 being off.
+    // Of a key in all channels; both are told, this one first.
+    keyTuning,         ///< The key `data2` sounds at the semitone `data3`,
+    keyTuningFraction, ///< and `data3` parts of 128 above.
+    // Of the channel `data2`; `data3` is the value.
+    keyShift,        ///< Semitones; 64 is none.
+    modulationDepth, ///< Tens of cents that the modulation wheel does at most.
+    scaleTuning,     ///< Cents of every C, 64 being none; the kinds from here on are C#, D and so on to B.
+    lastScaleTuning = scaleTuning + 11,
 };
 
 /// One message of MIDI 1.0 in four bytes: a channel message as it is sent, or what a system-exclusive message
@@ -36,18 +50,37 @@ struct MIDIMessage {
     }
     [[nodiscard]] constexpr bool isSystem() const { return status == MIDIStatus::systemExclusive; }
     [[nodiscard]] constexpr SystemMessage systemKind() const { return static_cast<SystemMessage>(data1); }
+    /// Of a system message.
+    [[nodiscard]] constexpr bool isReset() const {
+        return systemKind() >= SystemMessage::gmReset && systemKind() <= SystemMessage::xgReset;
+    }
 };
 
 /// Controllers of MIDI 1.0 that the player treats by name.
 namespace Controller {
 
 inline constexpr std::uint8_t bankSelectMSB = 0;
+inline constexpr std::uint8_t modulation = 1;
 inline constexpr std::uint8_t dataEntryMSB = 6;
+inline constexpr std::uint8_t volume = 7;
+inline constexpr std::uint8_t pan = 10;
 inline constexpr std::uint8_t bankSelectLSB = 32;
 inline constexpr std::uint8_t dataEntryLSB = 38;
 inline constexpr std::uint8_t sustain = 64;
 inline constexpr std::uint8_t sostenuto = 66;
+inline constexpr std::uint8_t softPedal = 67;
+// The sound controllers, centred on 64.
+inline constexpr std::uint8_t resonance = 71;
+inline constexpr std::uint8_t release = 72;
+inline constexpr std::uint8_t attack = 73;
+inline constexpr std::uint8_t cutoff = 74;
+inline constexpr std::uint8_t decay = 75;
+inline constexpr std::uint8_t vibratoRate = 76;
+inline constexpr std::uint8_t vibratoDepth = 77;
+inline constexpr std::uint8_t vibratoDelay = 78;
 inline constexpr std::uint8_t portamentoControl = 84; // The key that the next note glides from.
+inline constexpr std::uint8_t reverbSend = 91;
+inline constexpr std::uint8_t chorusSend = 93;
 inline constexpr std::uint8_t nonRegisteredLSB = 98;
 inline constexpr std::uint8_t nonRegisteredMSB = 99;
 inline constexpr std::uint8_t registeredLSB = 100;

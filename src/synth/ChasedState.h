@@ -44,11 +44,13 @@ private:
     static constexpr std::size_t valueCount = 128;
     using Values = std::array<std::uint8_t, valueCount>;
 
-    static constexpr Values unsetValues() {
-        Values values{};
+    template<std::size_t Size>
+    static constexpr std::array<std::uint8_t, Size> unsetArray() {
+        std::array<std::uint8_t, Size> values{};
         values.fill(unset);
         return values;
     }
+    static constexpr Values unsetValues() { return unsetArray<valueCount>(); }
 
     static constexpr std::uint8_t orZero(std::uint8_t value) { return value == unset ? 0 : value; }
 
@@ -74,14 +76,23 @@ private:
         bool registeredIsSelected = true;
         std::uint8_t selectedGenerator = 0;
     };
+    static constexpr auto firstOfPart = static_cast<std::size_t>(SystemMessage::keyShift);
+    static constexpr auto kindsOfPart =
+        static_cast<std::size_t>(SystemMessage::lastScaleTuning) + 1 - firstOfPart;
+    static constexpr auto firstMaster = static_cast<std::size_t>(SystemMessage::masterTuning);
+    static constexpr auto masterKinds = static_cast<std::size_t>(SystemMessage::keyTuning) - firstMaster;
+
     struct Channel : ChannelSettings {
-        Values controllers = unsetValues(); // Without the bank select.
+        std::array<std::uint8_t, kindsOfPart> ofPart = unsetArray<kindsOfPart>(); // System messages.
+        Values controllers = unsetValues();                                       // Without the bank select.
         Values keyPressure = unsetValues();
         std::vector<Parameter> parameters; // In the order of their latest values.
         HeldNotes notes;
     };
 
     void applySystem(MIDIMessage message);
+    void applySetting(MIDIMessage message);
+    void writeWhole(std::vector<ChasedMessage>& messages) const;
     void reset();
     static void setRhythmMap(Channel& channel, std::uint8_t map);
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
@@ -92,6 +103,9 @@ private:
 
     MIDIMessage reset_;
     MIDIMessage masterVolume_;
+    std::array<MIDIMessage, masterKinds> master_;
+    Values keyTuning_ = unsetValues();
+    Values keyTuningFraction_ = unsetValues();
     std::array<Channel, channelCount> channels_;
 };
 

@@ -3,13 +3,13 @@
 #include "MIDIData.h"
 #include "MIDIMessage.h"
 
-#include <optional>
+#include <vector>
 
 namespace tambrel {
 
-/// Reads a system-exclusive payload (what follows F0, with or without the final F7) down to the message that
-/// the synthesizer acts on; absent when it acts on none. Tuning messages are among those left out: the
-/// synthesizer would allocate memory for them while it renders. Universal messages: MIDI 1.0 and GM (RP-003).
-[[nodiscard]] std::optional<MIDIMessage> readSystemExclusive(ByteView payload);
+/// Reads a system-exclusive payload (what follows F0, with or without the final F7) down to the messages that
+/// the synthesizer acts on; none when it acts on none. Universal messages: MIDI 1.0, GM (RP-003), GM2
+/// (RP-024) and tuning (MMA CA-020, CA-021); GS and XG: `SongParameters`.
+[[nodiscard]] std::vector<MIDIMessage> readSystemExclusive(ByteView payload);
 
 } // namespace tambrel

@@ -2,6 +2,7 @@
 
 #include "SMFHeader.h"
 #include "SMFTrackMerger.h"
+#include "SongParameters.h"
 #include "SystemExclusive.h"
 
 #include <algorithm>
@@ -31,22 +32,38 @@ constexpr MIDIMessage unpack(std::uint32_t packed) {
             static_cast<std::uint8_t>(packed >> 16), static_cast<std::uint8_t>(packed >> 24)};
 }
 
+/// System-exclusive payloads that are several messages. One travels through the merge as a number in the
+/// three data bytes.
+using LongMessages = std::vector<ByteView>;
+constexpr std::uint8_t longMessage = MIDIStatus::systemExclusiveContinuation;
+constexpr std::size_t mostLongMessages = 1 << 24;
+
+std::uint32_t readSystemMessage(ByteView payload, LongMessages& longMessages) {
+    const std::vector<MIDIMessage> messages = readSystemExclusive(payload);
+    if (messages.size() <= 1 || longMessages.size() == mostLongMessages)
+        return messages.empty() ? 0 : packInRange(messages.front());
+    longMessages.push_back(payload);
+    return static_cast<std::uint32_t>(longMessages.size() - 1) << 8 | longMessage;
+}
+
 // What an event other than a channel message is to the player; 0 if nothing. A tempo travels through the
 // merge like a message, with its microseconds in the three data bytes. Out of line, and given a copy, so that
 // the loop over the channel messages keeps its registers.
-[[gnu::noinline]] std::uint32_t readRareMessage(ByteView data, SMFTimedTrackEvent event) {
+[[gnu::noinline]] std::uint32_t readRareMessage(ByteView data, SMFTimedTrackEvent event,
+                                                LongMessages& longMessages) {
     const ByteView payload = event.payload(data);
     if (event.status == MIDIStatus::systemExclusive)
-        return packInRange(readSystemExclusive(payload).value_or(MIDIMessage{}));
+        return readSystemMessage(payload, longMessages);
     if (event.status == MIDIStatus::meta && event.metaType == MetaType::setTempo && payload.size() >= 3)
         return pack({MIDIStatus::meta, payload[0], payload[1], payload[2]});
     return 0;
 }
 
 // True, and the message, for an event that is something to the player.
-bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& packed) {
+bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& packed,
+                 LongMessages& longMessages) {
     if (!MIDIStatus::isChannelMessage(event.status)) {
-        packed.message = readRareMessage(data, event);
+        packed.message = readRareMessage(data, event, longMessages);
         return packed.message != 0;
     }
     const std::size_t at = event.dataStart;
@@ -68,20 +85,32 @@ std::uint32_t microsecondsPerQuarter(MIDIMessage tempo) {
 /// Takes in the messages of a song in order of time.
 class Timeline::Builder {
 public:
-    Builder(Timeline& timeline, const std::stop_token& stop) : timeline_(timeline), stop_(stop) {}
+    Builder(Timeline& timeline, const LongMessages& longMessages, const std::stop_token& stop)
+        : timeline_(timeline), longMessages_(longMessages), stop_(stop) {}
 
     void add(std::span<const PackedEvent> events) {
         while (!events.empty()) {
             const std::size_t room = checkpointInterval - timeline_.events_.size() % checkpointInterval;
-            const auto part = events.first(std::min(events.size(), room));
-            addPart(part);
-            events = events.subspan(part.size());
+            const auto part = upToLongMessage(events.first(std::min(events.size(), room)));
+            if (part.empty())
+                addLongMessage(events.front());
+            else
+                addPart(part);
+            events = events.subspan(std::max<std::size_t>(part.size(), 1));
             if (timeline_.events_.size() / checkpointInterval > timeline_.checkpoints_.size())
                 addCheckpoint();
         }
     }
 
 private:
+    [[nodiscard]] std::span<const PackedEvent> upToLongMessage(std::span<const PackedEvent> events) const {
+        if (longMessages_.empty())
+            return events;
+        const auto isLong = [](const PackedEvent& event) { return (event.message & 0xFF) == longMessage; };
+        const auto found = std::ranges::find_if(events, isLong);
+        return events.first(static_cast<std::size_t>(found - events.begin()));
+    }
+
     void addPart(std::span<const PackedEvent> part) {
         auto& all = timeline_.events_;
         const auto before = static_cast<std::ptrdiff_t>(all.size());
@@ -97,13 +126,22 @@ private:
                 timeline_.tempoMap_.setTempo(part[index].tick, microsecondsPerQuarter(message));
                 hasTempo = true;
             } else {
-                state_.apply(message, part[index].tick);
+                events[index].message = parameters_.read(message);
+                state_.apply(events[index].message, part[index].tick);
             }
         }
         applyNotes(events.subspan(next));
         if (hasTempo) {
             const auto isTempoEvent = [](const TimelineEvent& event) { return isTempo(event.message); };
             all.erase(std::remove_if(all.begin() + before, all.end(), isTempoEvent), all.end());
+        }
+    }
+
+    void addLongMessage(PackedEvent packed) {
+        for (const MIDIMessage each : readSystemExclusive(longMessages_[packed.message >> 8])) {
+            const MIDIMessage message = unpack(packInRange(each));
+            timeline_.events_.push_back({packed.tick, message});
+            state_.apply(message, packed.tick);
         }
     }
 
@@ -130,12 +168,14 @@ private:
     void addCheckpoint() {
         if (stop_.stop_requested())
             throw TimelineCancelled();
-        timeline_.checkpoints_.push_back(state_);
+        timeline_.checkpoints_.push_back({timeline_.events_.size(), state_});
     }
 
     Timeline& timeline_;
+    const LongMessages& longMessages_;
     const std::stop_token& stop_;
     ChasedState state_;
+    ParameterReader parameters_;
     std::vector<std::uint32_t> indices_;
 };
 
@@ -152,11 +192,12 @@ std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_t
     // No channel event takes less than two bytes. Memory that is reserved and never written costs nothing.
     timeline->events_.reserve(trackBytes / 2);
 
-    Builder builder(*timeline, stop);
+    LongMessages longMessages;
+    Builder builder(*timeline, longMessages, stop);
     const std::uint32_t lastTick = SMFTrackMerger::merge<PackedEvent>(
         data, tracks, SMFMalformedEventPolicy::stop,
-        [data](const SMFTimedTrackEvent& event, PackedEvent& packed) {
-            return readMessage(data, event, packed);
+        [data, &longMessages](const SMFTimedTrackEvent& event, PackedEvent& packed) {
+            return readMessage(data, event, packed, longMessages);
         },
         [&builder](std::span<const PackedEvent> events) { builder.add(events); });
     timeline->duration_ = timeline->tempoMap_.secondsAt(lastTick);
@@ -169,9 +210,10 @@ std::size_t Timeline::firstEventAt(std::uint32_t tick) const {
 }
 
 ChasedState Timeline::stateBefore(std::size_t index) const {
-    const std::size_t checkpoint = index / checkpointInterval;
-    ChasedState state = checkpoint == 0 ? ChasedState{} : checkpoints_[checkpoint - 1];
-    for (std::size_t at = checkpoint * checkpointInterval; at < index; ++at)
+    const auto after = std::ranges::upper_bound(checkpoints_, index, {}, &Checkpoint::events);
+    const Checkpoint last = after == checkpoints_.begin() ? Checkpoint{} : *std::prev(after);
+    ChasedState state = last.state;
+    for (std::size_t at = last.events; at < index; ++at)
         state.apply(events_[at].message, events_[at].tick);
     return state;
 }

@@ -51,11 +51,15 @@ private:
     class Builder;
     explicit Timeline(Division division) : tempoMap_(division) {}
 
-    // The state before event number (position in this list + 1) * checkpointInterval.
+    // The state after this many events, every 65,536 of them or a few more.
+    struct Checkpoint {
+        std::size_t events = 0;
+        ChasedState state;
+    };
     static constexpr std::size_t checkpointInterval = 1 << 16;
 
     std::vector<TimelineEvent, LargePageAllocator<TimelineEvent>> events_;
-    std::vector<ChasedState> checkpoints_;
+    std::vector<Checkpoint> checkpoints_;
     TempoMap tempoMap_;
     double duration_ = 0;
 };

@@ -45,15 +45,20 @@ std::string heldNotes(const ChasedState& state) {
 
 /// What a synthesizer is told and cannot be asked for.
 struct Unreadable {
-    std::map<int, int> pressures; // By channel, and by channel and key.
+    std::map<int, int> pressures;                // By channel, and by channel and key.
+    std::map<std::pair<int, int>, int> settings; // By kind, and by key or channel.
     int masterVolume = 16383;
 
     void take(MIDIMessage message) {
         const int channel = message.status & 0x0F;
         if (message.isSystem() && message.systemKind() == SystemMessage::masterVolume)
             masterVolume = message.data2 | message.data3 << 7;
-        else if (message.isSystem() && message.systemKind() != SystemMessage::rhythmPart)
+        else if (message.isSystem() && message.isReset())
             *this = {};
+        else if (message.isSystem() && message.systemKind() >= SystemMessage::keyTuning)
+            settings[{message.data1, message.data2}] = message.data3;
+        else if (message.isSystem() && message.systemKind() != SystemMessage::rhythmPart)
+            settings[{message.data1, 0}] = message.data3 << 7 | message.data2;
         else if ((message.status & 0xF0) == MIDIStatus::channelPressure)
             set(channel, message.data1);
         else if ((message.status & 0xF0) == MIDIStatus::polyphonicPressure)
@@ -89,7 +94,7 @@ public:
             sought_->send(message);
             unreadable.take(message);
         }
-        return (unreadable == unreadable_ ? "" : "pressures or master volume; ") + differences();
+        return (unreadable == unreadable_ ? "" : "pressures, settings or master volume; ") + differences();
     }
 
     /// The same after messages whose effect depends on what was chosen before: a parameter, a drum part, how

@@ -41,8 +41,11 @@ inline const Bytes halfVolume{0x7F, 0x7F, 0x04, 0x01, 0x00, 0x40, 0xF7};
 /// GS use for rhythm of a part: 0 is channel 10, 1 to 9 the channels of these numbers.
 [[nodiscard]] Bytes rhythmPart(std::uint8_t part, std::uint8_t map);
 
-/// Payloads and what they are to the synthesizer; an empty message when nothing.
-[[nodiscard]] const std::vector<std::pair<Bytes, MIDIMessage>>& systemExclusives();
+/// Payloads and what they are to the synthesizer.
+[[nodiscard]] const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>>& systemExclusives();
+/// GS and XG: data from an address on.
+[[nodiscard]] Bytes gs(std::initializer_list<std::uint8_t> addressAndData);
+[[nodiscard]] Bytes xg(std::initializer_list<std::uint8_t> addressAndData);
 
 /// Messages of all kinds, one a tick, crowded on few channels and on what depends on each other.
 /// The same seed gives the same track.

@@ -86,9 +86,11 @@ private:
         at_ += size;
         if (type == 0x51 && size >= 3)
             tempos.push_back({tick, payload[0] << 16 | payload[1] << 8 | payload[2]});
-        for (const auto& [bytes, message] : systemExclusives()) {
-            if (status == 0xF0 && payload == bytes && message != MIDIMessage{})
-                events.push_back({tick, message});
+        for (const auto& [bytes, messages] : systemExclusives()) {
+            for (const MIDIMessage message : messages) {
+                if (status == 0xF0 && payload == bytes)
+                    events.push_back({tick, message});
+            }
         }
     }
 

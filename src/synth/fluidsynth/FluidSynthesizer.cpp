@@ -1,5 +1,7 @@
 #include "FluidSynthesizer.h"
 
+#include "FluidVoice.h"
+#include "SoundModulators.h"
 #include "VoiceAge.h"
 
 #include <array>
@@ -28,20 +30,6 @@ bool silenceGLib() {
     return isSilent;
 }
 
-/// A voice of FluidSynth, for what is told to a single one.
-class Voice {
-public:
-    explicit Voice(fluid_voice_t* voice) : voice_(voice) {}
-    [[nodiscard]] float get(int generator) const { return fluid_voice_gen_get(voice_, generator); }
-    void set(int generator, float value) {
-        fluid_voice_gen_set(voice_, generator, value);
-        fluid_voice_update_param(voice_, generator);
-    }
-
-private:
-    fluid_voice_t* voice_;
-};
-
 constexpr int drumBank = 128;
 
 } // namespace
@@ -60,6 +48,8 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, Effects effects)
     static std::mutex making;
     const std::lock_guard lock(making);
     synth_.reset(new_fluid_synth(settings));
+    addSoundModulators(*synth_);
+    song_.emplace(*synth_);
     reset();
 }
 
@@ -81,6 +71,7 @@ void FluidSynthesizer::send(MIDIMessage message) noexcept {
         break;
     case MIDIStatus::noteOn:
         fluid_synth_noteon(synth, channel, message.data1, message.data2);
+        tuneNote(channel, message.data1);
         break;
     case MIDIStatus::polyphonicPressure:
         fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
@@ -109,6 +100,13 @@ void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uin
     constexpr std::uint8_t nullParameter = 127;
     if (number == Controller::registeredLSB && value == tuningProgram)
         value = nullParameter;
+    if (PrivateController::contains(number))
+        return;
+    if (number == Controller::bankSelectMSB)
+        song_->selectBank(channel, value);
+    // A vibrato cannot be less than none, and FluidSynth would turn it upside down.
+    if (number == Controller::vibratoDepth)
+        value = std::max(value, std::uint8_t{64});
     if (number == Controller::resetAllControllers) {
         // FluidSynth forgets the pedals with the notes that they hold, which then never end.
         fluid_synth_cc(synth_.get(), channel, Controller::sostenuto, 0);
@@ -117,6 +115,28 @@ void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uin
     if (number >= Controller::omniOff)
         value = 0; // Each channel is a group of its own, which a larger number of voices would overlap.
     fluid_synth_cc(synth_.get(), channel, number, value);
+    if (number == Controller::resetAllControllers)
+        song_->restoreControllers(channel);
+}
+
+// The voices of one note share their number, and later ones have a larger one.
+void FluidSynthesizer::tuneNote(int channel, int key) noexcept {
+    const float cents = song_->tuningOf(channel, key);
+    if (cents == 0)
+        return;
+    unsigned latest = latestTuned_;
+    eachVoice(channel, [&](fluid_voice_t* voice) {
+        if (fluid_voice_get_key(voice) == key)
+            latest = std::max(latest, fluid_voice_get_id(voice));
+    });
+    if (latest == latestTuned_)
+        return;
+    eachVoice(channel, [&](fluid_voice_t* each) {
+        FluidVoice voice(each);
+        if (fluid_voice_get_id(each) == latest)
+            voice.set(GEN_FINETUNE, voice.get(GEN_FINETUNE) + cents);
+    });
+    latestTuned_ = latest;
 }
 
 void FluidSynthesizer::releaseNotes(int channel) noexcept {
@@ -140,6 +160,8 @@ void FluidSynthesizer::eachVoice(int channel, Call call) {
         if (fluid_voice_get_channel(*voice) == channel)
             call(*voice);
     }
+    // What a voice has been told waits for the end of the next call to the synthesizer.
+    static_cast<void>(fluid_synth_get_polyphony(synth_.get()));
 }
 
 // After a reset there is no other voice of the same channel and key.
@@ -152,7 +174,7 @@ void FluidSynthesizer::resumeNote(MIDIMessage noteOn, double age) noexcept {
     send(noteOn);
     eachVoice(channel, [&](fluid_voice_t* voice) {
         if (fluid_voice_get_key(voice) == noteOn.data1)
-            VoiceAging(Voice(voice), fluid_voice_get_actual_key(voice), age).apply();
+            VoiceAging(FluidVoice(voice), fluid_voice_get_actual_key(voice), age).apply();
     });
 }
 
@@ -174,13 +196,15 @@ void FluidSynthesizer::sendSystem(MIDIMessage message) noexcept {
     case SystemMessage::rhythmPart: {
         releaseNotes(message.data2);
         const bool isMelodic = message.data3 == 0;
-        fluid_synth_set_channel_type(synth, message.data2,
-                                     isMelodic ? CHANNEL_TYPE_MELODIC : CHANNEL_TYPE_DRUM);
+        song_->setDrums(message.data2, !isMelodic);
         fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
         fluid_synth_program_change(synth, message.data2, 0);
         break;
     }
     case SystemMessage::none:
+        break;
+    default:
+        song_->apply(message);
         break;
     }
 }
@@ -213,6 +237,7 @@ void FluidSynthesizer::resetTo(SystemMessage standard) noexcept {
     for (int channel = 0; channel < channelCount; ++channel)
         fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
     fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+    song_->reset(standard);
 }
 
 // FluidSynth revives a note that is told to end at once and then, before the next block, to be released,
@@ -240,6 +265,7 @@ void FluidSynthesizer::releaseNotes() noexcept {
 
 void FluidSynthesizer::render(float* left, float* right, int frames) noexcept {
     fluid_synth_write_float(synth_.get(), frames, left, 0, 1, right, 0, 1);
+    song_->process(left, right, frames);
 }
 
 int FluidSynthesizer::activeVoices() const noexcept {

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "FluidSettings.h"
+#include "SongSettings.h"
 #include "Synthesizer.h"
+
+#include <optional>
 
 namespace tambrel {
 
@@ -28,6 +31,8 @@ private:
     /// Calls with every voice of the channel that sounds.
     template<class Call>
     void eachVoice(int channel, Call call);
+    /// Gives the voices that a note has just begun the tuning of its key.
+    void tuneNote(int channel, int key) noexcept;
     void sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept;
     void sendSystem(MIDIMessage message) noexcept;
     void resetTo(SystemMessage standard) noexcept;
@@ -35,6 +40,8 @@ private:
 
     FluidSettings settings_;
     std::unique_ptr<fluid_synth_t, FluidDeleter<delete_fluid_synth>> synth_;
+    std::optional<SongSettings> song_;
+    unsigned latestTuned_ = 0; // The latest voice that was given a tuning.
 };
 
 } // namespace tambrel

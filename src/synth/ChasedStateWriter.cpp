@@ -1,0 +1,205 @@
+#include "ChasedState.h"
+#include "ParameterNumbers.h"
+
+#include <algorithm>
+
+namespace tambrel {
+namespace {
+
+using namespace ParameterNumber;
+
+// Controllers that are sent in a place of their own, or that mean nothing once they have been.
+bool isSentApart(std::size_t controller) {
+    using namespace Controller;
+    return controller == dataEntryMSB || controller == dataEntryLSB || controller == sustain ||
+           controller == sostenuto || (controller >= nonRegisteredLSB && controller <= registeredMSB) ||
+           controller >= allSoundOff;
+}
+
+} // namespace
+
+/// Writes down the messages of one channel.
+class ChasedState::Writer {
+public:
+    Writer(const Channel& channel, std::uint8_t number, std::vector<ChasedMessage>& messages)
+        : channel_(channel), number_(number), messages_(messages) {}
+
+    // The notes come before the controllers that would have them glide, and before the pedals take hold.
+    void write() {
+        control(channel_.omniMode, channel_.omniMode == unset ? unset : 0);
+        control(channel_.polyMode, channel_.polyMode == unset ? unset : 0);
+        writeRhythmMap();
+        writeSettings();
+        writeNotesAndPedals();
+        for (std::uint8_t controller = 0; controller < valueCount; ++controller) {
+            if (!isSentApart(controller))
+                control(controller, channel_.controllers[controller]);
+        }
+        writeParameters();
+        writeSelections();
+        if (channel_.bendMSB != unset)
+            message(MIDIStatus::pitchBend, channel_.bendLSB, channel_.bendMSB);
+        if (channel_.pressure != unset)
+            message(MIDIStatus::channelPressure, channel_.pressure, 0);
+        for (std::uint8_t key = 0; key < valueCount; ++key) {
+            if (channel_.keyPressure[key] != unset)
+                message(MIDIStatus::polyphonicPressure, key, channel_.keyPressure[key]);
+        }
+    }
+
+private:
+    void message(std::uint8_t kind, std::uint8_t data1, std::uint8_t data2, std::uint32_t tick = 0) {
+        messages_.push_back({{static_cast<std::uint8_t>(kind | number_), data1, data2, 0}, tick});
+    }
+    void control(std::uint8_t controller, std::uint8_t value) {
+        if (value != unset)
+            message(MIDIStatus::controlChange, controller, value);
+    }
+    void select(BankSelect bank) {
+        control(Controller::bankSelectMSB, bank.msb);
+        control(Controller::bankSelectLSB, bank.lsb);
+    }
+
+    void writeRhythmMap() {
+        select(channel_.bankBeforeRhythm);
+        if (channel_.rhythmMap != unset)
+            messages_.push_back(
+                {MIDIMessage::system(SystemMessage::rhythmPart, number_, channel_.rhythmMap)});
+    }
+
+    void writeSettings() {
+        for (std::size_t kind = 0; kind < kindsOfPart; ++kind) {
+            if (channel_.ofPart[kind] != unset)
+                messages_.push_back({MIDIMessage::system(static_cast<SystemMessage>(firstOfPart + kind),
+                                                         number_, channel_.ofPart[kind])});
+        }
+    }
+
+    void writeNotesAndPedals() {
+        using namespace Controller;
+        const std::vector<HeldNotes::Sounding> notes = heldNotes();
+        writeNotes(notes, true);
+        control(sostenuto, channel_.controllers[sostenuto]);
+        writeNotes(notes, false);
+        choose(channel_.programBank, channel_.program);
+        select(channel_.bank);
+        control(sustain, channel_.controllers[sustain]);
+        for (const HeldNotes::Sounding& sounding : notes) {
+            if (sounding.isKeyUp)
+                message(MIDIStatus::noteOff, sounding.key, 0);
+        }
+    }
+
+    // A channel of one voice sounds the latest only.
+    [[nodiscard]] std::vector<HeldNotes::Sounding> heldNotes() const {
+        std::vector<HeldNotes::Sounding> notes = channel_.notes.sounding();
+        if (channel_.polyMode == Controller::monoOn && notes.size() > 1)
+            notes.erase(notes.begin(), notes.end() - 1);
+        return notes;
+    }
+
+    void writeNotes(const std::vector<HeldNotes::Sounding>& notes, bool bySostenuto) {
+        for (const HeldNotes::Sounding& sounding : notes) {
+            if (sounding.isBySostenuto != bySostenuto)
+                continue;
+            choose(sounding.note.bank, sounding.note.program);
+            message(MIDIStatus::noteOn, sounding.key, sounding.note.velocity, sounding.note.tick);
+        }
+    }
+
+    // The program, unless it stands already.
+    void choose(BankSelect bank, std::uint8_t program) {
+        if (program == unset || (program == chosenProgram_ && bank == chosenBank_))
+            return;
+        select(bank);
+        message(MIDIStatus::programChange, program, 0);
+        chosenBank_ = bank;
+        chosenProgram_ = program;
+    }
+
+    void writeParameters() {
+        using namespace Controller;
+        for (const Parameter& parameter : channel_.parameters) {
+            control(parameter.isRegistered ? registeredMSB : nonRegisteredMSB,
+                    parameter.isRegistered ? 0 : generatorMSB);
+            control(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.number);
+            control(dataEntryLSB, parameter.valueLSB);
+            control(dataEntryMSB, parameter.valueMSB);
+        }
+        // The bare data entry values, with nothing selected that they could change.
+        if (channel_.parameters.empty() && channel_.controllers[dataEntryMSB] == unset &&
+            channel_.controllers[dataEntryLSB] == unset)
+            return;
+        control(registeredMSB, nullParameter);
+        control(registeredLSB, nullParameter);
+        control(dataEntryLSB, orZero(channel_.controllers[dataEntryLSB]));
+        control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
+    }
+
+    // The one in force last.
+    void writeSelections() {
+        if (channel_.registeredIsSelected)
+            selectNonRegistered();
+        control(Controller::registeredMSB, channel_.controllers[Controller::registeredMSB]);
+        control(Controller::registeredLSB, channel_.controllers[Controller::registeredLSB]);
+        if (!channel_.registeredIsSelected)
+            selectNonRegistered();
+    }
+
+    void selectNonRegistered() {
+        using namespace Controller;
+        const std::uint8_t msb = channel_.controllers[nonRegisteredMSB];
+        const std::uint8_t lsb = channel_.controllers[nonRegisteredLSB];
+        control(nonRegisteredMSB, msb);
+        if (msb != generatorMSB) {
+            control(nonRegisteredLSB, lsb);
+            return;
+        }
+        // A low half that no longer counts, since data has been entered, is given a sum that is too large for
+        // it to do anything, and data again.
+        const int before = channel_.selectedGenerator - addedBy(lsb);
+        const bool isSpent = before < 0;
+        if (isSpent || channel_.selectedGenerator == noGenerator)
+            control(nonRegisteredLSB, hundred);
+        else if (before > 0)
+            control(nonRegisteredLSB, static_cast<std::uint8_t>(before));
+        control(nonRegisteredLSB, lsb);
+        if (isSpent)
+            control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
+    }
+
+    const Channel& channel_;
+    const std::uint8_t number_;
+    std::vector<ChasedMessage>& messages_;
+    BankSelect chosenBank_;
+    std::uint8_t chosenProgram_ = unset;
+};
+
+void ChasedState::writeWhole(std::vector<ChasedMessage>& messages) const {
+    for (const MIDIMessage message : {reset_, masterVolume_}) {
+        if (message.isSystem())
+            messages.push_back({message});
+    }
+    for (const MIDIMessage message : master_) {
+        if (message.isSystem())
+            messages.push_back({message});
+    }
+    const auto tell = [&](SystemMessage kind, std::uint8_t key, std::uint8_t value) {
+        if (value != unset)
+            messages.push_back({MIDIMessage::system(kind, key, value)});
+    };
+    for (std::uint8_t key = 0; key < valueCount; ++key) {
+        tell(SystemMessage::keyTuning, key, keyTuning_[key]);
+        tell(SystemMessage::keyTuningFraction, key, keyTuningFraction_[key]);
+    }
+}
+
+std::vector<ChasedMessage> ChasedState::messages() const {
+    std::vector<ChasedMessage> result;
+    writeWhole(result);
+    for (std::uint8_t channel = 0; channel < channelCount; ++channel)
+        Writer(channels_[channel], channel, result).write();
+    return result;
+}
+
+} // namespace tambrel

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "MIDIMessage.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace tambrel {
+
+/// What a message of a song comes down to: a controller, a program change, or a system message of a part or
+/// of the whole instrument.
+struct SongEffect {
+    std::uint8_t kind; ///< A status: control change, program change or system exclusive.
+    std::uint8_t number = 0;
+
+    /// `channel` is left out of the messages for the whole instrument.
+    [[nodiscard]] MIDIMessage message(std::uint8_t channel, std::uint8_t value) const;
+};
+
+inline constexpr int noAddress = -1;
+
+/// A parameter of one part, by all the ways in which songs set it.
+struct PartParameter {
+    const char* name;
+    int gs;   ///< The last byte of the address 40 1p xx.
+    int xg;   ///< The last byte of the address 08 pp xx.
+    int nrpn; ///< The low half of the non-registered number; the high half is 1.
+    SongEffect effect;
+};
+[[nodiscard]] std::span<const PartParameter> partParameters();
+
+/// A parameter of the whole instrument. An address is three bytes of seven bits, written as one number.
+struct MasterParameter {
+    const char* name;
+    int gs;
+    int xg;
+    SystemMessage effect;
+};
+[[nodiscard]] std::span<const MasterParameter> masterParameters();
+
+/// Kinds of reverb and chorus, in the order of GS; `off` is beyond.
+enum class EffectType : std::uint8_t { off = 8 };
+inline constexpr std::size_t effectTypes = 9;
+
+/// Turns the controllers that set a parameter into what that comes down to. One object a song, which is told
+/// every message but the notes, in order.
+class ParameterReader {
+public:
+    [[nodiscard]] MIDIMessage read(MIDIMessage message);
+
+private:
+    struct Channel {
+        bool isRegistered = true;
+        std::uint8_t msb = 127, lsb = 127;     // Registered.
+        std::uint8_t nonMSB = 127, nonLSB = 0; // Non-registered.
+        std::uint8_t depthMSB = 0, depthLSB = 64;
+    };
+
+    [[nodiscard]] static MIDIMessage enter(Channel& channel, MIDIMessage message);
+    [[nodiscard]] static MIDIMessage enterDepth(Channel& channel, MIDIMessage message);
+
+    std::array<Channel, 16> channels_;
+};
+
+} // namespace tambrel
