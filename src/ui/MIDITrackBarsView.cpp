@@ -144,7 +144,7 @@ void MIDITrackBarsView::paintRows(UnflippedPainter& painter, const QRegion& expo
 
 void MIDITrackBarsView::paintPlayhead(UnflippedPainter& painter) const {
     const auto [line, dot] = geometry_.playhead(shownProgress());
-    const QRectF crispLine = painter.snapped(line);
+    const QRectF crispLine = painter.centred(line);
     painter.fill(crispLine, RetroTheme::ink());
     QPainterPath circle;
     circle.addEllipse(dot.translated(crispLine.center().x() - line.center().x(), 0));

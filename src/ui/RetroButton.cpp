@@ -3,9 +3,23 @@
 #include "RetroTheme.h"
 #include "UnflippedPainter.h"
 
+#include <QPainterPath>
+
 #include <utility>
 
 namespace tambrel {
+
+namespace {
+
+// Around the face alone: a faint one would show through it.
+void paintShadow(UnflippedPainter& painter, const QRectF& face, const QRectF& shadow, const QColor& color) {
+    QPainterPath around, covered;
+    around.addRect(painter.snapped(shadow));
+    covered.addRect(painter.snapped(face));
+    painter.fill(around.subtracted(covered), color);
+}
+
+} // namespace
 
 RetroButtonGeometry RetroButtonGeometry::of(QSizeF size, bool isPressed) {
     constexpr double depth = 3;
@@ -50,7 +64,7 @@ void RetroButton::paintEvent(QPaintEvent*) {
 
     UnflippedPainter painter(*this);
     painter.fill(unflippedBounds(*this), RetroTheme::paper());
-    painter.fill(shadow, RetroTheme::ink(isEnabled() ? 1 : 0.28));
+    paintShadow(painter, face, shadow, RetroTheme::ink(isEnabled() ? 1 : 0.28));
     painter.fill(face, faceColor);
     painter.frame(face, lineColor);
     painter.focusMark(face.adjusted(3, 3, -3, -3));

@@ -71,7 +71,8 @@ RetroLabel::Line RetroLabel::line() const {
     while (QFontMetricsF(fitting).horizontalAdvance(text()) > width()) {
         if (fitting.pixelSize() <= smallest)
             return {fitting, QFontMetricsF(fitting).elidedText(text(), Qt::ElideRight, width())};
-        fitting.setPixelSize(fitting.pixelSize() - 1);
+        fitting =
+            RetroTheme::shaping(RetroTheme::monospaced(fitting.pixelSize() - 1, fitting.weight()), text());
     }
     return {fitting, text()};
 }

@@ -1,9 +1,12 @@
 #include "RetroTheme.h"
 
 #include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tambrel {
 namespace {
@@ -34,6 +37,13 @@ QString monospacedFamily() {
     const auto found = std::find_if(preferred.begin(), preferred.end(),
                                     [](const QString& family) { return QFontDatabase::hasFamily(family); });
     return found != preferred.end() ? *found : QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+}
+
+// From letter to letter in whole device pixels: at a fraction of one, each letter's stems look different.
+void setWholePixelAdvance(QFont& font) {
+    const double scale = qGuiApp->devicePixelRatio();
+    const double advance = QFontMetricsF(font).horizontalAdvance('0');
+    font.setLetterSpacing(QFont::AbsoluteSpacing, std::round(advance * scale) / scale - advance);
 }
 
 } // namespace
@@ -111,8 +121,10 @@ const QFont& RetroTheme::module() {
 QFont RetroTheme::shaping(QFont font, const QString& text) {
     constexpr QChar ellipsis = u'\u2026'; // A cut text looks as it does whole.
     const auto needsShaping = [](QChar letter) { return letter.unicode() > 0x7F && letter != ellipsis; };
-    if (std::any_of(text.begin(), text.end(), needsShaping))
+    if (std::any_of(text.begin(), text.end(), needsShaping)) {
         font.setStyleStrategy(QFont::PreferDefault);
+        font.setLetterSpacing(QFont::AbsoluteSpacing, 0); // Letters that are joined would be torn apart.
+    }
     return font;
 }
 
@@ -123,6 +135,7 @@ QFont RetroTheme::monospaced(int pixels, QFont::Weight weight) {
     font.setPixelSize(pixels);
     font.setWeight(weight);
     font.setStyleStrategy(QFont::PreferNoShaping); // Typefaces made for programmers join hyphens into a line.
+    setWholePixelAdvance(font);
     return font;
 }
 

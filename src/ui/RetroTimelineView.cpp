@@ -132,13 +132,14 @@ void RetroTimelineView::paintEvent(QPaintEvent*) {
     const auto geometry = RetroTimelineGeometry::of(bounds.size(), shownFraction());
     UnflippedPainter painter(*this);
     painter.fill(bounds, RetroTheme::paper());
-    painter.focusMark(bounds);
+    painter.focusMark(bounds.adjusted(6, 1, -6, -1));
     painter.frame(geometry.track, RetroTheme::ink());
     if (!isLoaded())
         return;
     painter.fill(geometry.played, RetroTheme::activeFill());
-    painter.fill(geometry.handle, RetroTheme::panel());
-    painter.frame(geometry.handle, RetroTheme::ink());
+    const QRectF handle = painter.centred(geometry.handle);
+    painter.fill(handle, RetroTheme::panel());
+    painter.frame(handle, RetroTheme::ink());
     paintTicks(painter, geometry);
 }
 

@@ -2,6 +2,7 @@
 
 #include "RetroTheme.h"
 
+#include <QFontMetricsF>
 #include <QPainterPath>
 #include <QWidget>
 
@@ -63,14 +64,22 @@ void UnflippedPainter::verticalLine(double x, double bottom, double top, const Q
 
 void UnflippedPainter::text(const QRectF& box, const QString& text, const QFont& font, const QColor& color,
                             Qt::Alignment alignment) {
+    const QFont drawn = RetroTheme::shaping(font, text);
+    const QFontMetricsF metrics(drawn);
+    const QSizeF size(metrics.horizontalAdvance(text), metrics.height());
+    const double x = alignment & Qt::AlignLeft    ? box.x()
+                     : alignment & Qt::AlignRight ? box.right() - size.width()
+                                                  : box.center().x() - size.width() / 2;
+    const double y = alignment & Qt::AlignTop      ? box.bottom() - size.height()
+                     : alignment & Qt::AlignBottom ? box.y()
+                                                   : box.center().y() - size.height() / 2;
+    const QPointF start = snapped(QRectF({x, y + metrics.descent()}, QSizeF(0, 0))).topLeft();
     save();
     scale(1, -1); // Upright again, or the letters would stand on their heads.
-    setFont(RetroTheme::shaping(font, text));
+    setFont(drawn);
     setPen(color);
     setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight); // Ends where it is read to.
-    const QRectF flippedBox(box.x(), -box.y() - box.height(), box.width(), box.height());
-    drawText(flippedBox,
-             static_cast<int>(alignment | Qt::AlignAbsolute) | Qt::TextSingleLine | Qt::TextDontClip, text);
+    drawText(QPointF(start.x(), -start.y()), text);
     restore();
 }
 
@@ -85,6 +94,15 @@ QRectF UnflippedPainter::snapped(const QRectF& area) const {
     const QPointF first(std::round(device.left()), std::round(device.top()));
     const QPointF last(std::round(device.right()), std::round(device.bottom()));
     return toDevice.inverted().mapRect(QRectF(first, last));
+}
+
+QRectF UnflippedPainter::centred(const QRectF& area) const {
+    const QTransform toDevice = deviceTransform();
+    const QRectF device = toDevice.mapRect(area);
+    const double middle = std::round(device.center().x());
+    const double half = std::max(std::round(device.width() / 2), 1.0);
+    const QRectF even(middle - half, device.y(), 2 * half, device.height());
+    return snapped(toDevice.inverted().mapRect(even));
 }
 
 double UnflippedPainter::snapped(double length) const {

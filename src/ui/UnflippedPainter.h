@@ -34,6 +34,10 @@ public:
     /// The area whose edges are the nearest whole device pixels.
     [[nodiscard]] QRectF snapped(const QRectF& area) const;
 
+    /// The same height, and a width that lies evenly around the whole device pixel nearest to the middle:
+    /// what has one middle stays in one line, however wide.
+    [[nodiscard]] QRectF centred(const QRectF& area) const;
+
     /// The length of the nearest number of whole device pixels, at least one.
     [[nodiscard]] double snapped(double length) const;
 

@@ -41,8 +41,8 @@ View* addView(QWidget* parent, const char* name, const QRect& place, Arguments&&
 }
 
 RetroLabel* addLabel(QWidget* parent, const char* name, const QRect& place, const QString& text,
-                     const QFont& font = RetroTheme::display()) {
-    return addView<RetroLabel>(parent, name, place, text, font, Qt::AlignCenter);
+                     const QFont& font = RetroTheme::display(), Qt::Alignment alignment = Qt::AlignCenter) {
+    return addView<RetroLabel>(parent, name, place, text, font, alignment);
 }
 
 } // namespace
@@ -61,7 +61,8 @@ MainView::MainView(MainViewActions actions) : actions_(std::move(actions)) {
 // The order of the children is the order in which Tab and assistive software go through them.
 void MainView::buildInterface() {
     namespace Layout = MainViewLayout;
-    addLabel(this, "titleLabel", Layout::title, "TAMBREL", RetroTheme::title());
+    addLabel(this, "titleLabel", Layout::title, "TAMBREL", RetroTheme::title(), Qt::AlignLeft);
+    addView<FramedZone>(this, "statusZone", Layout::statusZone);
     statusLabel_ = addLabel(this, "statusLabel", Layout::status, {});
     addView<FramedZone>(this, "ledZone", Layout::ledZone);
     activityView_ = addView<BlackLEDActivityView>(this, "activityView", Layout::activity);
@@ -70,6 +71,7 @@ void MainView::buildInterface() {
                           RetroTheme::songName());
     fileLabel_->setOverflow(RetroLabelOverflow::shrinkThenTruncate);
     buildExplanation();
+    addView<FramedZone>(this, "displayZone", Layout::display, Layout::displayDivider);
     counterView_ = addView<SevenSegmentCounterView>(this, "counterView", Layout::counter);
     moduleZone_ = addView<LoadedBlueRectangleView>(this, "moduleZone", Layout::moduleZone);
     makeAccessible<PictureView, AccessibleView<QAccessible::Graphic>>();
