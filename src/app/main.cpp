@@ -1,4 +1,5 @@
 #include "ApplicationInfo.h"
+#include "AudioDrivers.h"
 #include "CommandLine.h"
 #include "DesktopApplication.h"
 #include "HandOver.h"
@@ -16,6 +17,7 @@
 
 int main(int argc, char** argv) {
     using namespace tambrel;
+    prepareForAudioDrivers();
     int status = 0;
     const auto commandLine = readCommandLine(argc, argv, status);
     if (!commandLine)

@@ -1,3 +1,4 @@
+#include "AudioDrivers.h"
 #include "CommandRunner.h"
 #include "Console.h"
 #include "Interruption.h"
@@ -6,6 +7,7 @@
 
 int main(int argc, char** argv) {
     using namespace tambrel::cli;
+    tambrel::prepareForAudioDrivers();
     Interruption::listen();
     int status = aFileFailed;
     try {

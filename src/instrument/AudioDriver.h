@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -11,13 +12,20 @@ class AudioDriverError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What an audio driver plays. `renderAudio` is called by the driver's thread.
+/// What an audio driver plays. Called by the driver's thread.
 class AudioSource {
 public:
+    using Time = std::chrono::steady_clock::time_point;
+
     virtual ~AudioSource() = default;
     virtual void renderAudio(float* left, float* right, int frames) noexcept = 0;
-    /// How often the sound has begun anew, at another place. Asked by the driver's thread.
-    [[nodiscard]] virtual std::uint64_t beginnings() const noexcept { return 0; }
+    /// The latest frames that were rendered, at most `frames` of them, are not to be heard after all:
+    /// rendering goes on where they began. Returns how many they are.
+    [[nodiscard]] virtual int takeBack(int /*frames*/) noexcept { return 0; }
+    /// The first `frames` of those that were rendered, and not taken back, since the driver was opened have
+    /// been heard at `when`; Time::max() before the device plays. Without a word from the driver, frames
+    /// count as heard when they are rendered.
+    virtual void heard(std::int64_t /*frames*/, Time /*when*/) noexcept {}
 };
 
 /// A device that asks its source for sound, from its own thread, from construction to destruction.
@@ -26,6 +34,19 @@ public:
     virtual ~AudioDriver() = default;
     /// One of the names that `openAudioDriver` takes.
     [[nodiscard]] virtual std::string name() const = 0;
+    /// The source has something else to say: a driver that asks for sound far ahead takes back what has not
+    /// been heard and asks for it anew. Any thread; returns at once.
+    virtual void respond() noexcept {}
+    /// True when the device is gone. Any thread.
+    [[nodiscard]] virtual bool hasFailed() const noexcept { return false; }
+    /// How often the device has run out of sound. Any thread.
+    [[nodiscard]] virtual std::uint64_t underruns() const noexcept { return 0; }
+};
+
+/// What others that use the same device are told.
+struct ApplicationNames {
+    std::string name;
+    std::string icon;
 };
 
 } // namespace tambrel

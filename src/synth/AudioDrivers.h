@@ -11,6 +11,10 @@
 
 namespace tambrel {
 
+/// Sees to it that libjack does not start a server where none runs. To be called before any thread is
+/// started.
+void prepareForAudioDrivers();
+
 /// Drivers tried when none is named, in this order: PulseAudio (which reaches PipeWire too), ALSA, JACK.
 [[nodiscard]] std::vector<std::string> defaultAudioDrivers();
 

@@ -1,18 +1,18 @@
 #include "AudioOutput.h"
 
+#include <array>
+#include <thread>
 #include <utility>
 
 namespace tambrel {
 
-AudioOutput::AudioOutput(AudioSource& source, SerialExecutor& executor, std::vector<std::string> driverNames,
+AudioOutput::AudioOutput(Sequencer& sequencer, SerialExecutor& executor, std::vector<std::string> driverNames,
                          double sampleRate, AudioDriverOpener opener)
-    : source_(source),
+    : buffer_(sequencer, sampleRate),
       executor_(executor),
       driverNames_(std::move(driverNames)),
       sampleRate_(sampleRate),
-      opener_(std::move(opener)),
-      master_(sampleRate),
-      volume_(sampleRate) {}
+      opener_(std::move(opener)) {}
 
 void AudioOutput::open() {
     submitOpening(&AudioOutput::openAny);
@@ -41,6 +41,7 @@ void AudioOutput::openSame() {
 
 void AudioOutput::openNow(const std::vector<std::string>& driverNames) {
     failuresBefore_.store(audioDriverFailures(), std::memory_order_relaxed);
+    buffer_.beginStream();
     try {
         driver_ = opener_(driverNames, sampleRate_, *this);
         lastDriverName_ = driver_->name();
@@ -58,8 +59,46 @@ void AudioOutput::close() {
 }
 
 void AudioOutput::closeNow() {
+    if (driver_ != nullptr && !driver_->hasFailed())
+        waitForSilence();
     driver_.reset();
+    buffer_.endStream();
     state_.store(State::closed, std::memory_order_release);
+}
+
+void AudioOutput::waitForSilence() {
+    using namespace std::chrono_literals;
+    const auto deadline = std::chrono::steady_clock::now() + 150ms; // Where nothing has told it to be silent.
+    while (!buffer_.isQuiet() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(5ms);
+}
+
+AudioDriver* AudioOutput::openDriver() const {
+    const bool isSteady = wanted_ && pendingJobs_.load(std::memory_order_acquire) == 0;
+    return isSteady ? driver_.get() : nullptr;
+}
+
+void AudioOutput::respond() {
+    if (AudioDriver* const driver = openDriver())
+        driver->respond();
+}
+
+void AudioOutput::setVolume(double volume) {
+    buffer_.volume().set(volume);
+    respond();
+}
+
+std::uint64_t AudioOutput::underruns() const {
+    const AudioDriver* const driver = openDriver();
+    return driver == nullptr ? 0 : driver->underruns();
+}
+
+// With no device to ask for sound, nobody else carries out an order to halt, which lets go of the song.
+void AudioOutput::silence() {
+    std::array<float, synthesizerBlock> left{};
+    std::array<float, synthesizerBlock> right{};
+    while (!buffer_.isSilent())
+        buffer_.renderAudio(left.data(), right.data(), synthesizerBlock);
 }
 
 void AudioOutput::submit(void (AudioOutput::*job)()) {
@@ -79,17 +118,15 @@ bool AudioOutput::hasDied() {
         lastCallbackSeen_ = now;
         return false;
     }
-    return audioDriverFailures() != failuresBefore_.load(std::memory_order_relaxed) ||
+    const AudioDriver* const driver = openDriver();
+    return (driver != nullptr && driver->hasFailed()) ||
+           audioDriverFailures() != failuresBefore_.load(std::memory_order_relaxed) ||
            now - lastCallbackSeen_ > patience;
 }
 
 void AudioOutput::renderAudio(float* left, float* right, int frames) noexcept {
     callbacks_.fetch_add(1, std::memory_order_relaxed);
-    source_.renderAudio(left, right, frames);
-    if (std::exchange(beginnings_, source_.beginnings()) != beginnings_)
-        master_.forgetPast();
-    master_.process(left, right, frames);
-    volume_.process(left, right, frames);
+    buffer_.renderAudio(left, right, frames);
 }
 
 } // namespace tambrel

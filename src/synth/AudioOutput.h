@@ -1,7 +1,7 @@
 #pragma once
 
 #include "AudioDrivers.h"
-#include "MasterStage.h"
+#include "PlaybackBuffer.h"
 #include "SerialExecutor.h"
 
 #include <atomic>
@@ -19,13 +19,13 @@ class AudioOutput final : private AudioSource {
 public:
     enum class State { closed, open, failed };
 
-    /// `source` and `executor` outlive this object, and `executor` has run dry when it is destroyed.
-    AudioOutput(AudioSource& source, SerialExecutor& executor, std::vector<std::string> driverNames,
+    /// `sequencer` and `executor` outlive this object, and `executor` has run dry when it is destroyed.
+    AudioOutput(Sequencer& sequencer, SerialExecutor& executor, std::vector<std::string> driverNames,
                 double sampleRate, AudioDriverOpener opener = openAudioDriver);
 
     /// Begins to open the device, unless that was done. `state` tells what came of it.
     void open();
-    /// Begins to close the device.
+    /// Begins to close the device; a sound that is fading out is heard to its end.
     void close();
     /// Begins to open anew a device that was lost: by the driver that has worked before, since another one
     /// might take the hardware from a sound server that is just starting again.
@@ -39,22 +39,35 @@ public:
     /// Which drivers were tried and what they answered; only in State::failed.
     [[nodiscard]] const std::string& failureReason() const { return failureReason_; }
 
-    /// On top of everything that sounds. Any thread.
-    [[nodiscard]] UserVolume& volume() { return volume_; }
+    /// The sequencer has an order: it is to be heard soon.
+    void respond();
+    /// 0 (silence) to 1 (as it comes), on top of everything that sounds.
+    void setVolume(double volume);
+    [[nodiscard]] double volume() { return buffer_.volume().get(); }
+    /// What is heard of the sequencer.
+    [[nodiscard]] const PlaybackBuffer& sound() const { return buffer_; }
+    /// Renders until nothing sounds; only while `isClosed`.
+    void silence();
 
     /// True when an open device has given up or has asked for no sound for too long. To be asked regularly.
     [[nodiscard]] bool hasDied();
+    /// How often the open device has run out of sound; 0 without one.
+    [[nodiscard]] std::uint64_t underruns() const;
 
 private:
     void renderAudio(float* left, float* right, int frames) noexcept override;
+    [[nodiscard]] int takeBack(int frames) noexcept override { return buffer_.takeBack(frames); }
+    void heard(std::int64_t frames, Time when) noexcept override { buffer_.heard(frames, when); }
+    [[nodiscard]] AudioDriver* openDriver() const;
     void submit(void (AudioOutput::*job)());
     void openAny();
     void openSame();
     void openNow(const std::vector<std::string>& driverNames);
     void closeNow();
+    void waitForSilence();
     void submitOpening(void (AudioOutput::*job)());
 
-    AudioSource& source_;
+    PlaybackBuffer buffer_;
     SerialExecutor& executor_;
     const std::vector<std::string> driverNames_;
     const double sampleRate_;
@@ -70,14 +83,9 @@ private:
     std::atomic<std::uint64_t> failuresBefore_{0};
     std::string failureReason_; // Written before state_ says failed, read after.
 
-    // Only the rendering touches these, but for the wanted volume.
-    MasterStage master_;
-    UserVolume volume_;
-    std::uint64_t beginnings_ = 0;
-
-    // Only the executor's thread touches these.
+    // The executor's thread makes and destroys it; the main thread uses it while no job is pending.
     std::unique_ptr<AudioDriver> driver_;
-    std::string lastDriverName_;
+    std::string lastDriverName_; // Only the executor's thread touches this.
 };
 
 } // namespace tambrel

@@ -4,7 +4,6 @@
 #include "SMFHeader.h"
 
 #include <algorithm>
-#include <array>
 #include <stdexcept>
 #include <utility>
 
@@ -15,8 +14,8 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr double outputSampleRate = 48000;
-constexpr auto housekeepingInterval = 50ms;
-constexpr auto retryInterval = 300ms;
+constexpr auto soon = 50ms; // Until it is looked after what has begun.
+constexpr auto seldom = 500ms;
 constexpr auto idleTime = 5s; // Before the device is released.
 
 } // namespace
@@ -45,7 +44,7 @@ public:
     }
 
     [[nodiscard]] double currentPosition() const override {
-        return engine_.playing_ == this ? engine_.sequencer_.position() : position_;
+        return engine_.playing_ == this ? engine_.sound().position() : position_;
     }
 
     void setCurrentPosition(double seconds) override {
@@ -94,7 +93,10 @@ GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     bank_.onFailure = [this](const std::string& reason) { giveUpBank(reason); };
     bank_.onNotice = [this](const std::string& sentence) { notice(sentence); };
     bank_.onChange = [this] { playOnNewBank(); };
-    housekeeping_.setInterval(housekeepingInterval);
+    watch_.emplace(*output_);
+    watch_->onFailure = [this](const std::string& reason) { fail(reason); };
+    watch_->onNotice = [this](const std::string& sentence) { notice(sentence); };
+    housekeeping_.setSingleShot(true);
     QObject::connect(&housekeeping_, &QTimer::timeout, [this] { keepHouse(); });
 }
 
@@ -113,7 +115,7 @@ std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const PlayableSong
 void GeneralMIDIEngine::prepare() {
     lastUse_ = Clock::now();
     output_->open();
-    housekeeping_.start();
+    housekeeping_.start(soon);
 }
 
 void GeneralMIDIEngine::start(Player& player, double seconds) {
@@ -123,6 +125,7 @@ void GeneralMIDIEngine::start(Player& player, double seconds) {
         sequencer_.resume();
     else
         sequencer_.play(player.song(), seconds);
+    output_->respond();
     prepare();
 }
 
@@ -135,10 +138,11 @@ void GeneralMIDIEngine::pause(const Player& player, double seconds) {
     }
     playing_ = nullptr;
     sounding_ = nullptr;
-    paused_ = sequencer_.pause() ? &player : nullptr;
+    paused_ = sequencer_.pause(seconds) ? &player : nullptr;
+    output_->respond();
     pausedAt_ = seconds;
     lastUse_ = Clock::now();
-    housekeeping_.start();
+    housekeeping_.start(soon);
 }
 
 void GeneralMIDIEngine::halt(const Player& player) {
@@ -149,27 +153,41 @@ void GeneralMIDIEngine::halt(const Player& player) {
     paused_ = nullptr;
     lastUse_ = Clock::now();
     sequencer_.halt();
-    housekeeping_.start();
+    output_->respond();
+    housekeeping_.start(soon);
 }
 
 bool GeneralMIDIEngine::isPlaying(const Player& player) const {
-    return playing_ == &player && !sequencer_.hasFinished();
+    return playing_ == &player && !sound().hasFinished();
 }
 
 void GeneralMIDIEngine::keepHouse() {
-    sequencer_.collect(); // A song that is not played any more is given back at once.
-    bank_.collect();
     watchSong();
-    watchOutput();
+    watch_->look(playing_ != nullptr);
     releaseWhenIdle();
+    const bool isCollected = sequencer_.collect() && bank_.collect(); // What is not played is given back.
+    const bool isBeginning = playing_ != nullptr && !sequencer_.isSettled();
+    if (isBeginning) // The bank may have come since.
+        output_->respond();
+    const bool isBusy = !isCollected || isBeginning || watch_->isWaiting();
+    if (isBusy || playing_ != nullptr || !output_->isClosed())
+        housekeeping_.start(isBusy ? soon : untilNextLook());
+}
+
+// A song that plays is looked at again at its end.
+std::chrono::milliseconds GeneralMIDIEngine::untilNextLook() const {
+    if (playing_ == nullptr)
+        return seldom;
+    const std::chrono::duration<double> left(playing_->duration() - playing_->currentPosition());
+    return std::clamp(std::chrono::ceil<std::chrono::milliseconds>(left), 10ms, seldom);
 }
 
 void GeneralMIDIEngine::watchSong() {
     const bool isRinging =
-        output_->state() == AudioOutput::State::open && sequencer_.hasFinished() && !sequencer_.isSilent();
+        output_->state() == AudioOutput::State::open && sound().hasFinished() && !isSilent();
     if (playing_ != nullptr || isRinging)
         lastUse_ = Clock::now();
-    if (playing_ != nullptr && sequencer_.hasFinished())
+    if (playing_ != nullptr && sound().hasFinished())
         playing_->complete();
 }
 
@@ -182,65 +200,22 @@ void GeneralMIDIEngine::giveUpBank(const std::string& reason) {
 void GeneralMIDIEngine::playOnNewBank() {
     watchSong(); // One that is over by now is not to begin again.
     if (playing_ != nullptr) {
-        sequencer_.play(playing_->song(), sequencer_.position());
+        sequencer_.play(playing_->song(), sound().position());
     } else {
         sounding_ = nullptr;
         paused_ = nullptr;
         sequencer_.halt();
     }
-    housekeeping_.start();
-}
-
-void GeneralMIDIEngine::watchOutput() {
-    if (!output_->isWanted())
-        return;
-    switch (output_->state()) {
-    case AudioOutput::State::open:
-        outputHasWorked_ = true;
-        if (output_->hasDied()) {
-            notice("Sound output lost; opening it again");
-            outputWasLost_ = true;
-            output_->reopen();
-        } else if (std::exchange(outputWasLost_, false)) {
-            notice("Sound output opened again");
-        }
-        break;
-    case AudioOutput::State::failed:
-        if (!outputHasWorked_ || (playing_ == nullptr && !outputWasLost_)) {
-            const std::string reason = output_->failureReason();
-            output_->close();
-            fail(reason);
-        } else if (Clock::now() - lastAttempt_ > retryInterval) {
-            lastAttempt_ = Clock::now();
-            outputWasLost_ = true;
-            output_->reopen();
-        }
-        break;
-    case AudioOutput::State::closed: // Being opened.
-        break;
-    }
+    output_->respond();
+    housekeeping_.start(soon);
 }
 
 void GeneralMIDIEngine::releaseWhenIdle() {
     const bool isIdle = playing_ == nullptr && Clock::now() - lastUse_ > idleTime;
-    if (output_->isWanted() && isIdle) {
-        outputWasLost_ = false;
-        output_->close();
-    }
-    if (playing_ != nullptr || !output_->isClosed() || isLoadingSoundBank())
-        return;
-    if (bank_.isReady())
-        silenceWithoutDevice();
-    if (sequencer_.collect() && bank_.collect())
-        housekeeping_.stop();
-}
-
-// With no device to ask for sound, nobody else carries out an order to halt, which lets go of the song.
-void GeneralMIDIEngine::silenceWithoutDevice() {
-    std::array<float, synthesizerBlock> left{};
-    std::array<float, synthesizerBlock> right{};
-    while (!sequencer_.isSilent())
-        sequencer_.renderAudio(left.data(), right.data(), synthesizerBlock);
+    if (output_->isWanted() && isIdle)
+        watch_->release();
+    if (playing_ == nullptr && output_->isClosed() && bank_.isReady())
+        output_->silence();
 }
 
 void GeneralMIDIEngine::fail(const std::string& reason) {

@@ -2,6 +2,7 @@
 
 #include "AudioOutput.h"
 #include "MIDIFilePlayer.h"
+#include "OutputWatch.h"
 #include "Sequencer.h"
 #include "SerialExecutor.h"
 #include "SoundBankLoader.h"
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,11 +57,11 @@ public:
     [[nodiscard]] const std::filesystem::path& soundBank() const { return bank_.bank(); }
 
     /// True while no song plays, no note rings out and none is about to.
-    [[nodiscard]] bool isSilent() const { return sequencer_.isSilent(); }
+    [[nodiscard]] bool isSilent() const { return sound().isSilent(); }
 
-    /// 0 (silence) to 1 (as it comes), for everything that is played. Any thread.
-    void setVolume(double volume) { output_->volume().set(volume); }
-    [[nodiscard]] double volume() const { return output_->volume().get(); }
+    /// 0 (silence) to 1 (as it comes), for everything that is played.
+    void setVolume(double volume) { output_->setVolume(volume); }
+    [[nodiscard]] double volume() const { return output_->volume(); }
 
     /// A player for the song, whose timeline is made here if it has none yet. Throws SoundBankError when
     /// there is no bank, std::invalid_argument when the data is no Standard MIDI File.
@@ -77,10 +79,10 @@ private:
     void keepHouse();
     void playOnNewBank();
     void giveUpBank(const std::string& reason);
-    void watchOutput();
     void watchSong();
     void releaseWhenIdle();
-    void silenceWithoutDevice();
+    [[nodiscard]] std::chrono::milliseconds untilNextLook() const;
+    [[nodiscard]] const PlaybackBuffer& sound() const { return output_->sound(); }
     void fail(const std::string& reason);
     void notice(const std::string& sentence) const;
 
@@ -91,15 +93,13 @@ private:
     const Player* sounding_ = nullptr; // Until it stops, be its song over or not.
     const Player* paused_ = nullptr;   // Its notes are kept, for it to go on at this place:
     double pausedAt_ = 0;
-    bool outputHasWorked_ = false;
-    bool outputWasLost_ = false;
     std::chrono::steady_clock::time_point lastUse_;
-    std::chrono::steady_clock::time_point lastAttempt_;
     QTimer housekeeping_; // Runs while there is anything to watch.
 
     std::unique_ptr<SerialExecutor> executor_;
     SoundBankLoader bank_;
     std::unique_ptr<AudioOutput> output_;
+    std::optional<OutputWatch> watch_;
 };
 
 } // namespace tambrel

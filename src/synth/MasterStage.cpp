@@ -14,8 +14,6 @@ constexpr float makeUpGain = 2.6F;
 constexpr float ceiling = 0.87F;
 constexpr double lookAheadSeconds = 0.002;
 constexpr double releaseSeconds = 0.1;
-constexpr double quickReleaseSeconds = 0.002;
-constexpr double forgettingSeconds = 0.03;
 constexpr double volumeSeconds = 0.01;
 
 double partPerFrame(double seconds, double sampleRate) {
@@ -35,8 +33,6 @@ MasterStage::MasterStage(double sampleRate)
     : lookAhead_(static_cast<std::size_t>(std::lround(lookAheadSeconds * sampleRate))),
       delay_(lookAhead_ + taps / 2),
       release_(partPerFrame(releaseSeconds, sampleRate)),
-      quickRelease_(partPerFrame(quickReleaseSeconds, sampleRate)),
-      forgetting_(static_cast<int>(forgettingSeconds * sampleRate)),
       candidates_(lookAhead_ + 1),
       gains_(lookAhead_, unity),
       sumOfGains_(unity * static_cast<Gain>(lookAhead_)) {
@@ -47,6 +43,18 @@ MasterStage::MasterStage(double sampleRate)
         for (std::size_t tap = 0; tap < taps; ++tap)
             filter_[phase][tap] = interpolation(static_cast<double>(tap) - (taps / 2.0 - 1) - offset, taps);
     }
+}
+
+void MasterStage::reset() noexcept {
+    for (Channel& channel : channels_) {
+        channel.recent.fill(0);
+        std::ranges::fill(channel.delayed, 0.0F);
+    }
+    loudFrames_ = 0;
+    candidateCount_ = 0;
+    envelope_ = unity;
+    std::ranges::fill(gains_, unity);
+    sumOfGains_ = unity * static_cast<Gain>(lookAhead_);
 }
 
 void MasterStage::process(float* left, float* right, int frames) noexcept {
@@ -111,9 +119,7 @@ float MasterStage::nextGain(float peak) noexcept {
     const Gain required =
         peak > ceiling ? static_cast<Gain>(static_cast<double>(unity) * (ceiling / peak)) : unity;
     const Gain wanted = smallestAhead(required);
-    const double release = framesToForget_ > 0 ? quickRelease_ : release_;
-    framesToForget_ = std::max(framesToForget_ - 1, 0);
-    const auto up = static_cast<Gain>(static_cast<double>(unity - envelope_) * release);
+    const auto up = static_cast<Gain>(static_cast<double>(unity - envelope_) * release_);
     envelope_ = std::min(wanted, envelope_ + std::max<Gain>(up, envelope_ < unity ? 1 : 0));
     sumOfGains_ += envelope_ - std::exchange(gains_[gainAt_], envelope_);
     gainAt_ = gainAt_ + 1 == lookAhead_ ? 0 : gainAt_ + 1;

@@ -20,9 +20,8 @@ public:
     void process(float* left, float* right, int frames) noexcept;
     /// Frames.
     [[nodiscard]] int latency() const { return static_cast<int>(delay_); }
-    /// Lets go quickly of a gain reduction whose reason is over within the next 30 ms, such as the sound
-    /// before a seek.
-    void forgetPast() noexcept { framesToForget_ = forgetting_; }
+    /// Begins anew after silence: nothing of what went in comes out any more.
+    void reset() noexcept;
 
 private:
     // Gains are whole numbers, so that their running sum stays exact and unity stays unity.
@@ -44,9 +43,7 @@ private:
 
     const std::size_t lookAhead_; // Frames.
     const std::size_t delay_;
-    const double release_, quickRelease_; // Part of the way back to unity per frame.
-    const int forgetting_;
-    int framesToForget_ = 0;
+    const double release_; // Part of the way back to unity per frame.
     std::array<std::array<float, taps>, phases> filter_{};
 
     std::array<Channel, channelCount> channels_;

@@ -25,7 +25,7 @@ struct Sequencer::Chased {
 
 /// What to do next.
 struct Sequencer::Order {
-    enum class Kind { halt, play, pause, resume };
+    using Kind = OrderKind;
 
     explicit Order(Kind what) : kind(what) {}
 
@@ -57,7 +57,7 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     start_ = std::clamp(seconds, 0.0, song_->duration());
     order->song = song_;
     order->firstFrame = std::llround(start_ * sampleRate_);
-    order->songFrames = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
+    order->songFrames = songFrames_ = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
     // What belongs to this very moment is played, not chased.
     order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
     order->chasedState = chase(*song_, order->firstEvent, start_);
@@ -91,13 +91,13 @@ void Sequencer::keepYoungest(std::vector<Chased>& chased) {
         chased, [oldest = ages[mostNotes]](const Chased& each) { return each.isNote && each.age >= oldest; });
 }
 
-bool Sequencer::pause() {
+bool Sequencer::pause(double seconds) {
     // What has not begun yet has nothing to keep.
-    if (!song_ || !isSettled()) {
+    if (!song_ || !(isSettled() || lastKind_ == OrderKind::resume)) {
         halt();
         return false;
     }
-    start_ = position();
+    start_ = seconds;
     send(std::make_unique<Order>(Order::Kind::pause));
     return true;
 }
@@ -114,6 +114,7 @@ void Sequencer::halt() {
 
 void Sequencer::send(std::unique_ptr<Order> order) {
     order->serial = ++lastSerial_;
+    lastKind_ = order->kind;
     ++ordersOut_;
     // An order that nobody has taken yet is void: the new one says all there is to do.
     if (const std::unique_ptr<Order> overtaken{
@@ -123,10 +124,13 @@ void Sequencer::send(std::unique_ptr<Order> order) {
 }
 
 double Sequencer::position() const {
-    if (!song_ || !isSettled())
+    return hasFinished() ? song_->duration() : positionAt(frame_.load(std::memory_order_relaxed));
+}
+
+double Sequencer::positionAt(std::int64_t frame) const {
+    if (!song_ || !isSettled() || lastKind_ == OrderKind::pause)
         return start_;
-    const double rendered = static_cast<double>(frame_.load(std::memory_order_relaxed)) / sampleRate_;
-    return hasFinished() ? song_->duration() : std::clamp(rendered, start_, song_->duration());
+    return std::clamp(static_cast<double>(frame) / sampleRate_, start_, song_->duration());
 }
 
 bool Sequencer::hasFinished() const {
@@ -150,17 +154,23 @@ bool Sequencer::collect() {
 // --- Rendering side ---
 
 void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
+    carriesOutByItself_ = true;
+    if (takeOrder() && (phase_ == Phase::playing || phase_ == Phase::ringing))
+        startFading();
+    render(left, right, frames);
+}
+
+void Sequencer::render(float* left, float* right, int frames) noexcept {
     if (handedOver_.load(std::memory_order_relaxed) == nullptr) {
         std::fill_n(left, frames, 0.0F);
         std::fill_n(right, frames, 0.0F);
         return;
     }
-    takeOrder();
     while (frames > 0) {
         if (blockOffset_ == 0)
             beginBlock();
         const int step = std::min(frames, synthesizerBlock - blockOffset_);
-        if (phase_ == Phase::silent || phase_ == Phase::paused) {
+        if (phase_ == Phase::silent) {
             std::fill_n(left, step, 0.0F);
             std::fill_n(right, step, 0.0F);
         } else {
@@ -168,8 +178,6 @@ void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
         }
         if (phase_ == Phase::fading)
             fadeOut(left, right, step);
-        else if (fadeInLeft_ > 0)
-            fadeIn(left, right, step);
         if (phase_ == Phase::ringing)
             listenToRinging(left, right, step);
         blockOffset_ = (blockOffset_ + step) % synthesizerBlock;
@@ -179,12 +187,12 @@ void Sequencer::renderAudio(float* left, float* right, int frames) noexcept {
     }
 }
 
-void Sequencer::takeOrder() noexcept {
-    if (incoming_.load(std::memory_order_relaxed) == nullptr)
-        return;
+std::optional<Sequencer::Wish> Sequencer::takeOrder() noexcept {
+    if (handedOver_.load(std::memory_order_relaxed) == nullptr ||
+        incoming_.load(std::memory_order_relaxed) == nullptr)
+        return std::nullopt;
     retire(std::exchange(waiting_, incoming_.exchange(nullptr, std::memory_order_acq_rel)));
-    if (phase_ == Phase::playing || phase_ == Phase::ringing)
-        startFading();
+    return Wish{waiting_->kind, waiting_->firstFrame};
 }
 
 void Sequencer::retire(Order* order) noexcept {
@@ -197,14 +205,13 @@ void Sequencer::retire(Order* order) noexcept {
 }
 
 void Sequencer::startFading() noexcept {
-    phaseBeforeFade_ = std::exchange(phase_, Phase::fading);
+    phase_ = Phase::fading;
     fadeLeft_ = fadeFrames;
 }
 
 void Sequencer::beginBlock() noexcept {
     const bool hasFaded = phase_ == Phase::fading && fadeLeft_ <= 0;
-    const bool isStill = phase_ == Phase::silent || phase_ == Phase::paused;
-    if (waiting_ != nullptr && (isStill || hasFaded))
+    if (waiting_ != nullptr && carriesOutByItself_ && (phase_ == Phase::silent || hasFaded))
         carryOut();
     else if (hasFaded)
         goSilent();
@@ -227,20 +234,17 @@ void Sequencer::carryOut() noexcept {
         goSilent();
         break;
     case Order::Kind::pause:
-        phase_ = phase_ == Phase::fading ? Phase::paused : phase_;
-        soundless_.store(true, std::memory_order_release);
+    case Order::Kind::resume: // The sequencer is what is not asked for sound meanwhile.
         retire(order);
-        break;
-    case Order::Kind::resume:
-        goOn();
-        retire(order);
+        if (isOver_)
+            finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
         break;
     }
     serial_.store(serialCarriedOut_, std::memory_order_release);
 }
 
 void Sequencer::begin() noexcept {
-    ++beginnings_;
+    isOver_ = false;
     synthesizer_->reset();
     for (const Chased& chased : current_->chasedState) {
         if (chased.isNote)
@@ -251,20 +255,8 @@ void Sequencer::begin() noexcept {
     nextEvent_ = current_->firstEvent;
     position_ = current_->firstFrame;
     frame_.store(position_, std::memory_order_relaxed);
-    fadeInLeft_ = 0;
     phase_ = Phase::playing;
     soundless_.store(false, std::memory_order_release);
-}
-
-// After a pause, or after the fade-out of a pause that was taken back before it came into force.
-void Sequencer::goOn() noexcept {
-    if (phase_ == Phase::silent)
-        return;
-    phase_ = phaseBeforeFade_;
-    fadeInLeft_ = fadeFrames;
-    soundless_.store(false, std::memory_order_release);
-    if (phase_ == Phase::ringing)
-        finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
 }
 
 void Sequencer::goSilent() noexcept {
@@ -286,6 +278,7 @@ void Sequencer::playEvents() noexcept {
     if (isOver) {
         synthesizer_->releaseNotes();
         phase_ = Phase::ringing;
+        isOver_ = true;
         quietFrames_ = ringingFrames_ = 0;
         finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
     }
@@ -305,14 +298,6 @@ void Sequencer::listenToRinging(const float* left, const float* right, int frame
 void Sequencer::fadeOut(float* left, float* right, int frames) noexcept {
     for (int frame = 0; frame < frames; ++frame) {
         const float gain = static_cast<float>(std::max(fadeLeft_--, 0)) / fadeFrames;
-        left[frame] *= gain;
-        right[frame] *= gain;
-    }
-}
-
-void Sequencer::fadeIn(float* left, float* right, int frames) noexcept {
-    for (int frame = 0; frame < frames && fadeInLeft_ > 0; ++frame) {
-        const float gain = 1 - static_cast<float>(fadeInLeft_--) / fadeFrames;
         left[frame] *= gain;
         right[frame] *= gain;
     }

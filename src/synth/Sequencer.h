@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tambrel {
@@ -37,9 +38,9 @@ public:
     /// milliseconds, the channels get the state that playing up to there would have left and the notes that
     /// are held there, then the song goes on.
     void play(std::shared_ptr<const Timeline> song, double seconds);
-    /// Fades out what sounds and keeps it, so that `resume` can go on. False, and halted, when the song of
-    /// the latest `play` has not begun yet.
-    [[nodiscard]] bool pause();
+    /// Keeps everything as it sounds at `seconds`, so that `resume` can go on. False, and halted, when the
+    /// song of the latest `play` has not begun yet.
+    [[nodiscard]] bool pause(double seconds);
     /// Goes on after a `pause` that was true, with every note that sounded then.
     void resume();
     /// Fades out what sounds; nothing sounds any more after a few milliseconds of rendering.
@@ -47,6 +48,10 @@ public:
     /// Seconds into the song of the latest `play`: what has been rendered, never beyond the song's end.
     /// 0 after `halt`.
     [[nodiscard]] double position() const;
+    /// The same for a frame of the song that is heard, rather than rendered, at this moment.
+    [[nodiscard]] double positionAt(std::int64_t frame) const;
+    /// Of the song of the latest `play`.
+    [[nodiscard]] std::int64_t songFrames() const { return songFrames_; }
     /// True once the song of the latest `play` has been rendered to its end; its last notes may still ring
     /// out.
     [[nodiscard]] bool hasFinished() const;
@@ -59,8 +64,22 @@ public:
 
     // --- Rendering side ---
 
+    enum class OrderKind { halt, play, pause, resume };
+    struct Wish {
+        OrderKind kind;
+        std::int64_t firstFrame; ///< Of the song; for OrderKind::play.
+    };
+
+    /// Renders on, and carries out orders to play and to halt after a fade-out of what sounds.
     void renderAudio(float* left, float* right, int frames) noexcept override;
-    [[nodiscard]] std::uint64_t beginnings() const noexcept override { return beginnings_; }
+
+    /// For who fades, pauses and resumes by himself: the order that has come since, if any; then, whenever it
+    /// is due and on whole blocks, `carryOut`; and `render` in place of `renderAudio`.
+    [[nodiscard]] std::optional<Wish> takeOrder() noexcept;
+    void carryOut() noexcept;
+    void render(float* left, float* right, int frames) noexcept;
+    /// True while rendering gives nothing but silence.
+    [[nodiscard]] bool isSoundless() const noexcept { return phase_ == Phase::silent; }
 
 private:
     struct Order;
@@ -69,7 +88,6 @@ private:
         playing,
         ringing, ///< The song is over, its last notes ring out.
         fading,  ///< What sounds is on its way out, then the order that waits is carried out.
-        paused,  ///< Silent, with all notes kept.
     };
 
     struct Chased;
@@ -77,10 +95,7 @@ private:
     [[nodiscard]] static std::vector<Chased> chase(const Timeline& song, std::size_t index, double seconds);
     static void keepYoungest(std::vector<Chased>& chased);
     void send(std::unique_ptr<Order> order);
-    void takeOrder() noexcept;
-    void carryOut() noexcept;
     void begin() noexcept;
-    void goOn() noexcept;
     void retire(Order* order) noexcept;
     void beginBlock() noexcept;
     void playEvents() noexcept;
@@ -88,15 +103,16 @@ private:
     void goSilent() noexcept;
     void listenToRinging(const float* left, const float* right, int frames) noexcept;
     void fadeOut(float* left, float* right, int frames) noexcept;
-    void fadeIn(float* left, float* right, int frames) noexcept;
 
     const double sampleRate_;
 
     // Control side.
     std::uint64_t lastSerial_ = 0;
+    OrderKind lastKind_ = OrderKind::halt;
     std::shared_ptr<const Timeline> song_; // Of the latest order; empty when that was to halt.
-    double start_ = 0;                     // Where the latest order begins, in seconds.
-    std::size_t ordersOut_ = 0;            // Sent and not yet freed.
+    std::int64_t songFrames_ = 0;
+    double start_ = 0;          // Where the latest order begins, in seconds.
+    std::size_t ordersOut_ = 0; // Sent and not yet freed.
 
     // Hand-over.
     std::atomic<MIDIInstrument*> handedOver_{nullptr};
@@ -114,12 +130,11 @@ private:
     Order* waiting_ = nullptr;
     std::size_t nextEvent_ = 0;
     std::uint64_t serialCarriedOut_ = 0;
-    std::uint64_t beginnings_ = 0;
     std::int64_t position_ = 0; // Frames into the song at the start of the next block.
     int blockOffset_ = 0;       // Frames of the current block that have been given out.
     int fadeLeft_ = 0;          // Frames of the fade-out that are still to come.
-    int fadeInLeft_ = 0;
-    Phase phaseBeforeFade_ = Phase::silent;
+    bool carriesOutByItself_ = false;
+    bool isOver_ = false; // The song.
     std::int64_t quietFrames_ = 0;
     std::int64_t ringingFrames_ = 0;
 };

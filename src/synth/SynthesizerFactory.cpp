@@ -1,11 +1,9 @@
 #include "SynthesizerFactory.h"
 
+#include "ModuleLoader.h"
 #include "SoundBank.h"
 
 #include <dlfcn.h>
-#include <filesystem>
-#include <initializer_list>
-#include <system_error>
 
 // FluidSynth renders each block's effects in a parallel region of one thread, for which OpenMP's run time
 // allocates and frees memory. This definition does without. It is the program's own, because nothing else is
@@ -23,33 +21,13 @@ extern "C" [[gnu::visibility("default")]] void GOMP_parallel(void (*region)(void
 }
 
 namespace tambrel {
-namespace {
-
-// Beside the program in the build folder, in the library folder of the installation otherwise. Not left to
-// the loader's own search path, which a sanitizer's dlopen does not know.
-void* openModule() {
-    std::error_code error;
-    const auto programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const char* folder : {"lib/tambrel", TAMBREL_MODULES_FROM_PROGRAMS}) {
-        const auto module = programs / folder / TAMBREL_FLUIDSYNTH_MODULE;
-        if (std::filesystem::exists(module, error))
-            return dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    }
-    return nullptr;
-}
-
-const FluidSynthModule* loadModule() {
-    void* const module = openModule(); // Never unloaded.
-    if (module == nullptr)
-        return nullptr;
-    const auto get = reinterpret_cast<GetFluidSynthModule>(dlsym(module, getFluidSynthModuleName));
-    return get == nullptr ? nullptr : &get();
-}
-
-} // namespace
 
 const FluidSynthModule* fluidSynth() {
-    static const FluidSynthModule* const module = loadModule();
+    static const FluidSynthModule* const module = [] {
+        const auto get = reinterpret_cast<GetFluidSynthModule>(
+            functionOfModule(TAMBREL_FLUIDSYNTH_MODULE, getFluidSynthModuleName));
+        return get == nullptr ? nullptr : &get();
+    }();
     return module;
 }
 

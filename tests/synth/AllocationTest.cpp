@@ -1,5 +1,4 @@
-#include "MasterStage.h"
-#include "Sequencer.h"
+#include "PlaybackBuffer.h"
 #include "SynthTesting.h"
 
 #include <gtest/gtest.h>
@@ -96,28 +95,30 @@ TEST(AllocationTest, RenderingNeitherAllocatesNorFrees) {
 
     const auto synthesizer = loadedSynthesizer();
     Sequencer sequencer(48000);
-    MasterStage master(48000);
-    UserVolume volume(48000);
-    volume.set(0.5);
+    PlaybackBuffer buffer(sequencer, 48000);
+    buffer.volume().set(0.5);
     sequencer.setSynthesizer(*synthesizer);
     std::array<float, 1024> left{};
     std::array<float, 1024> right{};
     const auto render = [&] {
-        sequencer.renderAudio(left.data(), right.data(), 1024);
-        master.process(left.data(), right.data(), 1024);
-        volume.process(left.data(), right.data(), 1024);
+        static_cast<void>(buffer.takeBack(700));
+        buffer.renderAudio(left.data(), right.data(), 1024);
     };
     std::mt19937 engine(1);
     for (int order = 0; order < 100; ++order) {
         if (order % 5 == 4)
             sequencer.halt();
+        else if (order % 5 == 2)
+            static_cast<void>(sequencer.pause(1));
+        else if (order % 5 == 3)
+            sequencer.resume();
         else // A song of its own, so that the order that is let go of is the last to hold it.
             sequencer.play(busySong(), static_cast<double>(engine() % 2000) / 1000);
         for (int period = 0; period < 20; ++period)
             ASSERT_EQ(allocationsDuring(render), 0) << "order " << order << ", period " << period;
     }
     sequencer.play(busySong(), 0);
-    while (!sequencer.isSilent())
+    while (!buffer.isSilent())
         ASSERT_EQ(allocationsDuring(render), 0);
 }
 

@@ -16,7 +16,7 @@ protected:
     HeldNotesTest() { sequencer.setSynthesizer(*synthesizer); }
 
     /// The left channel of what is rendered in calls of `block` frames.
-    static std::vector<float> render(Sequencer& sequencer, double seconds, int block) {
+    std::vector<float> render(double seconds, int block = 64) {
         std::vector<float> sound, left(static_cast<std::size_t>(block), 1), right(left); // All to be written.
         while (static_cast<double>(sound.size()) < seconds * sampleRate) {
             sequencer.renderAudio(left.data(), right.data(), block);
@@ -24,18 +24,10 @@ protected:
         }
         return sound;
     }
-    std::vector<float> render(double seconds, int block = 64) { return render(sequencer, seconds, block); }
 
     std::unique_ptr<Synthesizer> synthesizer = loadedSynthesizer();
     Sequencer sequencer{sampleRate};
 };
-
-/// An organ's note under the pedal for two seconds, then two seconds of silence.
-std::shared_ptr<const Timeline> noteAndSilence() {
-    TrackBuilder track;
-    track.program(0, 0, 19).control(0, 0, 64, 127).noteOn(0, 0, 60, 127).noteOff(1900, 0, 60);
-    return timeline({track.control(100, 0, 64, 0).endOfTrack(2000)});
-}
 
 double level(const std::vector<float>& sound, double from, double to) {
     double sum = 0;
@@ -89,38 +81,6 @@ TEST_F(HeldNotesTest, NotesThatAreHeldSoundAfterASeekAsInPlayThrough) {
         }
         EXPECT_LT(std::abs(sought.front()), 10 * inaudible) << "A step at the start.";
     }
-}
-
-TEST_F(HeldNotesTest, APauseKeepsEveryNoteAsItSounds) {
-    sequencer.play(noteAndSilence(), 0);
-    render(0.5);
-    ASSERT_TRUE(sequencer.pause());
-    const auto fadeOut = render(0.02);
-    const double paused = sequencer.position();
-    EXPECT_NEAR(paused, 0.5, 0.01);
-    EXPECT_GT(peak(fadeOut), 0.01F);
-    EXPECT_TRUE(sequencer.isSilent());
-    EXPECT_EQ(peak(render(1)), 0);
-    EXPECT_EQ(sequencer.position(), paused);
-    sequencer.resume();
-    const auto resumed = render(0.5);
-    EXPECT_NEAR(sequencer.position(), paused + 0.5, 0.01);
-
-    const auto other = loadedSynthesizer();
-    Sequencer uninterrupted(sampleRate);
-    uninterrupted.setSynthesizer(*other);
-    uninterrupted.play(noteAndSilence(), 0);
-    const auto expected = render(uninterrupted, 1.1, 64);
-    constexpr std::size_t fade = 5 * 64;
-    EXPECT_TRUE(std::equal(resumed.begin() + fade, resumed.end() - 64, expected.begin() + 24'000 + 2 * fade));
-
-    ASSERT_TRUE(sequencer.pause());
-    sequencer.resume(); // Before it has come into force.
-    EXPECT_GT(level(render(0.1), 0.05, 0.1), -60);
-    sequencer.play(noteAndSilence(), 0);
-    EXPECT_FALSE(sequencer.pause()) << "as it has not begun";
-    render(0.1);
-    EXPECT_EQ(peak(render(0.1)), 0);
 }
 
 } // namespace

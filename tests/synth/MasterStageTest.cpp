@@ -96,16 +96,16 @@ TEST(MasterStageTest, KeepsTheTruePeakBelowOneDecibel) {
     }
 }
 
-TEST(MasterStageTest, ComesBackWithoutAStepAndAtOnceWhenThePastIsForgotten) {
-    for (const bool isForgotten : {false, true}) {
+TEST(MasterStageTest, ComesBackWithoutAStepAndAtOnceAfterAReset) {
+    for (const bool isReset : {false, true}) {
         MasterStage master(sampleRate);
         process(master, sine(2, 441, 0.1));
-        if (isForgotten)
-            master.forgetPast();
+        if (isReset)
+            master.reset();
         const Sound after = process(master, sine(0.1, 441, 0.5));
         const Sound early(after.begin() + 900, after.begin() + 1300);
         const Sound late(after.end() - 4800, after.end());
-        EXPECT_EQ(peak(early) > 0.95F * peak(late), isForgotten);
+        EXPECT_EQ(peak(early) > 0.95F * peak(late), isReset);
         float step = 0;
         for (std::size_t frame = 901; frame < after.size(); ++frame)
             step = std::max(step, std::abs(after[frame] - after[frame - 1]));

@@ -2,6 +2,8 @@
 
 #include "FluidSettings.h"
 
+#include <algorithm>
+
 namespace tambrel {
 namespace {
 
@@ -27,13 +29,21 @@ public:
 
 private:
     static int callback(void* self, int frames, int, float**, int, float* out[]) {
-        static_cast<FluidAudioDriver*>(self)->source_.renderAudio(out[0], out[1], frames);
+        static_cast<FluidAudioDriver*>(self)->play(out[0], out[1], frames);
         return FLUID_OK;
+    }
+
+    // When the device asks for a period, one more still lies before the loudspeaker.
+    void play(float* left, float* right, int frames) noexcept {
+        source_.heard(std::max<std::int64_t>(rendered_ - frames, 0), std::chrono::steady_clock::now());
+        source_.renderAudio(left, right, frames);
+        rendered_ += frames;
     }
 
     std::string name_;
     FluidSettings settings_;
     AudioSource& source_;
+    std::int64_t rendered_ = 0;
     // Last: its thread uses all of the above.
     std::unique_ptr<fluid_audio_driver_t, FluidDeleter<delete_fluid_audio_driver>> driver_;
 };

@@ -29,7 +29,7 @@ void ignoreALSAMessage(const char*, int, const char*, int, const char*, ...) {}
 bool prepareFluidSynth() {
     for (const int level : {FLUID_PANIC, FLUID_ERR, FLUID_WARN, FLUID_INFO, FLUID_DBG})
         fluid_set_log_function(level, gatherMessage, nullptr);
-    static const char* drivers[] = {"pulseaudio", "alsa", "jack", nullptr};
+    static const char* drivers[] = {"alsa", "jack", nullptr};
     fluid_audio_driver_register(drivers);
     snd_lib_error_set_handler(ignoreALSAMessage); // It would write to standard error.
     return true;

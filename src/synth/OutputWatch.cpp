@@ -1,0 +1,54 @@
+#include "OutputWatch.h"
+
+#include <utility>
+
+namespace tambrel {
+namespace {
+
+constexpr std::chrono::milliseconds retryInterval(300);
+
+} // namespace
+
+void OutputWatch::look(bool isPlaying) {
+    if (!output_.isWanted())
+        return;
+    if (output_.state() == AudioOutput::State::open)
+        lookAtOpen(isPlaying);
+    else if (output_.state() == AudioOutput::State::failed)
+        lookAtFailed(isPlaying);
+}
+
+void OutputWatch::lookAtOpen(bool isPlaying) {
+    hasWorked_ = true;
+    if (output_.hasDied()) {
+        onNotice("Sound output lost; opening it again");
+        wasLost_ = true;
+        output_.reopen();
+        return;
+    }
+    if (std::exchange(wasLost_, false))
+        onNotice("Sound output opened again");
+    const std::uint64_t underruns = output_.underruns();
+    if (std::exchange(underruns_, underruns) < underruns && isPlaying)
+        onNotice("Sound output ran out of sound; underruns so far " + std::to_string(underruns));
+}
+
+void OutputWatch::lookAtFailed(bool isPlaying) {
+    const auto now = std::chrono::steady_clock::now();
+    if (!hasWorked_ || (!isPlaying && !wasLost_)) {
+        const std::string reason = output_.failureReason();
+        output_.close();
+        onFailure(reason);
+    } else if (now - lastAttempt_ > retryInterval) {
+        lastAttempt_ = now;
+        wasLost_ = true;
+        output_.reopen();
+    }
+}
+
+void OutputWatch::release() {
+    wasLost_ = false;
+    output_.close();
+}
+
+} // namespace tambrel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "AudioOutput.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace tambrel {
+
+/// Looks after the audio device: has one that died opened anew, and says what became of it. Main thread only.
+class OutputWatch {
+public:
+    /// `output` outlives this object.
+    explicit OutputWatch(AudioOutput& output) : output_(output) {}
+
+    /// No device can be opened, with the reason; it is not tried again before somebody opens it.
+    std::function<void(const std::string& reason)> onFailure;
+    /// A sentence: the device was lost, is back, or has run out of sound.
+    std::function<void(const std::string& sentence)> onNotice;
+
+    /// To be called regularly. A song that plays waits for a device that was lost.
+    void look(bool isPlaying);
+    /// True while it should be called often.
+    [[nodiscard]] bool isWaiting() const {
+        return output_.isWanted() ? output_.state() != AudioOutput::State::open : !output_.isClosed();
+    }
+    /// The device is not needed any more.
+    void release();
+
+private:
+    void lookAtOpen(bool isPlaying);
+    void lookAtFailed(bool isPlaying);
+
+    AudioOutput& output_;
+    bool hasWorked_ = false;
+    bool wasLost_ = false;
+    std::uint64_t underruns_ = 0;
+    std::chrono::steady_clock::time_point lastAttempt_;
+};
+
+} // namespace tambrel
