@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -15,13 +16,6 @@ constexpr double quietSecondsToEnd = 0.1;
 constexpr double longestRinging = 10; // For banks with voices that never decay.
 
 } // namespace
-
-/// A message that restores the state; a note has been sounding for `age` seconds.
-struct Sequencer::Chased {
-    MIDIMessage message;
-    bool isNote;
-    double age;
-};
 
 /// What to do next.
 struct Sequencer::Order {
@@ -60,35 +54,9 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     order->songFrames = songFrames_ = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
     // What belongs to this very moment is played, not chased.
     order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
-    order->chasedState = chase(*song_, order->firstEvent, start_);
+    order->chasedState = chaseTo(*song_, order->firstEvent, start_);
     order->tempo.emplace(song_->tempoMap(), start_);
     send(std::move(order));
-}
-
-std::vector<Sequencer::Chased> Sequencer::chase(const Timeline& song, std::size_t index, double seconds) {
-    std::vector<Chased> result;
-    for (const ChasedMessage& chased : song.stateBefore(index).messages()) {
-        const double age = chased.isNote() ? seconds - song.tempoMap().secondsAt(chased.tick) : 0;
-        result.push_back({chased.message, chased.isNote(), std::max(age, 0.0)});
-    }
-    keepYoungest(result);
-    return result;
-}
-
-// More notes than anybody could hold are those of a song whose notes never end; the callback has better to
-// do.
-void Sequencer::keepYoungest(std::vector<Chased>& chased) {
-    constexpr std::size_t mostNotes = 128;
-    std::vector<double> ages;
-    for (const Chased& each : chased) {
-        if (each.isNote)
-            ages.push_back(each.age);
-    }
-    if (ages.size() <= mostNotes)
-        return;
-    std::ranges::nth_element(ages, ages.begin() + mostNotes);
-    std::erase_if(
-        chased, [oldest = ages[mostNotes]](const Chased& each) { return each.isNote && each.age >= oldest; });
 }
 
 bool Sequencer::pause(double seconds) {
@@ -252,7 +220,7 @@ void Sequencer::begin() noexcept {
         else
             synthesizer_->send(chased.message);
     }
-    nextEvent_ = current_->firstEvent;
+    feed_.begin(*current_->song, current_->firstEvent);
     position_ = current_->firstFrame;
     frame_.store(position_, std::memory_order_relaxed);
     phase_ = Phase::playing;
@@ -266,16 +234,14 @@ void Sequencer::goSilent() noexcept {
 }
 
 void Sequencer::playEvents() noexcept {
-    const auto events = current_->song->events();
     const bool isOver = position_ >= current_->songFrames;
     // The block that lies nearest to an event plays it.
     const double nearest = (static_cast<double>(position_) + synthesizerBlock / 2.0) / sampleRate_;
-    const std::uint32_t tick = current_->tempo->tickAt(nearest);
-    for (; nextEvent_ < events.size() && (isOver || events[nextEvent_].tick <= tick); ++nextEvent_)
-        synthesizer_->send(events[nextEvent_].message);
+    constexpr std::uint32_t lastTick = std::numeric_limits<std::uint32_t>::max();
+    feed_.play(*synthesizer_, isOver ? lastTick : current_->tempo->tickAt(nearest));
     frame_.store(position_, std::memory_order_relaxed);
     position_ += synthesizerBlock;
-    if (isOver) {
+    if (isOver && feed_.isOver()) {
         synthesizer_->releaseNotes();
         phase_ = Phase::ringing;
         isOver_ = true;

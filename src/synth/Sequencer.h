@@ -1,6 +1,8 @@
 #pragma once
 
 #include "AudioDriver.h"
+#include "Chase.h"
+#include "EventFeed.h"
 #include "MIDIInstrument.h"
 #include "Timeline.h"
 
@@ -90,10 +92,6 @@ private:
         fading,  ///< What sounds is on its way out, then the order that waits is carried out.
     };
 
-    struct Chased;
-
-    [[nodiscard]] static std::vector<Chased> chase(const Timeline& song, std::size_t index, double seconds);
-    static void keepYoungest(std::vector<Chased>& chased);
     void send(std::unique_ptr<Order> order);
     void begin() noexcept;
     void retire(Order* order) noexcept;
@@ -128,7 +126,7 @@ private:
     Phase phase_ = Phase::silent;
     Order* current_ = nullptr;
     Order* waiting_ = nullptr;
-    std::size_t nextEvent_ = 0;
+    EventFeed feed_;
     std::uint64_t serialCarriedOut_ = 0;
     std::int64_t position_ = 0; // Frames into the song at the start of the next block.
     int blockOffset_ = 0;       // Frames of the current block that have been given out.

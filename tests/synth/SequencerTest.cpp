@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <map>
 #include <random>
 #include <thread>
 
@@ -43,6 +44,14 @@ public:
         for (const std::int64_t end = frame_ + std::llround(seconds * sampleRate); frame_ < end;)
             renderPeriod();
         write();
+    }
+    /// The same, with what was sent, and when.
+    std::vector<std::pair<std::int64_t, std::string>> record(double seconds) {
+        instrument_.written.clear();
+        for (const std::int64_t end = frame_ + std::llround(seconds * sampleRate); frame_ < end;)
+            renderPeriod();
+        std::erase_if(instrument_.written, [](const auto& line) { return line.second.front() == '('; });
+        return std::exchange(instrument_.written, {});
     }
     void listenToTheEnd() {
         for (const std::int64_t limit = frame_ + 1'000'000; !sequencer.isSilent() && frame_ < limit;)
@@ -196,6 +205,80 @@ TEST(SequencerTest, SendsTheSynthesizerWhatSixSongsAskFor) {
         listener.play("Past the end", whole, 1e9);
         listener.listenToTheEnd();
         EXPECT_TRUE(isExpected(listener.transcript, "synth/" + song.name + ".txt"));
+    }
+}
+
+/// What messages leave on one channel: keys that sound, controllers, the latest of the others.
+using Standing = std::map<std::string, std::string>;
+Standing standing(const std::vector<std::string>& messages) {
+    Standing result;
+    for (const std::string& message : messages) {
+        const auto bend = message.find("bend ");
+        const auto space = bend == std::string::npos ? message.rfind(' ') : bend + 4;
+        std::string what = message.substr(0, space), value = message.substr(space + 1);
+        if (message.find("reset") != std::string::npos) {
+            result.clear();
+            continue;
+        }
+        if (const auto off = what.find("note off"); off != std::string::npos) {
+            what.replace(off, 8, "note on");
+            value = "0";
+        }
+        result[what] = value;
+    }
+    std::erase_if(result, [](const auto& entry) {
+        return entry.first.find("note on") != std::string::npos && entry.second == "0";
+    });
+    return result;
+}
+
+TEST(SequencerTest, ACrowdAtOneMomentComesInOrderAndLeavesWhatAllOfItWould) {
+    std::mt19937 engine(3);
+    const auto below = [&engine](int limit) {
+        return static_cast<int>(engine() % static_cast<std::uint32_t>(limit));
+    };
+    for (const int resets : {0, 1000}) {
+        TrackBuilder track;
+        for (int key = 0; key < 128; ++key)
+            track.noteOn(0, 0, key, 1); // Held when the crowd comes.
+        track.noteOn(100, 0, 0, 2);
+        for (int event = 0; event < 30'000; ++event) {
+            const int kind = event % 100 == 0 ? 19 : below(19);
+            if (resets > 0 && event % 30 == 0 && event < 29'000)
+                track.sysex(0, gmOn);
+            else if (kind < 8)
+                track.noteOn(0, below(2), 20 + below(90), below(128));
+            else if (kind < 14)
+                track.noteOff(0, below(2), 20 + below(90));
+            else if (kind < 18)
+                track.control(0, below(2), below(40) == 0 ? 0 : 7, below(128));
+            else if (kind == 18)
+                track.pitchBend(0, below(2), below(16'384));
+            else
+                track.program(0, below(2), below(128));
+        }
+        track.noteOn(100, 2, 60).endOfTrack(100);
+        const auto song = timeline({track});
+        Listener listener;
+        listener.play("Play", song, 0);
+        const auto written = listener.record(0.25);
+        std::map<std::int64_t, int> messages;
+        std::vector<std::string> sent, all;
+        for (const auto& [frame, message] : written) {
+            EXPECT_LE(++messages[frame], EventFeed::mostPerBlock + 1);
+            if (frame < 9000)
+                sent.push_back(message);
+        }
+        EXPECT_LT(sent.size(), 3000U);
+        EXPECT_EQ(written.back(), std::pair(std::int64_t{9600}, std::string("ch 3 note on 60 64")));
+        for (const TimelineEvent& event : song->events()) {
+            if (event.tick < 200)
+                all.push_back(text(event.message));
+        }
+        const Standing played = standing(sent);
+        for (const auto& [what, value] : standing(all))
+            EXPECT_EQ(played.contains(what) ? played.at(what) : "nothing", value) << what;
+        EXPECT_EQ(played.size(), standing(all).size());
     }
 }
 
