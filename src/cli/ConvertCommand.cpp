@@ -23,7 +23,7 @@ MIDIData playbackData(const TambrelLoadedFile& loaded, bool loudness) {
 }
 
 MIDIData converted(const TambrelLoadedFile& loaded, bool loudness) {
-    const MIDIData song = playbackData(loaded, loudness);
+    MIDIData song = playbackData(loaded, loudness);
     if (loaded.importedMIDI2ClipData)
         return song;
     MIDIData clip = MIDI2ClipBuilder::buildFile(song, Interruption::token());

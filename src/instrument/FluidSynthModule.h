@@ -12,7 +12,7 @@ namespace tambrel {
 /// What the module that is linked against FluidSynth offers. It is the only part of Tambrel that knows
 /// FluidSynth, and is loaded at run time: FluidSynth takes longer to load than the rest of the program.
 struct FluidSynthModule {
-    /// The library's version, such as "2.3.1".
+    /// FluidSynth's version, such as "2.3.1".
     const char* (*version)();
     /// The sample rate is in frames per second.
     std::unique_ptr<Synthesizer> (*makeSynthesizer)(double sampleRate, Effects effects);
@@ -24,7 +24,7 @@ struct FluidSynthModule {
 };
 
 /// The one function that the module exports, by this name.
-using GetFluidSynthModule = const FluidSynthModule& (*)();
+using GetFluidSynthModule = const FluidSynthModule* (*)();
 inline constexpr const char* getFluidSynthModuleName = "tambrelFluidSynthModule";
 
 } // namespace tambrel

@@ -12,7 +12,7 @@ namespace tambrel {
 namespace {
 
 std::string readable(ByteView bytes) {
-    const std::string text(bytes.begin(), bytes.end());
+    std::string text(bytes.begin(), bytes.end());
     if (UTF8::isValid(text))
         return text;
     std::string result;

@@ -97,17 +97,15 @@ void TextReader::quoted(Bytes& bytes) {
     while (!takes('"')) {
         if (line_.empty())
             fail("The text has no closing quotation mark.");
-        if (!takes('\\')) {
-            bytes.push_back(static_cast<std::uint8_t>(line_.front()));
-            line_.remove_prefix(1);
-        } else if (takes('x')) {
+        const bool escaped = takes('\\');
+        if (escaped && takes('x')) {
             bytes.push_back(hexByte());
-        } else if (line_.starts_with('"') || line_.starts_with('\\')) {
-            bytes.push_back(static_cast<std::uint8_t>(line_.front()));
-            line_.remove_prefix(1);
-        } else {
-            fail("After a backslash comes \", \\ or x and two digits.");
+            continue;
         }
+        if (escaped && !line_.starts_with('"') && !line_.starts_with('\\'))
+            fail("After a backslash comes \", \\ or x and two digits.");
+        bytes.push_back(static_cast<std::uint8_t>(line_.front()));
+        line_.remove_prefix(1);
     }
 }
 

@@ -100,7 +100,7 @@ std::int64_t expectedFrames(const Timeline& song, const RenderOptions& options) 
 
 RenderResult renderTo(int descriptor, const std::shared_ptr<const Timeline>& song,
                       const RenderOptions& options) {
-    constexpr int longestRinging = 11; // Seconds; may be part of the file.
+    constexpr std::int64_t longestRinging = 11; // Seconds; may be part of the file.
     SoundFileWriter file(descriptor, options.format,
                          expectedFrames(*song, options) + longestRinging * options.format.rate);
     const auto normalizing = normalizingGain(song, options);

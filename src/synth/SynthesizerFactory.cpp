@@ -26,7 +26,7 @@ const FluidSynthModule* fluidSynth() {
     static const FluidSynthModule* const module = [] {
         const auto get = reinterpret_cast<GetFluidSynthModule>(
             functionOfModule(TAMBREL_FLUIDSYNTH_MODULE, getFluidSynthModuleName));
-        return get == nullptr ? nullptr : &get();
+        return get == nullptr ? nullptr : get();
     }();
     return module;
 }

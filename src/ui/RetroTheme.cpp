@@ -119,7 +119,7 @@ const QFont& RetroTheme::module() {
 }
 
 QFont RetroTheme::shaping(QFont font, const QString& text) {
-    constexpr QChar ellipsis = u'\u2026'; // A cut text looks as it does whole.
+    static constexpr QChar ellipsis = u'\u2026'; // A cut text looks as it does whole.
     const auto needsShaping = [](QChar letter) { return letter.unicode() > 0x7F && letter != ellipsis; };
     if (std::any_of(text.begin(), text.end(), needsShaping)) {
         font.setStyleStrategy(QFont::PreferDefault);

@@ -3,7 +3,7 @@
 #include "FluidSynthModule.h"
 #include "FluidSynthesizer.h"
 
-extern "C" [[gnu::visibility("default")]] const tambrel::FluidSynthModule& tambrelFluidSynthModule() {
+extern "C" [[gnu::visibility("default")]] const tambrel::FluidSynthModule* tambrelFluidSynthModule() {
     using namespace tambrel;
     static constexpr FluidSynthModule module{
         .version = []() -> const char* { return fluid_version_str(); },
@@ -12,5 +12,5 @@ extern "C" [[gnu::visibility("default")]] const tambrel::FluidSynthModule& tambr
         },
         .openDriver = openFluidAudioDriver,
         .driverFailures = fluidStrayErrors};
-    return module;
+    return &module;
 }
