@@ -31,7 +31,7 @@ if(CCACHE_PROGRAM)
 endif()
 
 # A room of the house: a static library that exports its own folder and nothing else.
-function(tambrel_room name)
+function(tambrel_library name)
   add_library(${name} STATIC ${ARGN})
   target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE tambrel_compiler)

@@ -212,7 +212,7 @@ def open_by_the_dialog(soak, random):
         display.type(str(link))
         display.key("Return")
     if not soak.patience.within(lambda: not opened(), 2):
-        cancels = True  # The toolkit's dialog has shown a folder instead.
+        cancels = True  # Qt's dialog has shown a folder instead.
         display.close(dialog)
     soak.patience.until(lambda: not opened(), 10, "the dialog closes", "window")
     if not cancels and song in soak.songs.playable:

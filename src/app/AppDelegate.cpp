@@ -182,7 +182,7 @@ void AppDelegate::performAction(const QString& name) {
 void AppDelegate::raiseWindow(const QString& activationToken) {
     if (!window_)
         return;
-    // This is how the toolkit wants to be told, and it takes the token out again when it has used it.
+    // This is how Qt wants to be told, and it takes the token out again when it has used it.
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);

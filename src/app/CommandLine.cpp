@@ -23,7 +23,7 @@ std::filesystem::path pathOf(const std::string& argument) {
     return path.empty() ? std::filesystem::path(argument) : path;
 }
 
-/// How many arguments an option of the toolkit takes up from here on; 0 when it is none. One or two dashes
+/// How many arguments an option of Qt takes up from here on; 0 when it is none. One or two dashes
 /// begin it.
 std::size_t toolkitOptionLength(std::string_view argument) {
     constexpr std::array<std::string_view, 4> alone{"reverse", "nograb", "dograb", "widgetcount"};
@@ -40,7 +40,7 @@ std::size_t toolkitOptionLength(std::string_view argument) {
     return std::ranges::find(withValue, argument) != withValue.end() ? 2 : 0;
 }
 
-/// The program's name and the arguments that are not the toolkit's.
+/// The program's name and the arguments that are not Qt's.
 std::vector<char*> ownArguments(std::span<char*> arguments) {
     std::vector<char*> own;
     for (std::size_t at = 0; at < arguments.size();) {

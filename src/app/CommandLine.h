@@ -21,7 +21,7 @@ struct CommandLine {
     std::vector<std::filesystem::path> files;
 };
 
-/// Reads the arguments, leaving those to the toolkit that are its own. When the program has nothing more to
+/// Reads the arguments, leaving those to Qt that are its own. When the program has nothing more to
 /// do (help, version, wrong usage), prints what there is to say and returns nothing, with the exit status in
 /// `status`.
 [[nodiscard]] std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status);
@@ -29,11 +29,11 @@ struct CommandLine {
 /// Says something on the standard error stream in the program's name.
 void complain(const std::string& message);
 
-/// Has to run before the toolkit starts: a picture needs no display, and is painted at the scale of --scale.
-/// Of what the toolkit has to say, only failures are passed on then.
+/// Has to run before Qt starts: a picture needs no display, and is painted at the scale of --scale.
+/// Of what Qt has to say, only failures are passed on then.
 void prepareForScreenshot(const CommandLine& commandLine);
 
-/// Whether the environment or the toolkit's own options name a display, or a platform that may need none. The
+/// Whether the environment or Qt's own options name a display, or a platform that may need none. The
 /// toolkit would end the program by a crash otherwise.
 [[nodiscard]] bool hasDisplay(int argc, char** argv);
 

@@ -26,7 +26,7 @@ bool handOver(const CommandLine& commandLine, DesktopApplication& desktop, const
     // The other one may be about to end: then its name is free at the second attempt.
     constexpr int attempts = 2;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        if (desktop.claim() != DesktopApplication::Standing::second)
+        if (desktop.claim() != DesktopApplication::Standing::another)
             return false;
         if (desktop.handOver(uris, wanted))
             return true;

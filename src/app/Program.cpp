@@ -90,14 +90,14 @@ AppDelegateServices Program::services() {
 }
 
 void Program::serve() {
-    desktop_.onActivate = [this](const LaunchContext& context) { comeUp(context); };
+    desktop_.onActivate = [this](const LaunchContext& context) { bringToFront(context); };
     desktop_.onOpen = [this](const QStringList& uris, const LaunchContext& context) {
         delegate_.applicationOpen(uris, afterLoad(context.play), context.activationToken);
         endStartupNotification(*delegate_.window(), context.startupId);
     };
     desktop_.onAction = [this](const QString& action, const LaunchContext& context) {
         if (action == "open")
-            comeUp(context);
+            bringToFront(context);
         else
             endStartupNotification(*delegate_.window(), context.startupId);
         // The caller is answered first: a user may take long to choose a file.
@@ -105,7 +105,7 @@ void Program::serve() {
     };
 }
 
-void Program::comeUp(const LaunchContext& context) {
+void Program::bringToFront(const LaunchContext& context) {
     delegate_.raiseWindow(context.activationToken);
     endStartupNotification(*delegate_.window(), context.startupId);
 }

@@ -31,7 +31,7 @@ public:
 private:
     [[nodiscard]] AppDelegateServices services();
     void serve();
-    void comeUp(const LaunchContext& context);
+    void bringToFront(const LaunchContext& context);
     void fallSilent();
     void didFinishLaunching(MainViewController& view);
     void loadFinished(const std::string& failure);

@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// While it lives, an exit of the process from within first calls a function. The toolkit exits where the
+/// While it lives, an exit of the process from within first calls a function. Qt exits where the
 /// display is gone, as it may be when a session ends. One at a time; main thread.
 class SuddenExit {
 public:

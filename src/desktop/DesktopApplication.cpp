@@ -64,7 +64,7 @@ DesktopApplication::Standing DesktopApplication::claim() {
     if (isFirst_)
         return Standing::first;
     bus_.unregisterObject(path_);
-    return reply.isValid() && reply.value() == isOwnedByAnother ? Standing::second : Standing::alone;
+    return reply.isValid() && reply.value() == isOwnedByAnother ? Standing::another : Standing::alone;
 }
 
 bool DesktopApplication::handOver(const QStringList& uris, const LaunchContext& context) const {

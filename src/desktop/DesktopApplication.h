@@ -18,7 +18,7 @@ struct LaunchContext {
     QString startupId;       ///< Of the startup notification protocol.
     bool play = false;       ///< The user wants what is opened to play at once.
 
-    /// What the launcher left in the environment. The toolkit takes it from there: to be read before that.
+    /// What the launcher left in the environment. Qt takes it from there: to be read before that.
     [[nodiscard]] static LaunchContext fromEnvironment();
 };
 
@@ -36,9 +36,9 @@ public:
     explicit DesktopApplication(QString identifier, QDBusConnection bus = sessionBus());
 
     enum class Standing {
-        first,  ///< Has the name now, and will be called.
-        second, ///< Another program has it.
-        alone,  ///< There is no bus that would tell.
+        first,   ///< Has the name now, and will be called.
+        another, ///< Another program has it.
+        alone,   ///< There is no bus that would tell.
     };
     /// Takes a millisecond.
     [[nodiscard]] Standing claim();

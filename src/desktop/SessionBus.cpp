@@ -14,9 +14,9 @@ bool isThere() {
             QFile::exists(qEnvironmentVariable(folderVariable) + "/bus"));
 }
 
-// Under the name that the toolkit gives its own connection, which complains when it is made before the
+// Under the name that Qt gives its own connection, which complains when it is made before the
 // application: it finds this one, and neither connects a second time nor has a bus started, waits for it and
-// leaves it running, as the library does where there is none. The programs that this one starts may do so.
+// leaves it running, as libdbus does where there is none. The programs that this one starts may do so.
 QDBusConnection connection() {
     const bool isMissing = !isThere();
     if (isMissing)

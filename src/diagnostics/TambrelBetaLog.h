@@ -42,7 +42,7 @@ public:
     static constexpr std::int64_t directMailBodyLimit = 3500; ///< Characters.
 
     /// The log of the program. The application configures it when it starts and closes it when it ends. It is
-    /// never destroyed: the debugging window must not outlive the toolkit where a lost display ends the
+    /// never destroyed: the debugging window must not outlive Qt where a lost display ends the
     /// program.
     [[nodiscard]] static TambrelBetaLog& shared();
 

@@ -22,7 +22,7 @@ void MIDIDataWriter::grow(std::size_t bytes) {
 
 void MIDIDataWriter::reallocate(std::size_t capacity) {
     const std::size_t written = size();
-    // realloc moves the pages of a large block to their new place; no container of the library can do that.
+    // realloc moves the pages of a large block to their new place; no standard container can do that.
     auto* const moved =
         static_cast<std::uint8_t*>(std::realloc(buffer_.get(), std::max<std::size_t>(capacity, 1)));
     if (moved == nullptr)

@@ -7,7 +7,7 @@ class QMenuBar;
 
 namespace tambrel {
 
-/// What the menus do that is not the toolkit's own business.
+/// What the menus do that is not Qt's own business.
 struct MenuTargets {
     std::function<void()> showInfo;
     std::function<void()> openFile;

@@ -12,7 +12,7 @@ class QSettings;
 namespace tambrel {
 
 /// Remembers where the main window was and chooses where it opens next: where the user left it, but not off
-/// screen. Rectangles are in the toolkit's screen coordinates, in points, y downwards; everything here is the
+/// screen. Rectangles are in Qt's screen coordinates, in points, y downwards; everything here is the
 /// same upside down, so nothing is turned over. Visible frames are the screens without their bars and docks,
 /// in the platform's order. Main thread.
 class TambrelWindowPlacementStore {

@@ -114,7 +114,7 @@ TEST_F(EmailTest, GoesThroughXdgEmailLetterByLetterUnlessThatFails) {
     EXPECT_EQ(value("attach"), attachment);
 }
 
-// The toolkit connects too, and would have a bus started; a mail program may.
+// Qt connects too, and would have a bus started; a mail program may.
 TEST(SessionBusTest, IsNeitherStartedNorForbiddenToOthersWhereThereIsNone) {
     for (const char* variable : {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"})
         qunsetenv(variable);

@@ -339,7 +339,7 @@ TEST_F(TambrelBetaLogTest, KeepsItsWindowWhenALostDisplayEndsTheProgram) {
             [alarm = std::shared_ptr<void>(nullptr, [](void*) { _exit(2); })](const std::string&) {});
         TambrelBetaLog::shared().configure(std::move(world));
         TambrelBetaLog::shared().showDebugWindow();
-        std::exit(1); // What the toolkit does then.
+        std::exit(1); // What Qt does then.
     };
     EXPECT_EXIT(loseDisplay(), ::testing::ExitedWithCode(1), "");
 }
