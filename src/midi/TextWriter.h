@@ -77,23 +77,25 @@ public:
 
     void endLine() {
         *end_++ = '\n';
-        flush();
         beginsLine_ = true;
     }
 
-    [[nodiscard]] std::string take() { return std::move(text_); }
+    [[nodiscard]] std::string take() {
+        flush();
+        return std::move(text_);
+    }
 
 private:
     void separate() {
-        if (end_ > line_.data() + line_.size() / 2)
+        if (end_ > recent_.data() + recent_.size() - roomForWords)
             flush();
         if (!beginsLine_)
             *end_++ = ' ';
         beginsLine_ = false;
     }
     void flush() {
-        text_.append(line_.data(), end_);
-        end_ = line_.data();
+        text_.append(recent_.data(), end_);
+        end_ = recent_.data();
     }
     void hexByte(std::uint8_t byte) {
         constexpr std::string_view digits = "0123456789abcdef";
@@ -101,10 +103,12 @@ private:
         text_ += digits[byte & 15];
     }
 
+    static constexpr std::size_t roomForWords = 256; // More than is written before the next blank.
+
     std::string text_;
-    std::array<char, 256>
-        line_; // What has not been added to the text yet, which costs more than to write here.
-    char* end_ = line_.data();
+    // What has not been added to the text yet, which costs more than to write here.
+    std::array<char, 8192> recent_;
+    char* end_ = recent_.data();
     bool beginsLine_ = true;
 };
 
