@@ -186,7 +186,7 @@ private:
 };
 
 std::filesystem::path write(const QTemporaryDir& folder, const char* name, const Bytes& bytes) {
-    const auto path = std::filesystem::path(folder.path().toStdString()) / name;
+    auto path = std::filesystem::path(folder.path().toStdString()) / name;
     std::ofstream out(path, std::ios::binary);
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     return path;

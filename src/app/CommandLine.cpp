@@ -52,7 +52,7 @@ std::vector<char*> ownArguments(std::span<char*> arguments) {
     return own;
 }
 
-// The toolkit warns of what a platform without a display cannot do, which is nothing to the user.
+// Qt warns of what a platform without a display cannot do, which is nothing to the user.
 void passFailuresOn(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type == QtCriticalMsg || type == QtFatalMsg)
         complain(message.toStdString());

@@ -33,8 +33,8 @@ void complain(const std::string& message);
 /// Of what Qt has to say, only failures are passed on then.
 void prepareForScreenshot(const CommandLine& commandLine);
 
-/// Whether the environment or Qt's own options name a display, or a platform that may need none. The
-/// toolkit would end the program by a crash otherwise.
+/// Whether the environment or Qt's own options name a display, or a platform that may need none.
+/// Qt would end the program by a crash otherwise.
 [[nodiscard]] bool hasDisplay(int argc, char** argv);
 
 } // namespace tambrel

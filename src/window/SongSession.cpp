@@ -35,10 +35,10 @@ void SongSession::load(const std::filesystem::path& url, AfterLoad after) {
     const std::stop_source task;
     loadCoordinator_.setTask(task);
     loader_.load(url, task.get_token(),
-                 [this, generation](LoadOutcome outcome) { takeOutcome(generation, std::move(outcome)); });
+                 [this, generation](const LoadOutcome& outcome) { takeOutcome(generation, outcome); });
 }
 
-void SongSession::takeOutcome(std::int64_t generation, LoadOutcome outcome) {
+void SongSession::takeOutcome(std::int64_t generation, const LoadOutcome& outcome) {
     if (generation == loadCoordinator_.generation()) {
         try {
             if (outcome.error)

@@ -75,7 +75,7 @@ public:
     [[nodiscard]] const TambrelLoadedFile* loadedFile() const { return song_ ? &song_->file : nullptr; }
 
 private:
-    void takeOutcome(std::int64_t generation, LoadOutcome outcome);
+    void takeOutcome(std::int64_t generation, const LoadOutcome& outcome);
     void apply(const std::shared_ptr<const LoadedSong>& song);
     void logImport(const TambrelLoadedFile& file);
     void takePlaybackData(const LoadedSong& song);

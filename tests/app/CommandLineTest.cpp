@@ -16,6 +16,7 @@ using ::testing::ElementsAre;
 std::optional<CommandLine> read(std::vector<std::string> arguments, int& status) {
     arguments.insert(arguments.begin(), "tambrel");
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size());
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     return readCommandLine(static_cast<int>(pointers.size()), pointers.data(), status);

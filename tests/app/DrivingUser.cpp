@@ -56,8 +56,7 @@ public:
     DrivingUser(const DrivingUser&) = delete;
     DrivingUser& operator=(const DrivingUser&) = delete;
 
-private slots:
-    void openLink(const QUrl& url) { links_ << url.toEncoded(); }
+    Q_SLOT void openLink(const QUrl& url) { links_ << url.toEncoded(); }
 
 private:
     static void say(const QString& text) { std::cout << text.toStdString() << std::endl; }

@@ -67,7 +67,7 @@ protected:
     [[nodiscard]] QString mailProgram(int status) const {
         const auto script = "#!/bin/sh\nprintf '%s\\0' \"$@\" >'" + files.path("received").string() +
                             "'\nexit " + std::to_string(status) + '\n';
-        const QString path = files.write("xdg-email", Bytes(script.begin(), script.end())).c_str();
+        QString path = files.write("xdg-email", Bytes(script.begin(), script.end())).c_str();
         EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         return path;
     }

@@ -199,6 +199,7 @@ TEST(TambrelBetaLogStore, LosesNoLineOfRunsThatStartAtOnce) {
         const QTemporaryDir home;
         std::barrier start(runs);
         std::vector<std::jthread> all;
+        all.reserve(runs);
         for (int run = 0; run < runs; ++run)
             all.emplace_back([&] {
                 const TambrelBetaLogStore store(home.path() + "/logs");

@@ -214,7 +214,8 @@ TEST_F(TransportTest, DoesAndSaysWhatTheModelDoesWhateverHappens) {
     int ends = 0;
     for (int step = 0; step < 8000 && !HasFailure(); ++step) {
         const auto& [name, act] = commands[hand() / 256 % std::size(commands)];
-        history = history.substr(history.size() > 200 ? history.find(", ") + 2 : 0) + ", " + name;
+        history.erase(0, history.size() > 200 ? history.find(", ") + 2 : 0);
+        history.append(", ").append(name);
         SCOPED_TRACE(history);
         model.isRefused = hand() / 256 % 5 == 0;
         script.refusal = model.isRefused ? "no bank" : "";

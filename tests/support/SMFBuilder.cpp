@@ -56,7 +56,7 @@ TrackBuilder& TrackBuilder::polyphonicPressure(std::uint32_t delta, int channel,
     return event(delta, {MIDIStatus::polyphonicPressure | channel, note, value});
 }
 
-TrackBuilder& TrackBuilder::meta(std::uint32_t delta, int type, Bytes payload) {
+TrackBuilder& TrackBuilder::meta(std::uint32_t delta, int type, const Bytes& payload) {
     event(delta, {MIDIStatus::meta, type});
     SMFByteCodec::appendVarLen(static_cast<std::uint32_t>(payload.size()), bytes_);
     append(bytes_, payload);
@@ -79,7 +79,7 @@ TrackBuilder& TrackBuilder::name(std::uint32_t delta, std::string_view text) {
     return meta(delta, MetaType::trackName, Bytes(text.begin(), text.end()));
 }
 
-TrackBuilder& TrackBuilder::sysex(std::uint32_t delta, Bytes payload) {
+TrackBuilder& TrackBuilder::sysex(std::uint32_t delta, const Bytes& payload) {
     event(delta, {MIDIStatus::systemExclusive});
     SMFByteCodec::appendVarLen(static_cast<std::uint32_t>(payload.size()), bytes_);
     append(bytes_, payload);

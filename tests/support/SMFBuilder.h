@@ -20,12 +20,12 @@ public:
     TrackBuilder& pitchBend(std::uint32_t delta, int channel, int value14);
     TrackBuilder& channelPressure(std::uint32_t delta, int channel, int value);
     TrackBuilder& polyphonicPressure(std::uint32_t delta, int channel, int note, int value);
-    TrackBuilder& meta(std::uint32_t delta, int type, Bytes payload);
+    TrackBuilder& meta(std::uint32_t delta, int type, const Bytes& payload);
     TrackBuilder& tempo(std::uint32_t delta, std::uint32_t microsecondsPerQuarter);
     TrackBuilder& key(std::uint32_t delta, int sharpsFlats, bool minor);
     TrackBuilder& name(std::uint32_t delta, std::string_view text);
     /// `payload` is what follows F0, the final F7 included.
-    TrackBuilder& sysex(std::uint32_t delta, Bytes payload);
+    TrackBuilder& sysex(std::uint32_t delta, const Bytes& payload);
     TrackBuilder& endOfTrack(std::uint32_t delta = 0);
     /// Bytes as they stand: running status, defects.
     TrackBuilder& raw(std::initializer_list<int> bytes);
