@@ -16,7 +16,7 @@ struct PulseAudioModule {
 };
 
 /// The one function that the module exports, by this name.
-using GetPulseAudioModule = const PulseAudioModule& (*)();
+using GetPulseAudioModule = const PulseAudioModule* (*)();
 inline constexpr const char* getPulseAudioModuleName = "tambrelPulseAudioModule";
 
 } // namespace tambrel

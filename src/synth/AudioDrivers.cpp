@@ -29,8 +29,8 @@ std::unique_ptr<AudioDriver> openPulseAudio(double sampleRate, AudioSource& sour
     if (get == nullptr)
         throw AudioDriverError("pulseaudio: The library libpulse.so.0 could not be loaded");
     const ApplicationInfo& info = ApplicationInfo::current();
-    return get().openDriver({info.displayName.value_or("Tambrel"), info.identifier.value_or("tambrel")},
-                            sampleRate, source);
+    return get()->openDriver({info.displayName.value_or("Tambrel"), info.identifier.value_or("tambrel")},
+                             sampleRate, source);
 }
 
 std::unique_ptr<AudioDriver> openOne(const std::string& name, double sampleRate, AudioSource& source) {
