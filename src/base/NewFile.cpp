@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <random>
 #include <sys/stat.h>
@@ -14,15 +13,10 @@
 namespace tambrel {
 namespace {
 
+constexpr mode_t usualMode = 0666; // The kernel takes away what the user's umask says.
+
 [[noreturn]] void fail(int error) {
     throw std::system_error(error, std::generic_category());
-}
-
-// What a new file of this user's has; that of a temporary one is private.
-mode_t usualMode() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
 }
 
 std::filesystem::path followed(std::filesystem::path path) {
@@ -51,6 +45,11 @@ std::optional<mode_t> modeOfReplaceable(const std::filesystem::path& file) {
     return status.st_mode & 07777;
 }
 
+std::string randomNameBeside(const std::filesystem::path& file) {
+    std::random_device random;
+    return file.native() + "." + std::to_string(random());
+}
+
 } // namespace
 
 NewFile::NewFile(const std::filesystem::path& wanted)
@@ -58,7 +57,7 @@ NewFile::NewFile(const std::filesystem::path& wanted)
     if (!wanted_.has_filename())
         fail(EISDIR);
     const std::string folder = wanted_.has_parent_path() ? wanted_.parent_path().native() : ".";
-    descriptor_ = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    descriptor_ = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode_.value_or(usualMode));
     // File systems that cannot do it answer in several ways; what else is wrong comes out now as well.
     if (descriptor_ < 0)
         openNamed();
@@ -71,8 +70,11 @@ NewFile::~NewFile() {
 }
 
 void NewFile::openNamed() {
-    temporary_ = wanted_.native() + ".XXXXXX";
-    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    do {
+        temporary_ = randomNameBeside(wanted_);
+        descriptor_ =
+            open(temporary_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, mode_.value_or(usualMode));
+    } while (descriptor_ < 0 && errno == EEXIST);
     if (descriptor_ < 0)
         fail(errno);
 }
@@ -87,7 +89,7 @@ void NewFile::write(std::span<const unsigned char> bytes) {
 }
 
 void NewFile::keep(Existing existing) {
-    if (fchmod(descriptor_, mode_.value_or(usualMode())) != 0)
+    if (mode_ && fchmod(descriptor_, *mode_) != 0)
         fail(errno);
     if (temporary_.empty()) {
         if (takesName(wanted_.native()))
@@ -112,10 +114,9 @@ bool NewFile::takesName(const std::string& name) const {
 
 // What replaces a file needs a name before it can be moved there.
 void NewFile::giveName() {
-    std::random_device random;
     std::string name;
     do
-        name = wanted_.native() + "." + std::to_string(random());
+        name = randomNameBeside(wanted_);
     while (!takesName(name));
     temporary_ = std::move(name);
 }
