@@ -70,7 +70,9 @@ QMenuBar* AppDelegate::installMenu() {
                 action(*mainViewController_);
         };
     };
-    MenuTargets targets{.showInfo = [this] { showInfo(); },
+    MenuTargets targets{.showAbout = [this] { showInfo(InfoPage::tambrel); },
+                        .showInfo = [this] { showInfo(); },
+                        .showHelp = [this] { showInfo(InfoPage::keys); },
                         .openFile = inView(std::mem_fn(&MainViewController::openFile)),
                         .playPause = inView(std::mem_fn(&MainViewController::playPause)),
                         .rtz = inView(std::mem_fn(&MainViewController::rtz)),
@@ -190,8 +192,11 @@ void AppDelegate::raiseWindow(const QString& activationToken) {
     window_->activateWindow();
 }
 
-void AppDelegate::showInfo() {
-    TambrelAboutPanel::show(*window_, services_.about());
+void AppDelegate::showInfo(InfoPage page) {
+    AboutFacts facts = services_.about();
+    if (mainViewController_)
+        facts.song = mainViewController_->songFacts();
+    TambrelAboutPanel::show(*window_, facts, page);
 }
 
 void AppDelegate::showDebuggingWindow() {

@@ -72,7 +72,7 @@ public:
     /// has got from the compositor. Nothing before there is a window.
     void raiseWindow(const QString& activationToken = {});
 
-    void showInfo();
+    void showInfo(InfoPage page = InfoPage::song);
     void showDebuggingWindow();
 
     /// Present from launch to the end of the delegate.

@@ -5,6 +5,7 @@
 #include "DesktopApplication.h"
 #include "DiagnosticServices.h"
 #include "MainWindow.h"
+#include "QtText.h"
 #include "SessionBus.h"
 #include "SoundBank.h"
 #include "StartupNotification.h"
@@ -18,6 +19,7 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -30,6 +32,7 @@ AfterLoad afterLoad(bool plays) {
     return plays ? AfterLoad::play : AfterLoad::wait;
 }
 
+constexpr const char* volumeKey = "Volume";       // 0 to 1.
 constexpr const char* soundBankKey = "SoundBank"; // A path; absent for the system's default.
 
 GeneralMIDIOptions engineOptions(const CommandLine& commandLine, const QSettings& settings) {
@@ -39,6 +42,13 @@ GeneralMIDIOptions engineOptions(const CommandLine& commandLine, const QSettings
     if (!commandLine.screenshot.empty())
         options.audioDrivers = {std::string(silentDriverName)};
     return options;
+}
+
+std::string outputText(const std::vector<std::string>& named) {
+    std::string text;
+    for (const std::string& driver : named.empty() ? defaultAudioDrivers() : named)
+        text += (text.empty() ? "" : ", else ") + driver;
+    return text;
 }
 
 std::shared_ptr<const Timeline> buildTimeline(const MIDIData& song, const std::stop_token& stop) {
@@ -65,6 +75,7 @@ Program::Program(CommandLine commandLine, DesktopApplication& desktop)
       log_(programLog(settings_, commandLine_)),
       engine_(engineOptions(commandLine_, settings_)),
       delegate_(services(), log_) {
+    engine_.setVolume(std::clamp(settings_.value(volumeKey, 1.0).toDouble(), 0.0, 1.0));
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
@@ -152,11 +163,42 @@ void Program::loadFinished(const std::string& failure) {
         complain(failure);
 }
 
-AboutFacts Program::aboutFacts() const {
+AboutFacts Program::aboutFacts() {
     return {.info = ApplicationInfo::current(),
             .builtOn =
                 "Qt " + std::string(qVersion()) + ", " + synthesizerVersion() + ", " + dateFormatterVersion(),
-            .soundBank = soundBankText()};
+            .sound = soundFacts()};
+}
+
+SoundPageFacts Program::soundFacts() {
+    SoundPageFacts facts{.banks = {{"System's default", ""}},
+                         .bankInUse = [this] { return soundBankText(); },
+                         .output = outputText(commandLine_.audioDrivers),
+                         .volume = engine_.volume(),
+                         .chooseBank = [this](const std::string& path) { chooseSoundBank(path); },
+                         .setVolume = [this](double volume) { setVolume(volume); }};
+    const auto& [named, preferred] = engine_.soundBankWish();
+    const auto& wanted = named.empty() ? preferred : named;
+    for (const SoundBankFile& bank : soundBanks()) {
+        if (bank.path == wanted)
+            facts.chosenBank = facts.banks.size();
+        facts.banks.push_back({bank.name(), bank.path.string()});
+    }
+    return facts;
+}
+
+void Program::chooseSoundBank(const std::string& path) {
+    path.empty() ? settings_.remove(soundBankKey) : settings_.setValue(soundBankKey, toQString(path));
+    try {
+        engine_.chooseSoundBank(path);
+    } catch (const SoundBankError& error) {
+        log_.procedure("GeneralMIDIEngine.chooseSoundBank", error.what());
+    }
+}
+
+void Program::setVolume(double volume) {
+    engine_.setVolume(volume);
+    settings_.setValue(volumeKey, volume);
 }
 
 // The bank's path, and where that leads to: a default bank is a link.

@@ -35,7 +35,10 @@ private:
     void fallSilent();
     void didFinishLaunching(MainViewController& view);
     void loadFinished(const std::string& failure);
-    [[nodiscard]] AboutFacts aboutFacts() const;
+    [[nodiscard]] AboutFacts aboutFacts();
+    [[nodiscard]] SoundPageFacts soundFacts();
+    void chooseSoundBank(const std::string& path);
+    void setVolume(double volume);
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;

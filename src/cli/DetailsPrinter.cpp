@@ -1,8 +1,7 @@
 #include "DetailsPrinter.h"
 
 #include "Console.h"
-
-#include <cstdio>
+#include "SongFacts.h"
 
 namespace tambrel::cli {
 namespace {
@@ -13,51 +12,6 @@ std::string line(std::string name, const std::string& value) {
     constexpr std::size_t nameWidth = 10;
     name.resize(std::max(nameWidth, name.size() + 1), ' ');
     return "  " + name + value + "\n";
-}
-
-std::string decimal(double value) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.3f", value);
-    return text;
-}
-
-// C4 is the middle one, key 60.
-std::string keyName(int key) {
-    static constexpr const char* names[] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
-    return names[key % 12] + std::to_string(key / 12 - 1);
-}
-
-std::string divisionText(const SongDetails& details) {
-    if (details.framesPerSecond == 0)
-        return std::to_string(details.ticksPerQuarterNote) + " ticks a quarter note";
-    return std::to_string(details.framesPerSecond) + " frames a second, " +
-           std::to_string(details.ticksPerFrame) + " ticks a frame";
-}
-
-std::string programText(int channel, int program) {
-    constexpr int drums = 10;
-    return std::to_string(program + 1) +
-           (channel == drums ? " (drums)" : std::string(" ") + generalMIDIName(program));
-}
-
-std::string trackText(const SongDetails::Track& track) {
-    std::string text = printable(track.name.empty() ? track.instrument : track.name);
-    const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
-    for (const int channel : track.channels)
-        add("channel " + std::to_string(channel));
-    for (const auto& [channel, program] : track.programs)
-        add("program " + programText(channel, program));
-    if (track.notes > 0)
-        add(std::to_string(track.notes) + (track.notes == 1 ? " note from " : " notes from ") +
-            keyName(track.lowestNote) + " to " + keyName(track.highestNote));
-    return text;
-}
-
-std::string textsText(const char* name, const std::vector<SongDetails::Text>& texts) {
-    std::string result;
-    for (const SongDetails::Text& text : texts)
-        result += line(name, printable(text.text));
-    return result;
 }
 
 JSON textsJSON(const std::vector<SongDetails::Text>& texts) {
@@ -85,17 +39,10 @@ JSON trackJSON(const SongDetails::Track& track) {
 } // namespace
 
 std::string detailsText(const SongDetails& details) {
-    std::string text = line("Division", divisionText(details));
-    text += line("Notes", std::to_string(details.notes));
-    for (std::size_t i = 0; i < details.tracks.size(); ++i)
-        text += line("Track " + std::to_string(i + 1), trackText(details.tracks[i]));
-    for (const auto& tempo : details.tempos)
-        text += line("Tempo", decimal(tempo.beatsPerMinute) + " BPM at tick " + std::to_string(tempo.tick));
-    for (const auto& metre : details.timeSignatures)
-        text += line("Time", std::to_string(metre.numerator) + "/" + std::to_string(metre.denominator) +
-                                 " at tick " + std::to_string(metre.tick));
-    return text + textsText("Copyright", details.copyrights) + textsText("Text", details.texts) +
-           textsText("Lyric", details.lyrics) + textsText("Marker", details.markers);
+    std::string text;
+    for (const SongFact& fact : songFacts(details))
+        text += line(fact.name, printable(fact.value));
+    return text;
 }
 
 JSON detailsJSON(const SongDetails& details) {

@@ -5,6 +5,7 @@
 #include "MainView.h"
 #include "QtText.h"
 #include "TambrelBetaLog.h"
+#include "TimeText.h"
 #include "UTF8.h"
 
 #include <QUrl>
@@ -27,6 +28,32 @@ MainViewFacts factsOf(const TambrelLoadedFile& file, double duration) {
         facts.tempo = QString::asprintf("%.3f BPS", *info.tempoBPM);
     if (info.keySignature)
         facts.key = "KEY " + toQString(*info.keySignature);
+    return facts;
+}
+
+std::string companionText(const TambrelLoadedFile& file) {
+    const auto& summary = file.midi2ClipCompanionSummary;
+    if (file.importedMIDI2ClipData)
+        return "the file itself";
+    return file.midi2ClipCompanionData && summary ? std::to_string(summary->byteCount) + " bytes" : "none";
+}
+
+std::vector<SongFact> fileFacts(const TambrelLoadedFile& file, double duration) {
+    const MIDIFileInfo& info = file.info;
+    std::vector<SongFact> facts{
+        {"File", UTF8::repaired(file.url.native())},
+        {"Status", file.loadedStatus},
+        {"Format", std::to_string(info.format)},
+        {"Tracks",
+         std::to_string(info.displayTrackCount) + (info.wasExplodedFromFormat0 ? " (one per channel)" : "")},
+        {"Key", info.keySignature.value_or("-")},
+        {"Length", timeText(duration)},
+        {"MIDI 2.0", companionText(file)},
+    };
+    if (const auto& import = file.importSummary)
+        facts.push_back({"Import", std::to_string(import->importedPackets) + " of " +
+                                       std::to_string(import->totalPackets) + " packets, " +
+                                       std::to_string(import->unsupportedPackets) + " dropped"});
     return facts;
 }
 
@@ -159,6 +186,13 @@ void MainViewController::fallSilent() {
 
 void MainViewController::toggleLoudness() {
     transportCoordinator_.toggleLoudness();
+}
+
+std::optional<SongPageFacts> MainViewController::songFacts() const {
+    const TambrelLoadedFile* file = loadedFile();
+    if (file == nullptr)
+        return std::nullopt;
+    return SongPageFacts{fileFacts(*file, player().duration()), file->playbackData};
 }
 
 void MainViewController::report(PlaybackChange change) {

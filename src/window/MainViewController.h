@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SongPageFacts.h"
 #include "SongSession.h"
 #include "SpokenStatus.h"
 #include "TambrelTransportCoordinator.h"
@@ -64,6 +65,8 @@ public:
     /// What has been loaded; null without a song.
     [[nodiscard]] const TambrelLoadedFile* loadedFile() const { return session_.loadedFile(); }
     [[nodiscard]] const TambrelPlaybackState& playbackState() const { return session_.playbackState(); }
+    /// For who wants to know more of the song than the window shows.
+    [[nodiscard]] std::optional<SongPageFacts> songFacts() const;
 
 private:
     [[nodiscard]] MainView* makeView();

@@ -1,106 +1,113 @@
 #include "TambrelAboutPanel.h"
 
+#include "InfoTexts.h"
+#include "PictureView.h"
 #include "QtText.h"
 #include "RetroButton.h"
 #include "RetroLabel.h"
-#include "RetroTheme.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QHBoxLayout>
-#include <QPlainTextEdit>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QVBoxLayout>
-
-#include <cmath>
 
 namespace tambrel {
 namespace {
 
-constexpr int textWidth = 456;
-constexpr int iconSize = 64;
+constexpr QSize usualSize{480, 440};
+constexpr QSize leastSize{360, 300};
+constexpr int pictureSize = 56;
 constexpr int spacing = 8;
 constexpr int margin = 12;
 
-QString versionText(const ApplicationInfo& info) {
-    const std::string unknown = "unknown";
-    return toQString("Version " + info.shortVersion.value_or(unknown) + ", build " +
-                     info.build.value_or(unknown) + "\nKestrune Software, MIT licence");
+// The look of the main window: a page that is shown is inverted, like an open menu.
+QString lookOfPages() {
+    return QString("QTabWidget::pane { border: 1px solid black; top: -1px; background: %1; } "
+                   "QTabBar::tab { border: 1px solid black; padding: 5px 14px; margin-right: -1px; "
+                   "background: %2; color: black; } "
+                   "QTabBar::tab:last { margin-right: 0; } "
+                   "QTabBar::tab:selected { background: black; color: %2; } "
+                   "QTabBar::tab:selected:focus { text-decoration: underline; }")
+        .arg(RetroTheme::paper().name(), RetroTheme::panel().name());
 }
 
-// The lines of the file are joined to paragraphs, which are wrapped to the panel's width.
-QString licenceText() {
-    QFile file(":/LICENSE");
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList paragraphs = QString::fromUtf8(file.readAll()).trimmed().split("\n\n");
-    for (QString& paragraph : paragraphs)
-        paragraph.replace('\n', ' ');
-    return paragraphs.join("\n\n");
+QLayout* heading(QWidget& page, const ApplicationInfo& info) {
+    auto* icon = new QLabel(&page);
+    icon->setPixmap(QApplication::windowIcon().pixmap(pictureSize));
+    icon->setAccessibleName("Tambrel icon");
+    icon->setVisible(!icon->pixmap().isNull());
+    auto* logo = new PictureView(":/MIDI_LOGO.svg", &page);
+    logo->setAccessibleName("MIDI logo");
+    logo->setFixedSize(pictureSize, pictureSize);
+    auto* texts = new QVBoxLayout;
+    texts->addWidget(new RetroLabel("TAMBREL", RetroTheme::songName(), Qt::AlignLeft, &page));
+    texts->addWidget(new RetroLabel(versionText(info), RetroTheme::display(), Qt::AlignLeft, &page));
+    auto* row = new QHBoxLayout;
+    row->setSpacing(margin);
+    row->addWidget(icon);
+    row->addLayout(texts, 1);
+    row->addWidget(logo);
+    return row;
 }
 
-// A text to be read, selected and copied, by keyboard too; it shows so many lines, and scrolls when it has
-// more.
-QPlainTextEdit* addText(QWidget& panel, const char* name, const QString& text, int lines) {
-    auto* view = new QPlainTextEdit(text, &panel);
-    view->setObjectName(name);
-    view->setAccessibleName(name);
-    view->setReadOnly(true);
-    view->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    view->setTabChangesFocus(true);
-    view->setFont(RetroTheme::display());
-    view->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    view->setStyleSheet(
-        "QPlainTextEdit { border: 1px solid black; padding: 1px; background: " + RetroTheme::panel().name() +
-        "; } QPlainTextEdit:focus { border: 2px solid black; padding: 0; }");
-    const double around = 2 * (2 + view->document()->documentMargin()); // With border and padding.
-    const double lineHeight = QFontMetricsF(view->font()).lineSpacing();
-    view->setFixedSize(textWidth, static_cast<int>(std::ceil(lines * lineHeight + around + 1)));
-    return view;
+QWidget* programPage(const AboutFacts& facts) {
+    auto* page = new QWidget;
+    auto* column = new QVBoxLayout(page);
+    column->addLayout(heading(*page, facts.info));
+    auto* credits = new WholeLinesText("Credits", creditsText(toQString(facts.builtOn)), page);
+    credits->setFixedLines(3);
+    column->addWidget(credits);
+    column->addWidget(new WholeLinesText("Licence", licenceText(), page), 1);
+    return page;
 }
 
-void addCaptioned(QVBoxLayout& column, QWidget& panel, const char* caption, QPlainTextEdit* text) {
-    column.addWidget(new RetroLabel(caption, RetroTheme::display(), Qt::AlignLeft, &panel));
-    column.addWidget(text);
+QWidget* pageOf(QWidget* content) {
+    auto* page = new QWidget;
+    (new QVBoxLayout(page))->addWidget(content);
+    return page;
 }
 
 } // namespace
 
-TambrelAboutPanel::TambrelAboutPanel(QWidget& owner, const AboutFacts& facts) : QDialog(&owner) {
+TambrelAboutPanel::TambrelAboutPanel(QWidget& owner, const AboutFacts& facts, InfoPage page)
+    : QDialog(&owner) {
     setObjectName("aboutPanel");
     setWindowTitle("About Tambrel");
     setAttribute(Qt::WA_DeleteOnClose);
-
-    auto* icon = new QLabel(this);
-    icon->setPixmap(QApplication::windowIcon().pixmap(iconSize));
-    icon->setAccessibleName("Tambrel icon");
-    icon->setVisible(!icon->pixmap().isNull());
-    auto* title = new RetroLabel("TAMBREL", RetroTheme::songName(), Qt::AlignLeft, this);
-    auto* heading = new QHBoxLayout;
-    heading->setSpacing(margin);
-    heading->addWidget(icon);
-    heading->addWidget(title, 1);
-
+    setMinimumSize(leastSize);
+    resize(usualSize);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(spacing);
-    column->setSizeConstraint(QLayout::SetFixedSize);
-    column->addLayout(heading);
-    column->addWidget(addText(*this, "Version", versionText(facts.info), 2));
-    addCaptioned(*column, *this, "BUILT ON", addText(*this, "Built on", toQString(facts.builtOn), 1));
-    addCaptioned(*column, *this, "SOUND BANK", addText(*this, "Sound bank", toQString(facts.soundBank), 2));
-    addCaptioned(*column, *this, "LICENCE", addText(*this, "Licence", licenceText(), 8));
+    auto* pages = makePages(facts, page);
+    column->addWidget(pages, 1);
     auto* close = new RetroButton(
         "Close", [this] { reject(); }, this);
+    close->explain("Closes the panel", Qt::Key_Escape);
     close->setFixedSize(85, 34);
     close->setDefault(true);
     column->addWidget(close, 0, Qt::AlignRight);
-    close->setFocus();
+    pages->tabBar()->setFocus();
 }
 
-void TambrelAboutPanel::show(QWidget& owner, const AboutFacts& facts) {
+QTabWidget* TambrelAboutPanel::makePages(const AboutFacts& facts, InfoPage page) {
+    auto* pages = new QTabWidget(this);
+    pages->setObjectName("pages");
+    pages->setStyleSheet(lookOfPages());
+    pages->tabBar()->setFont(RetroTheme::display());
+    pages->tabBar()->setAccessibleName("Pages");
+    pages->addTab(pageOf(new SongPage(facts.song)), "Song");
+    pages->addTab(new SoundPage(facts.sound), "Sound");
+    pages->addTab(pageOf(new WholeLinesText("Keys", keysText())), "Keys");
+    pages->addTab(programPage(facts), "Tambrel");
+    pages->setCurrentIndex(static_cast<int>(page));
+    return pages;
+}
+
+void TambrelAboutPanel::show(QWidget& owner, const AboutFacts& facts, InfoPage page) {
     delete owner.findChild<QDialog*>("aboutPanel", Qt::FindDirectChildrenOnly);
-    QDialog* panel = new TambrelAboutPanel(owner, facts);
+    QDialog* panel = new TambrelAboutPanel(owner, facts, page);
     panel->setVisible(true);
     panel->raise();
     panel->activateWindow();

@@ -1,29 +1,39 @@
 #pragma once
 
 #include "ApplicationInfo.h"
+#include "SongPage.h"
+#include "SoundPage.h"
 
 #include <QDialog>
 
+#include <optional>
 #include <string>
+
+class QTabWidget;
 
 namespace tambrel {
 
-/// What the About / Get Info panel says besides the licence.
+/// What the About / Get Info panel says and changes.
 struct AboutFacts {
     ApplicationInfo info;
-    std::string builtOn;   ///< The libraries and their versions.
-    std::string soundBank; ///< Its path, or why there is none.
+    std::string builtOn; ///< The libraries and their versions.
+    SoundPageFacts sound;
+    std::optional<SongPageFacts> song = {};
 };
 
-/// The About / Get Info panel: one window beside the main window, which blocks nothing. All its texts can be
-/// reached, selected and copied by keyboard; Escape closes it. Main thread.
+enum class InfoPage { song, sound, keys, tambrel };
+
+/// The About / Get Info panel: one window beside the main window, which blocks nothing. Pages of the song,
+/// the sound, the keys and the program. All its texts can be reached, selected and copied by keyboard; Escape
+/// closes it. Main thread.
 class TambrelAboutPanel : public QDialog {
 public:
-    /// Shows the owner's panel in front, with these facts.
-    static void show(QWidget& owner, const AboutFacts& facts);
+    /// Shows the owner's panel in front, at a page, with these facts.
+    static void show(QWidget& owner, const AboutFacts& facts, InfoPage page);
 
 private:
-    TambrelAboutPanel(QWidget& owner, const AboutFacts& facts);
+    TambrelAboutPanel(QWidget& owner, const AboutFacts& facts, InfoPage page);
+    [[nodiscard]] QTabWidget* makePages(const AboutFacts& facts, InfoPage page);
 };
 
 } // namespace tambrel

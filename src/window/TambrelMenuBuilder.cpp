@@ -54,7 +54,7 @@ void minimizeKeyWindow() {
 
 QMenu* TambrelMenuBuilder::appMenuItem(const MenuTargets& targets) {
     auto* menu = new QMenu("&Tambrel");
-    add(*menu, "About Tambrel", targets.showInfo);
+    add(*menu, "About Tambrel", targets.showAbout);
     add(*menu, "Get Info", targets.showInfo, Qt::CTRL | Qt::Key_I);
     menu->addSeparator();
     menu->addMenu("Services")->setEnabled(false);
@@ -100,7 +100,7 @@ QMenu* TambrelMenuBuilder::windowMenuItem() {
 
 QMenu* TambrelMenuBuilder::helpMenuItem(const MenuTargets& targets) {
     auto* menu = new QMenu("&Help");
-    add(*menu, "Tambrel Help", targets.showInfo)
+    add(*menu, "Tambrel Help", targets.showHelp)
         ->setShortcuts({Qt::CTRL | Qt::Key_Question, QKeySequence(Qt::Key_F1)});
     return menu;
 }

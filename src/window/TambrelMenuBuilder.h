@@ -9,7 +9,9 @@ namespace tambrel {
 
 /// What the menus do that is not Qt's own business.
 struct MenuTargets {
+    std::function<void()> showAbout;
     std::function<void()> showInfo;
+    std::function<void()> showHelp;
     std::function<void()> openFile;
     std::function<void()> playPause;
     std::function<void()> rtz;

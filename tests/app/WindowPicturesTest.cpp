@@ -1,11 +1,13 @@
 #include "DrivenWindow.h"
 #include "ExpectedPicture.h"
 #include "RetroStyle.h"
+#include "TambrelAboutPanel.h"
 #include "TambrelMenuBuilder.h"
 #include "ViewProbe.h"
 
 #include <QBackingStore>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 
 namespace tambrel {
 namespace {
@@ -97,6 +99,32 @@ TEST_F(WindowPicturesTest, LooksInEveryStateAsItDidWhenSomebodyLooked) {
     view("timeline").setFocus();
     showAt(28'099.86);
     expectPicture("crowded");
+}
+
+TEST_F(WindowPicturesTest, ShowsThePagesOfTheInfoPanelAsTheyWereWhenSomebodyLooked) {
+    const AboutFacts facts{.info = {.shortVersion = "1.2", .build = "34"},
+                           .builtOn = "Qt, FluidSynth and ICU",
+                           .sound = {.banks = {{"System's default", ""}},
+                                     .bankInUse = [] { return std::string("/banks/default.sf2"); },
+                                     .output = "pulseaudio, else alsa, else jack",
+                                     .volume = 0.8,
+                                     .chooseBank = {},
+                                     .setVolume = {}},
+                           .song =
+                               SongPageFacts{{{"File", "Many tracks (II).mid"}}, MIDIData(manyTracks(12))}};
+    const std::pair<InfoPage, const char*> rows[] = {{InfoPage::song, "song"},
+                                                     {InfoPage::sound, "sound"},
+                                                     {InfoPage::keys, "keys"},
+                                                     {InfoPage::tambrel, "tambrel"}};
+    for (const auto& [page, name] : rows) {
+        TambrelAboutPanel::show(*driven.window, facts, page);
+        auto& panel = *driven.window->findChild<QDialog*>("aboutPanel");
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&panel));
+        auto& song = *panel.findChild<QPlainTextEdit*>("Song");
+        ASSERT_TRUE(QTest::qWaitFor([&] { return song.toPlainText().contains("Division"); }));
+        EXPECT_TRUE(isExpected(panel.grab().toImage(),
+                               QString("info-%1@").arg(name) + qEnvironmentVariable("QT_SCALE_FACTOR", "1")));
+    }
 }
 
 } // namespace

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "SongDetails.h"
+
+#include <string>
+#include <vector>
+
+namespace tambrel {
+
+/// One thing that a file says, in words: "Tempo", "120.000 BPM at tick 0". The texts of the file are as they
+/// stand there, line ends included.
+struct SongFact {
+    std::string name;
+    std::string value;
+};
+
+/// Everything in the details, in the order of interest.
+[[nodiscard]] std::vector<SongFact> songFacts(const SongDetails& details);
+
+} // namespace tambrel

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "SerialExecutor.h"
+#include "SongPageFacts.h"
+#include "WholeLinesText.h"
+
+#include <optional>
+#include <stop_token>
+
+namespace tambrel {
+
+/// The page that lists all that a song says. What has to be searched for comes a moment later.
+class SongPage : public WholeLinesText {
+public:
+    explicit SongPage(const std::optional<SongPageFacts>& song);
+    ~SongPage() override;
+
+private:
+    std::stop_source closing_;
+    SerialExecutor executor_;
+};
+
+} // namespace tambrel

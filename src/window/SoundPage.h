@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class QComboBox;
+class QLabel;
+
+namespace tambrel {
+
+/// What the Sound page shows and changes.
+struct SoundPageFacts {
+    struct Bank {
+        std::string name;
+        std::string path; ///< Empty: whichever is the system's default.
+    };
+    std::vector<Bank> banks;
+    std::size_t chosenBank = 0;
+    std::function<std::string()> bankInUse; ///< Its path, or why there is none.
+    std::string output;
+    double volume = 1; ///< 0 to 1.
+    /// Takes effect at once and in the next run.
+    std::function<void(const std::string& path)> chooseBank;
+    std::function<void(double volume)> setVolume;
+};
+
+/// The page on which the sound bank and the volume are chosen.
+class SoundPage : public QWidget {
+public:
+    explicit SoundPage(SoundPageFacts facts);
+
+private:
+    void addBanks();
+    void addVolume();
+
+    const SoundPageFacts facts_;
+};
+
+} // namespace tambrel
