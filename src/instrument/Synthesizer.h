@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MIDIInstrument.h"
+#include "ParameterEntry.h"
 
 #include <array>
 #include <filesystem>
@@ -16,9 +17,10 @@ class SoundBankError : public std::runtime_error {
 
 /// What one channel of the synthesizer stands at, for comparison.
 struct ChannelReading {
-    std::array<int, 120> controllers{}; ///< Without the mode messages from 120 on.
-    std::vector<float> generators;      ///< Offsets by tuning and non-registered parameters.
-    int bank = 0;                       ///< For the next program.
+    std::array<int, 120> controllers{}; ///< Without the mode messages from 120 on, and those of `entry`.
+    ParameterEntry entry;
+    std::vector<float> generators; ///< Offsets by tuning and non-registered parameters.
+    int bank = 0;                  ///< For the next program.
     int program = 0;
     int presetBank = 0; ///< What sounds; 128 for drums.
     int presetProgram = 0;

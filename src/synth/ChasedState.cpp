@@ -1,14 +1,19 @@
 #include "ChasedState.h"
 
-#include "ParameterNumbers.h"
-
 #include <algorithm>
 #include <utility>
 
 namespace tambrel {
 namespace {
 
-using namespace ParameterNumber;
+constexpr ChannelParameter bendRange{.isRegistered = true, .msb = 0, .lsb = 0};
+
+// What the synthesizer acts on: the range of the bend, fine and coarse tuning, and generators.
+bool hasEffect(const ChannelParameter& parameter) {
+    constexpr std::uint8_t coarseTuning = 2, generatorCount = 63;
+    return parameter.isRegistered ? parameter.msb == 0 && parameter.lsb <= coarseTuning
+                                  : parameter.isGenerator() && parameter.lsb < generatorCount;
+}
 
 // Reset All Controllers spares bank, volume, pan, balance, the sound controllers and the effect depths
 // (RP-015, and what the synthesizer does).
@@ -115,6 +120,11 @@ void ChasedState::setRhythmMap(Channel& channel, std::uint8_t map) {
 
 void ChasedState::applyController(Channel& channel, std::uint8_t number, std::uint8_t value) {
     using namespace Controller;
+    if (ParameterEntry::takes(number)) {
+        if (const auto entered = channel.entry.apply(number, value))
+            setParameter(channel, *entered);
+        return;
+    }
     switch (number) {
     case bankSelectMSB:
         channel.bank.msb = value;
@@ -147,22 +157,6 @@ void ChasedState::applyController(Channel& channel, std::uint8_t number, std::ui
         channel.notes.silence();
         channel.polyMode = number;
         return;
-    case dataEntryMSB:
-        enterData(channel, value);
-        break;
-    case nonRegisteredMSB:
-        channel.registeredIsSelected = false;
-        channel.selectedGenerator = 0;
-        channel.controllers[nonRegisteredLSB] = 0;
-        break;
-    case nonRegisteredLSB:
-        channel.registeredIsSelected = false;
-        selectGenerator(channel, value);
-        break;
-    case registeredLSB:
-    case registeredMSB:
-        channel.registeredIsSelected = true;
-        break;
     default:
         break;
     }
@@ -178,39 +172,18 @@ void ChasedState::resetControllers(Channel& channel) {
     channel.notes.setSustain(false);
     channel.notes.setSostenuto(false);
     channel.bendLSB = channel.bendMSB = channel.pressure = unset;
-    channel.registeredIsSelected = true;
+    channel.entry = {};
     // The range of the bend stays; tuning and the non-registered parameters go.
-    std::erase_if(channel.parameters, [](const Parameter& parameter) {
-        return !parameter.isRegistered || parameter.number != bendRange;
-    });
+    std::erase_if(channel.parameters,
+                  [](const ParameterValue& value) { return value.parameter != bendRange; });
 }
 
-void ChasedState::selectGenerator(Channel& channel, std::uint8_t value) {
-    if (channel.controllers[Controller::nonRegisteredMSB] != generatorMSB)
+void ChasedState::setParameter(Channel& channel, const ParameterValue& entered) {
+    if (!hasEffect(entered.parameter))
         return;
-    const int sum = channel.selectedGenerator + addedBy(value);
-    channel.selectedGenerator = static_cast<std::uint8_t>(std::min<int>(sum, noGenerator));
-}
-
-void ChasedState::enterData(Channel& channel, std::uint8_t value) {
-    using namespace Controller;
-    const bool registered = channel.registeredIsSelected;
-    std::uint8_t number = channel.controllers[registeredLSB];
-    if (registered) {
-        if (channel.controllers[registeredMSB] != 0 || number > coarseTuning)
-            return;
-    } else {
-        if (channel.controllers[nonRegisteredMSB] != generatorMSB ||
-            channel.controllers[nonRegisteredLSB] >= hundred)
-            return;
-        number = std::exchange(channel.selectedGenerator, std::uint8_t{0});
-        if (number == noGenerator)
-            return;
-    }
-    std::erase_if(channel.parameters, [&](const Parameter& parameter) {
-        return parameter.isRegistered == registered && parameter.number == number;
-    });
-    channel.parameters.push_back({registered, number, value, orZero(channel.controllers[dataEntryLSB])});
+    std::erase_if(channel.parameters,
+                  [&](const ParameterValue& value) { return value.parameter == entered.parameter; });
+    channel.parameters.push_back(entered);
 }
 
 } // namespace tambrel

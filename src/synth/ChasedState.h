@@ -2,6 +2,7 @@
 
 #include "HeldNotes.h"
 #include "MIDIMessage.h"
+#include "ParameterEntry.h"
 
 #include <array>
 #include <cstdint>
@@ -52,16 +53,6 @@ private:
     }
     static constexpr Values unsetValues() { return unsetArray<valueCount>(); }
 
-    static constexpr std::uint8_t orZero(std::uint8_t value) { return value == unset ? 0 : value; }
-
-    /// A parameter that the synthesizer acts on and that was given a value: a registered one (bend range,
-    /// fine or coarse tuning) or a generator by way of the non-registered ones.
-    struct Parameter {
-        bool isRegistered;
-        std::uint8_t number;
-        std::uint8_t valueMSB, valueLSB; // The low half is the one that stood when the high half came.
-    };
-
     struct ChannelSettings {
         std::uint8_t rhythmMap = unset;
         BankSelect bankBeforeRhythm; // Came before the rhythm map, which starts the part anew.
@@ -73,8 +64,7 @@ private:
         std::uint8_t pressure = unset;
         std::uint8_t omniMode = unset; // Controller 124 or 125.
         std::uint8_t polyMode = unset; // Controller 126 or 127.
-        bool registeredIsSelected = true;
-        std::uint8_t selectedGenerator = 0;
+        ParameterEntry entry;
     };
     static constexpr auto firstOfPart = static_cast<std::size_t>(SystemMessage::keyShift);
     static constexpr auto kindsOfPart =
@@ -84,9 +74,9 @@ private:
 
     struct Channel : ChannelSettings {
         std::array<std::uint8_t, kindsOfPart> ofPart = unsetArray<kindsOfPart>(); // System messages.
-        Values controllers = unsetValues();                                       // Without the bank select.
+        Values controllers = unsetValues(); // Without bank select and parameters.
         Values keyPressure = unsetValues();
-        std::vector<Parameter> parameters; // In the order of their latest values.
+        std::vector<ParameterValue> parameters; // In the order of their latest values.
         HeldNotes notes;
     };
 
@@ -97,8 +87,7 @@ private:
     static void setRhythmMap(Channel& channel, std::uint8_t map);
     static void applyController(Channel& channel, std::uint8_t number, std::uint8_t value);
     static void resetControllers(Channel& channel);
-    static void selectGenerator(Channel& channel, std::uint8_t value);
-    static void enterData(Channel& channel, std::uint8_t value);
+    static void setParameter(Channel& channel, const ParameterValue& entered);
     class Writer;
 
     MIDIMessage reset_;

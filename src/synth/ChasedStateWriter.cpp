@@ -1,19 +1,14 @@
 #include "ChasedState.h"
-#include "ParameterNumbers.h"
 
 #include <algorithm>
 
 namespace tambrel {
 namespace {
 
-using namespace ParameterNumber;
-
 // Controllers that are sent in a place of their own, or that mean nothing once they have been.
 bool isSentApart(std::size_t controller) {
     using namespace Controller;
-    return controller == dataEntryMSB || controller == dataEntryLSB || controller == sustain ||
-           controller == sostenuto || (controller >= nonRegisteredLSB && controller <= registeredMSB) ||
-           controller >= allSoundOff;
+    return controller == sustain || controller == sostenuto || controller >= allSoundOff;
 }
 
 } // namespace
@@ -36,7 +31,6 @@ public:
                 control(controller, channel_.controllers[controller]);
         }
         writeParameters();
-        writeSelections();
         if (channel_.bendMSB != unset)
             message(MIDIStatus::pitchBend, channel_.bendLSB, channel_.bendMSB);
         if (channel_.pressure != unset)
@@ -119,53 +113,16 @@ private:
 
     void writeParameters() {
         using namespace Controller;
-        for (const Parameter& parameter : channel_.parameters) {
-            control(parameter.isRegistered ? registeredMSB : nonRegisteredMSB,
-                    parameter.isRegistered ? 0 : generatorMSB);
-            control(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.number);
-            control(dataEntryLSB, parameter.valueLSB);
-            control(dataEntryMSB, parameter.valueMSB);
+        for (const auto& [parameter, msb, lsb] : channel_.parameters) {
+            control(parameter.isRegistered ? registeredMSB : nonRegisteredMSB, parameter.msb);
+            control(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.lsb);
+            control(dataEntryLSB, lsb);
+            control(dataEntryMSB, msb);
         }
-        // The bare data entry values, with nothing selected that they could change.
-        if (channel_.parameters.empty() && channel_.controllers[dataEntryMSB] == unset &&
-            channel_.controllers[dataEntryLSB] == unset)
+        if (channel_.parameters.empty() && channel_.entry == ParameterEntry{})
             return;
-        control(registeredMSB, nullParameter);
-        control(registeredLSB, nullParameter);
-        control(dataEntryLSB, orZero(channel_.controllers[dataEntryLSB]));
-        control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
-    }
-
-    // The one in force last.
-    void writeSelections() {
-        if (channel_.registeredIsSelected)
-            selectNonRegistered();
-        control(Controller::registeredMSB, channel_.controllers[Controller::registeredMSB]);
-        control(Controller::registeredLSB, channel_.controllers[Controller::registeredLSB]);
-        if (!channel_.registeredIsSelected)
-            selectNonRegistered();
-    }
-
-    void selectNonRegistered() {
-        using namespace Controller;
-        const std::uint8_t msb = channel_.controllers[nonRegisteredMSB];
-        const std::uint8_t lsb = channel_.controllers[nonRegisteredLSB];
-        control(nonRegisteredMSB, msb);
-        if (msb != generatorMSB) {
-            control(nonRegisteredLSB, lsb);
-            return;
-        }
-        // A low half that no longer counts, since data has been entered, is given a sum that is too large for
-        // it to do anything, and data again.
-        const int before = channel_.selectedGenerator - addedBy(lsb);
-        const bool isSpent = before < 0;
-        if (isSpent || channel_.selectedGenerator == noGenerator)
-            control(nonRegisteredLSB, hundred);
-        else if (before > 0)
-            control(nonRegisteredLSB, static_cast<std::uint8_t>(before));
-        control(nonRegisteredLSB, lsb);
-        if (isSpent)
-            control(dataEntryMSB, orZero(channel_.controllers[dataEntryMSB]));
+        channel_.entry.restore(
+            [this](std::uint8_t controller, std::uint8_t value) { control(controller, value); });
     }
 
     const Channel& channel_;

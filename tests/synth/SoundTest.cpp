@@ -54,6 +54,7 @@ TEST(SoundTest, IsAsLoudAsHighAndWhereTheMessagesSay) {
              .pitchBend(0, 0, 4096),
          -600, 0, none},
         {"fine tuning", parameter(1, 96), 50, 0, none},
+        {"fine tuning, low half last", parameter(1, 64).control(0, 0, 38, 127), 100.0 * 127 / 8192, 0, none},
         {"coarse tuning", parameter(2, 59), -500, 0, none},
         {"generator",
          dry().control(0, 0, 99, 120).control(0, 0, 98, 51).control(0, 0, 38, 12).control(0, 0, 6, 64), 1200,

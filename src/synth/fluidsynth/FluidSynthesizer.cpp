@@ -50,6 +50,7 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, Effects effects)
     synth_.reset(new_fluid_synth(settings));
     addSoundModulators(*synth_);
     song_.emplace(*synth_);
+    parameters_.emplace(*synth_);
     reset();
 }
 
@@ -95,11 +96,10 @@ void FluidSynthesizer::send(MIDIMessage message) noexcept {
 }
 
 void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept {
-    // Choosing a tuning program would allocate one, for no effect: there are none but the equal temperament.
-    constexpr std::uint8_t tuningProgram = 3;
-    constexpr std::uint8_t nullParameter = 127;
-    if (number == Controller::registeredLSB && value == tuningProgram)
-        value = nullParameter;
+    if (ParameterEntry::takes(number)) {
+        parameters_->apply(channel, number, value);
+        return;
+    }
     if (PrivateController::contains(number))
         return;
     if (number == Controller::bankSelectMSB)
@@ -115,8 +115,10 @@ void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uin
     if (number >= Controller::omniOff)
         value = 0; // Each channel is a group of its own, which a larger number of voices would overlap.
     fluid_synth_cc(synth_.get(), channel, number, value);
-    if (number == Controller::resetAllControllers)
+    if (number == Controller::resetAllControllers) {
+        parameters_->reset(channel);
         song_->restoreControllers(channel);
+    }
 }
 
 // The voices of one note share their number, and later ones have a larger one.
@@ -237,6 +239,7 @@ void FluidSynthesizer::resetTo(SystemMessage standard) noexcept {
     for (int channel = 0; channel < channelCount; ++channel)
         fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
     fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
+    parameters_->reset();
     song_->reset(standard);
 }
 
@@ -275,8 +278,11 @@ int FluidSynthesizer::activeVoices() const noexcept {
 ChannelReading FluidSynthesizer::channel(int number) const {
     fluid_synth_t* synth = synth_.get();
     ChannelReading reading;
-    for (std::size_t controller = 0; controller < reading.controllers.size(); ++controller)
-        fluid_synth_get_cc(synth, number, static_cast<int>(controller), &reading.controllers[controller]);
+    reading.entry = parameters_->entry(number);
+    for (std::uint8_t controller = 0; controller < reading.controllers.size(); ++controller) {
+        if (!ParameterEntry::takes(controller))
+            fluid_synth_get_cc(synth, number, controller, &reading.controllers[controller]);
+    }
     for (int generator = 0; generator < GEN_LAST; ++generator)
         reading.generators.push_back(fluid_synth_get_gen(synth, number, generator));
     int bankNumber = 0;

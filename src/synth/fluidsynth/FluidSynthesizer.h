@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FluidSettings.h"
+#include "ParameterSetter.h"
 #include "SongSettings.h"
 #include "Synthesizer.h"
 
@@ -41,6 +42,7 @@ private:
     FluidSettings settings_;
     std::unique_ptr<fluid_synth_t, FluidDeleter<delete_fluid_synth>> synth_;
     std::optional<SongSettings> song_;
+    std::optional<ParameterSetter> parameters_;
     unsigned latestTuned_ = 0; // The latest voice that was given a tuning.
 };
 

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "MIDIMessage.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace tambrel {
+
+/// A registered or non-registered parameter of a channel.
+struct ChannelParameter {
+    bool isRegistered = true;
+    std::uint8_t msb = 127; ///< 127, 127: no parameter at all.
+    std::uint8_t lsb = 127;
+
+    /// Whether the low half names a generator of the sound bank (SoundFont 2.01, 9.6).
+    [[nodiscard]] constexpr bool isGenerator() const { return !isRegistered && msb == 120; }
+
+    bool operator==(const ChannelParameter&) const = default;
+};
+
+/// What a parameter has been set to, in two halves of seven bits.
+struct ParameterValue {
+    ChannelParameter parameter;
+    std::uint8_t msb = 0;
+    std::uint8_t lsb = 0;
+};
+
+/// The parameter of one channel that is selected, and the data entered for it since. A selection forgets what
+/// has been entered before. The low half alone sets nothing; it may come before the high half or after it.
+class ParameterEntry {
+public:
+    /// True of the six controllers that select parameters and enter data.
+    [[nodiscard]] static constexpr bool takes(std::uint8_t controller) {
+        return controller == Controller::dataEntryMSB || controller == Controller::dataEntryLSB ||
+               (controller >= Controller::nonRegisteredLSB && controller <= Controller::registeredMSB);
+    }
+
+    /// Takes in one of the six; the value that it sets, if it sets one.
+    std::optional<ParameterValue> apply(std::uint8_t controller, std::uint8_t value);
+
+    /// Calls `send(controller, value)` for what brings any entry to this one.
+    template<class Send>
+    void restore(Send send) const {
+        using namespace Controller;
+        const auto select = [&](const ChannelParameter& parameter) {
+            send(parameter.isRegistered ? registeredMSB : nonRegisteredMSB, parameter.msb);
+            send(parameter.isRegistered ? registeredLSB : nonRegisteredLSB, parameter.lsb);
+        };
+        select(isRegistered_ ? nonRegistered_ : registered_);
+        select(isRegistered_ ? registered_ : nonRegistered_);
+        if (dataLSB_)
+            send(dataEntryLSB, *dataLSB_);
+        if (dataMSB_)
+            send(dataEntryMSB, *dataMSB_);
+    }
+
+    bool operator==(const ParameterEntry&) const = default;
+
+private:
+    ChannelParameter registered_{.isRegistered = true};
+    ChannelParameter nonRegistered_{.isRegistered = false};
+    bool isRegistered_ = true; // The one that is selected.
+    std::optional<std::uint8_t> dataMSB_, dataLSB_;
+};
+
+} // namespace tambrel
