@@ -25,11 +25,10 @@ media keys drive it.
 .
 tambrel-midi does the same without a window: it shows facts, converts to and
 from MIDI 2.0 clips, and renders to WAV.")
-# The icon is loaded through a plugin, of which no linked library tells. The actions of the desktop file are called
-# through gapplication where the launcher does not call them itself.
+# The actions of the desktop file are called through gapplication where the launcher does not call them itself.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "libqt6svg6, timgm6mb-soundfont | sf3-soundfont-gm | sf2-soundfont-gm")
+  "timgm6mb-soundfont | sf3-soundfont-gm | sf2-soundfont-gm")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-jetbrains-mono, libglib2.0-bin, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "playerctl, xdg-desktop-portal, xdg-utils")
 include(CPack)

@@ -3,6 +3,7 @@
 #include "FirstPaint.h"
 #include "LocalPath.h"
 #include "MainWindow.h"
+#include "PictureView.h"
 #include "TambrelBetaLog.h"
 #include "TambrelMIDIFileSupport.h"
 #include "TambrelMenuBuilder.h"
@@ -57,7 +58,7 @@ void AppDelegate::installRuntimeAppIcon() {
     const QString drawing = ":/TambrelAppIcon.svg";
     QIcon icon = QIcon::fromTheme(QApplication::desktopFileName());
     if (icon.isNull() && QFile::exists(drawing))
-        icon = QIcon(drawing);
+        icon = PictureView::icon(drawing);
     if (!icon.isNull())
         QApplication::setWindowIcon(icon);
 }

@@ -3,22 +3,31 @@
 #include <QIcon>
 #include <QWidget>
 
+#include <memory>
+
+class QSvgRenderer;
+
 namespace tambrel {
 
-/// Shows a picture of the resources in its whole area, sharp at every scale. It is read when it is first
+/// Shows a drawing of the resources in its whole area, sharp at every scale. It is read when it is first
 /// painted.
 class PictureView : public QWidget {
     Q_OBJECT
 
 public:
     explicit PictureView(QString resource, QWidget* parent = nullptr);
+    ~PictureView() override;
+
+    /// A square drawing as an icon. Needs none of Qt's plugins, which a distribution may keep in another
+    /// package.
+    [[nodiscard]] static QIcon icon(const QString& resource);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QString resource_;
-    QIcon picture_;
+    std::unique_ptr<QSvgRenderer> picture_;
 };
 
 } // namespace tambrel
