@@ -8,10 +8,22 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <thread>
 
 namespace tambrel::cli {
 namespace {
+
+// As CLI::Range, in words that do not change with its versions.
+CLI::Validator within(double lowest, double highest) {
+    const auto complaint = [range = CLI::Range(lowest, highest), lowest, highest](std::string& text) {
+        std::ostringstream message;
+        if (!range(text).empty())
+            message << "Value " << text << " not in range " << lowest << " to " << highest;
+        return message.str();
+    };
+    return {complaint, ""};
+}
 
 /// The commands, and what each word of them means.
 class CommandLine {
@@ -60,7 +72,7 @@ private:
     static void addCommon(CLI::App* command, CommonOptions& options, const char* operand) {
         addInputs(command, options, operand);
         command->add_option("-j,--jobs", options.batch.jobs, "Files at a time; all processors for 0")
-            ->check(CLI::Range(0, 1024))
+            ->check(within(0, 1024))
             ->type_name("N");
         command
             ->add_flag_callback(
@@ -142,18 +154,18 @@ void CommandLine::addRender() {
         ->type_name("BITS");
     render
         ->add_option("--rate", render_.sound.format.rate, "Sample rate from 8000 to 96000; 48000 by default")
-        ->check(CLI::Range(8000, 96000))
+        ->check(within(8000, 96000))
         ->type_name("HZ");
     render
         ->add_option_function<double>(
             "--gain", [this](double decibels) { render_.sound.gain = factorOf(decibels); },
             "Make it louder, or softer when negative")
-        ->check(CLI::Range(-100.0, 100.0))
+        ->check(within(-100.0, 100.0))
         ->type_name("DB");
     render
         ->add_option("--normalize", render_.sound.loudness,
                      "Bring it to a loudness (EBU R 128), -23 LUFS when nothing is named")
-        ->check(CLI::Range(-70.0, 0.0))
+        ->check(within(-70.0, 0.0))
         ->type_name("[LUFS]");
     const auto time = [&](const char* name, auto& value, const char* description) {
         render
