@@ -47,6 +47,7 @@ std::array<BlackLEDBar, BlackLEDBar::count> BlackLEDBar::row(QSizeF size, std::o
 }
 
 BlackLEDActivityView::BlackLEDActivityView(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent); // Or each step would repaint the window below.
     makeAccessible<BlackLEDActivityView, AccessibleView<QAccessible::Graphic>>();
     setAccessibleName("Activity");
 }

@@ -46,11 +46,14 @@ RetroLabel::RetroLabel(const QString& text, const QFont& font, Qt::Alignment ali
 
 void RetroLabel::setOverflow(RetroLabelOverflow overflow) {
     overflow_ = overflow;
+    line_.reset();
     update();
 }
 
 void RetroLabel::setText(const QString& text, const QString& explanation) {
     const bool isOther = text != this->text();
+    if (isOther)
+        line_.reset();
     QLabel::setText(text);
     if (isOther && onTextChange)
         onTextChange();
@@ -62,7 +65,23 @@ void RetroLabel::setText(const QString& text, const QString& explanation) {
         onExplanation(explanation);
 }
 
-RetroLabel::Line RetroLabel::line() const {
+const RetroLabel::Line& RetroLabel::line() const {
+    if (!line_)
+        line_ = fittingLine();
+    return *line_;
+}
+
+void RetroLabel::resizeEvent(QResizeEvent* event) {
+    QLabel::resizeEvent(event);
+    line_.reset();
+}
+
+void RetroLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    line_.reset();
+}
+
+RetroLabel::Line RetroLabel::fittingLine() const {
     const int smallest = overflow_ == RetroLabelOverflow::shrinkThenTruncate ? RetroTheme::mono().pixelSize()
                                                                              : font().pixelSize();
     QFont fitting = RetroTheme::shaping(font(), text());
@@ -101,7 +120,7 @@ bool RetroLabel::event(QEvent* event) {
     const bool hasToolTipOfItsOwn = !toolTip().isEmpty();
     if (event->type() != QEvent::ToolTip || hasToolTipOfItsOwn)
         return QLabel::event(event);
-    const Line shown = line();
+    const Line& shown = line();
     const bool isCut = shown.text + shown.second != text();
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), isCut ? toolTipText(text()) : QString(),
                        this);
@@ -109,10 +128,12 @@ bool RetroLabel::event(QEvent* event) {
 }
 
 void RetroLabel::paintEvent(QPaintEvent*) {
-    const Line shown = line();
+    const Line& shown = line();
     UnflippedPainter painter(*this);
     const QRectF box = unflippedBounds(*this);
     painter.text(box, shown.text.trimmed(), shown.font, RetroTheme::ink(), alignment());
+    if (shown.second.isEmpty())
+        return;
     const double below = -std::round(QFontMetricsF(shown.font).lineSpacing());
     painter.text(box.translated(0, below), shown.second, shown.font, RetroTheme::ink(), alignment());
 }

@@ -5,6 +5,7 @@
 #include <QLabel>
 
 #include <functional>
+#include <optional>
 
 namespace tambrel {
 
@@ -43,7 +44,7 @@ public:
         QString text;
         QString second = {}; ///< The line below.
     };
-    [[nodiscard]] Line line() const;
+    [[nodiscard]] const Line& line() const;
 
     /// A long text never widens the window.
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -51,9 +52,14 @@ public:
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
+    [[nodiscard]] Line fittingLine() const;
     [[nodiscard]] Line wrapped(const QFont& font) const;
+
+    mutable std::optional<Line> line_; // Laid out once for each text, width and font.
 
     RetroLabelOverflow overflow_ = RetroLabelOverflow::truncate;
 };

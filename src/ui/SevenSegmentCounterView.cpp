@@ -5,6 +5,7 @@
 #include "UnflippedPainter.h"
 #include "ViewAccessibility.h"
 
+#include <QPaintEvent>
 #include <QPainterPath>
 
 namespace tambrel {
@@ -43,6 +44,7 @@ void fillDots(UnflippedPainter& painter, const SevenSegmentGeometry::Cell& cell)
 } // namespace
 
 SevenSegmentCounterView::SevenSegmentCounterView(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent); // Or each digit would repaint the window below.
     makeAccessible<SevenSegmentCounterView, AccessibleCounter>();
     setAccessibleDescription("Playback position");
 }
@@ -50,16 +52,33 @@ SevenSegmentCounterView::SevenSegmentCounterView(QWidget* parent) : QWidget(pare
 void SevenSegmentCounterView::setText(const QString& text) {
     if (text == text_)
         return;
+    updateWhatDiffers(SevenSegmentGeometry::cells(size(), text_), SevenSegmentGeometry::cells(size(), text));
     text_ = text;
-    update();
     if (onTextChange)
         onTextChange();
 }
 
-void SevenSegmentCounterView::paintEvent(QPaintEvent*) {
+// Cells that stay where they are, with what they show, need no paint.
+void SevenSegmentCounterView::updateWhatDiffers(const Cells& before, const Cells& after) {
+    if (before.empty() || after.empty() || before.size() != after.size() ||
+        before.front().rect != after.front().rect)
+        return update();
+    for (std::size_t i = 0; i < after.size(); ++i)
+        if (before[i].character != after[i].character)
+            update(places(before[i]) + places(after[i]));
+}
+
+QRegion SevenSegmentCounterView::places(const SevenSegmentGeometry::Cell& cell) const {
+    const QRectF upright(cell.rect.x(), height() - cell.rect.bottom(), cell.rect.width(), cell.rect.height());
+    return upright.adjusted(-1, -1, 1, 1).toAlignedRect(); // A device pixel more, to which it is moved.
+}
+
+void SevenSegmentCounterView::paintEvent(QPaintEvent* event) {
     UnflippedPainter painter(*this);
     painter.fill(unflippedBounds(*this), RetroTheme::paper());
     for (const SevenSegmentGeometry::Cell& cell : SevenSegmentGeometry::cells(size(), text_)) {
+        if (!event->region().intersects(places(cell).boundingRect()))
+            continue;
         if (SevenSegmentGeometry::isDigit(cell.character))
             fillDigit(painter, cell);
         else

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "SevenSegmentGeometry.h"
+
+#include <QRegion>
 #include <QWidget>
 
 #include <functional>
+#include <vector>
 
 namespace tambrel {
 
@@ -25,6 +29,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    using Cells = std::vector<SevenSegmentGeometry::Cell>;
+    void updateWhatDiffers(const Cells& before, const Cells& after);
+    [[nodiscard]] QRegion places(const SevenSegmentGeometry::Cell& cell) const;
+
     QString text_ = QStringLiteral("00:00:00.00");
 };
 
