@@ -71,7 +71,7 @@ public:
 
 private:
     [[nodiscard]] bool open(int flags) {
-        descriptor_ = ::open(QFile::encodeName(path_).constData(), flags | O_CLOEXEC, 0666);
+        descriptor_ = ::open(QFile::encodeName(path_).constData(), flags | O_CLOEXEC, 0600);
         return descriptor_ >= 0;
     }
 

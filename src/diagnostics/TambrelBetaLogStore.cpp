@@ -44,15 +44,27 @@ void writeAtomically(const QString& path, std::string_view text) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) // A commit does not tell of a full disk.
         fail(file);
+    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     writeAll(file, text);
     if (!file.commit())
         fail(file);
 }
 
+// What is in it names the user's files and says much of the computer. Where the folder is another user's, who
+// decides, this fails.
+void closeToOthers(const QString& folder) {
+    using std::filesystem::perms;
+    std::error_code ignored;
+    std::filesystem::permissions(QFile::encodeName(folder).toStdString(),
+                                 perms::group_all | perms::others_all, std::filesystem::perm_options::remove,
+                                 ignored);
+}
+
 void createFolder(const QString& path) {
     // QDir::mkpath would not tell what went wrong.
     std::error_code error;
-    std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error);
+    if (std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error))
+        closeToOthers(path);
     if (error)
         throw TambrelBetaLogStoreError(error.message());
 }
@@ -130,6 +142,7 @@ TambrelBetaLogStore::StartResult TambrelBetaLogStore::startSession(std::string_v
     previousIsUnsettled_ |= wasActive;
     return {wasActive, failureOf([&] {
                 ensureLogFileExists(initialLogText);
+                closeToOthers(folder_); // Earlier versions left it open.
                 marker_.write(markerText);
                 appendLine(startLine);
             })};

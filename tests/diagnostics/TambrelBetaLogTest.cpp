@@ -126,6 +126,8 @@ TEST_F(TambrelBetaLogTest, BeginsAnotherSessionWhenTheUserGoesOnAfterTheEnd) {
     log.startSession();
     EXPECT_EQ(marked(), "Session active since " + stamp + '\n');
     EXPECT_EQ(window, "") << "the start line is for the file only";
+    for (const QString& path : {folder, logFile, marker})
+        EXPECT_EQ((QFile::permissions(path) & 0x77).toInt(), 0) << path.toStdString() << " is open to others";
     log.finishSession();
     log.procedure("A.b");
     EXPECT_EQ(marked(), "");
