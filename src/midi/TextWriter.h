@@ -37,10 +37,12 @@ public:
     /// Without a blank before it.
     void joined(char character) { *end_++ = character; }
     void joinedNumber(std::int64_t value) {
-        if (value >= 0 && value < 10)
-            *end_++ = static_cast<char>('0' + value);
-        else
+        if (value < 0 || value > UINT32_MAX)
             end_ = std::to_chars(end_, end_ + 24, value).ptr;
+        else if (value >= 100)
+            end_ = std::to_chars(end_, end_ + 24, static_cast<std::uint32_t>(value)).ptr;
+        else
+            shortNumber(static_cast<unsigned>(value));
     }
 
     void hex(ByteView bytes) {
@@ -87,15 +89,22 @@ public:
 
 private:
     void separate() {
-        if (end_ > recent_.data() + recent_.size() - roomForWords)
+        if (end_ > recent_.data() + recent_.size() - roomForWords) [[unlikely]]
             flush();
         if (!beginsLine_)
             *end_++ = ' ';
         beginsLine_ = false;
     }
-    void flush() {
+    [[gnu::noinline]] void flush() {
         text_.append(recent_.data(), end_);
         end_ = recent_.data();
+    }
+    // Below 100, as most numbers of a song are.
+    void shortNumber(unsigned value) {
+        const bool hasTens = value >= 10;
+        end_[0] = static_cast<char>('0' + value / 10);
+        end_[hasTens ? 1 : 0] = static_cast<char>('0' + value % 10);
+        end_ += hasTens ? 2 : 1;
     }
     void hexByte(std::uint8_t byte) {
         constexpr std::string_view digits = "0123456789abcdef";
