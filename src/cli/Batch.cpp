@@ -5,12 +5,14 @@
 #include "ProgressBar.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <exception>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tambrel::cli {
@@ -40,31 +42,47 @@ public:
     }
 
 private:
+    using Done = std::vector<std::pair<std::size_t, Report>>;
+
+    // Does not wait for whoever prints: on a busy machine each wait for a lock may take milliseconds, and a
+    // report less than one.
     void workOn() {
+        Done done;
         try {
-            while (const auto job = take())
-                hand(*job, work_(*job));
+            while (const auto job = take(done)) {
+                done.emplace_back(*job, work_(*job));
+                if (const std::unique_lock lock(mutex_, std::try_to_lock); lock)
+                    hand(done);
+            }
         } catch (...) {
             const std::lock_guard lock(mutex_);
             error_ = std::current_exception();
             ends_ = true;
-            advanced_.notify_all();
         }
+        const std::lock_guard lock(mutex_);
+        hand(done);
+        advanced_.notify_all();
     }
 
     // Not far ahead of what has been printed, so that the reports which wait stay few.
-    std::optional<std::size_t> take() {
+    std::optional<std::size_t> take(Done& done) {
         constexpr std::size_t farthest = 1024;
-        std::unique_lock lock(mutex_);
-        advanced_.wait(lock, [this] { return ends_ || next_ - printed_ < farthest; });
-        if (ends_ || next_ == count_ || Interruption::signal() != 0)
+        if (next_ >= printed_ + farthest) {
+            std::unique_lock lock(mutex_);
+            hand(done);
+            advanced_.wait(lock, [this] { return ends_ || next_ < printed_ + farthest; });
+        }
+        if (ends_ || Interruption::signal() != 0)
             return std::nullopt;
-        return next_++;
+        const std::size_t job = next_++;
+        return job < count_ ? std::optional(job) : std::nullopt;
     }
 
-    void hand(std::size_t job, Report report) {
-        const std::lock_guard lock(mutex_);
-        waiting_.emplace(job, std::move(report));
+    // With the lock.
+    void hand(Done& done) {
+        for (auto& [job, report] : done)
+            waiting_.emplace(job, std::move(report));
+        done.clear();
         for (auto first = waiting_.begin(); first != waiting_.end() && first->first == printed_;
              first = waiting_.erase(first), ++printed_)
             show(first->second);
@@ -88,10 +106,10 @@ private:
     std::mutex mutex_;
     std::condition_variable advanced_;
     std::map<std::size_t, Report> waiting_;
-    std::size_t next_ = 0;
-    std::size_t printed_ = 0;
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<std::size_t> printed_ = 0;
+    std::atomic<bool> ends_ = false;
     std::size_t failures_ = 0;
-    bool ends_ = false;
     std::exception_ptr error_;
 };
 
