@@ -70,8 +70,11 @@ void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_toke
     checkForCancellation(stop);
     if (onPlaybackData)
         onPlaybackData(data);
-    // Both take one walk over all tracks and need nothing of each other.
-    auto companionInMaking = std::async(buildCompanion, data, stop);
+    // Both take one walk over all tracks and need nothing of each other. For a small song a thread costs
+    // more.
+    constexpr std::size_t smallSong = 64 * 1024;
+    const auto policy = data.size() < smallSong ? std::launch::deferred : std::launch::async;
+    auto companionInMaking = std::async(policy, buildCompanion, data, stop);
     file.info = MIDIFileInfo::parse(data, stop);
     Companion companion = companionInMaking.get();
     if (companion.summary.hasChannelVoice())
