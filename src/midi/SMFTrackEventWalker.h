@@ -69,6 +69,9 @@ public:
                     return true;
                 continue;
             }
+            // A few songs (5 of 13,835) go on with it all the same. They are played no further than this
+            // either: facts, lanes, companion and Loudness variant end here, and what is heard is what is
+            // shown.
             runningStatus_ = 0;
             if (first == MIDIStatus::meta)
                 return readMeta(event) || finish();
