@@ -198,7 +198,11 @@ void CommandLine::addRender() {
             "One file for each track or channel: tracks or channels")
         ->type_name("KIND");
     render->add_flag_callback(
-        "--no-effects", [this] { render_.sound.effects = Effects::off; }, "Without reverb and chorus");
+        "--no-effects", [this] { render_.sound.synthesizer.effects = Effects::off; },
+        "Without reverb and chorus");
+    render->add_flag_callback(
+        "--best", [this] { render_.sound.synthesizer.interpolation = Interpolation::best; },
+        "Interpolate samples by the seventh order instead of the fourth");
     render->add_flag("--loudness", render_.loudness, "With drums and bass at full velocity");
     addOutput(render, render_.output);
     addCommon(render, render_, "MIDI files or clips; - is standard input");

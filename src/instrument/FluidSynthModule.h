@@ -15,7 +15,7 @@ struct FluidSynthModule {
     /// FluidSynth's version, such as "2.3.1".
     const char* (*version)();
     /// The sample rate is in frames per second.
-    std::unique_ptr<Synthesizer> (*makeSynthesizer)(double sampleRate, Effects effects);
+    std::unique_ptr<Synthesizer> (*makeSynthesizer)(double sampleRate, const SynthesizerOptions& options);
     /// Opens a device through one of FluidSynth's drivers. May block for some time. Throws AudioDriverError.
     std::unique_ptr<AudioDriver> (*openDriver)(const std::string& name, double sampleRate,
                                                AudioSource& source);

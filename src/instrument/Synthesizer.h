@@ -34,6 +34,18 @@ struct ChannelReading {
 /// Reverb and chorus.
 enum class Effects { on, off };
 
+/// Of the samples between two of a recording: fourth order, or seventh, which costs a quarter more.
+enum class Interpolation { usual, best };
+
+/// Whether voices are given up rather than time: for whoever plays in real time.
+enum class UnderLoad { playAll, giveUpVoices };
+
+struct SynthesizerOptions {
+    Effects effects = Effects::on;
+    Interpolation interpolation = Interpolation::usual;
+    UnderLoad underLoad = UnderLoad::playAll;
+};
+
 /// The General MIDI synthesizer. Not thread-safe.
 class Synthesizer : public MIDIInstrument {
 public:

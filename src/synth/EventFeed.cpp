@@ -6,7 +6,14 @@ namespace tambrel {
 namespace {
 
 constexpr std::size_t mostInCrowd = 1 << 16; // What is looked through within a block takes 0.2 ms.
-constexpr int resetCost = 16;                // In messages; a reset renders two blocks.
+
+// In messages of the cheap sort. A reset renders two blocks.
+int costOf(MIDIMessage message) {
+    constexpr int reset = 32, noteOn = 4;
+    if (message.isSystem())
+        return message.isReset() ? reset : 1;
+    return MIDIStatus::kind(message.status) == MIDIStatus::noteOn ? noteOn : 1;
+}
 
 } // namespace
 
@@ -17,12 +24,12 @@ void EventFeed::begin(const Timeline& song, std::size_t firstEvent) noexcept {
 
 void EventFeed::play(MIDIInstrument& instrument, std::uint32_t tick) noexcept {
     const auto events = song_->events();
-    for (int left = mostPerBlock; left > 0 && (next_ < crowdEnd_ || beginCrowd(tick)); ++next_) {
+    for (int left = mostMessagesPerBlock; left > 0 && (next_ < crowdEnd_ || beginCrowd(tick)); ++next_) {
         if (!crowd_.matters(next_ - crowdStart_))
             continue;
         const MIDIMessage message = events[next_].message;
         instrument.send(message);
-        left -= message.isSystem() && message.isReset() ? resetCost : 1;
+        left -= costOf(message);
     }
 }
 

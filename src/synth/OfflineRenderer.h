@@ -24,7 +24,7 @@ struct RenderResult {
 struct RenderOptions {
     std::vector<std::filesystem::path> soundBanks; ///< The first that can be loaded is used.
     SoundFormat format;
-    Effects effects = Effects::on;
+    SynthesizerOptions synthesizer;
     double start = 0;           ///< Seconds into the song.
     std::optional<double> end;  ///< Seconds into the song; absent for its end.
     std::optional<double> tail; ///< Seconds to render after that; absent until the last note has rung out.

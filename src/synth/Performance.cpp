@@ -9,7 +9,7 @@
 namespace tambrel {
 
 Performance::Performance(const std::shared_ptr<const Timeline>& song, const RenderOptions& options)
-    : loaded_(loadSynthesizer(options.format.rate, options.soundBanks, options.effects)),
+    : loaded_(loadSynthesizer(options.format.rate, options.soundBanks, options.synthesizer)),
       synthesizer_(*loaded_.synthesizer),
       sequencer_(options.format.rate),
       master_(options.format.rate),

@@ -25,7 +25,8 @@ void SoundBankLoader::begin() {
     executor_.run(
         [banks = std::move(banks), rate = sampleRate_]() -> Result {
             try {
-                return {.loaded = loadSynthesizer(rate, banks), .failure = {}};
+                return {.loaded = loadSynthesizer(rate, banks, {.underLoad = UnderLoad::giveUpVoices}),
+                        .failure = {}};
             } catch (const SoundBankError& error) {
                 return {.loaded = {}, .failure = error.what()};
             }

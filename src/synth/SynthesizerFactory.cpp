@@ -35,15 +35,15 @@ std::string synthesizerVersion() {
     return std::string("FluidSynth ") + (fluidSynth() != nullptr ? fluidSynth()->version() : "(missing)");
 }
 
-std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate, Effects effects) {
+std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate, const SynthesizerOptions& options) {
     if (fluidSynth() == nullptr)
         throw SoundBankError(fluidSynthIsMissing);
-    return fluidSynth()->makeSynthesizer(sampleRate, effects);
+    return fluidSynth()->makeSynthesizer(sampleRate, options);
 }
 
 BankedSynthesizer loadSynthesizer(double sampleRate, const std::vector<std::filesystem::path>& banks,
-                                  Effects effects) {
-    auto synthesizer = makeSynthesizer(sampleRate, effects);
+                                  const SynthesizerOptions& options) {
+    auto synthesizer = makeSynthesizer(sampleRate, options);
     std::string complaints;
     for (const auto& bank : banks) {
         try {

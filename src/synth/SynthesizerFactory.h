@@ -22,7 +22,8 @@ inline constexpr const char* fluidSynthIsMissing =
 [[nodiscard]] std::string synthesizerVersion();
 
 /// A synthesizer without a sound bank. Throws SoundBankError where FluidSynth is missing.
-[[nodiscard]] std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate, Effects effects = Effects::on);
+[[nodiscard]] std::unique_ptr<Synthesizer> makeSynthesizer(double sampleRate,
+                                                           const SynthesizerOptions& options = {});
 
 /// A synthesizer with its bank.
 struct BankedSynthesizer {
@@ -34,6 +35,6 @@ struct BankedSynthesizer {
 /// With the first of the banks that can be loaded. Throws SoundBankError when none can. May take seconds.
 [[nodiscard]] BankedSynthesizer loadSynthesizer(double sampleRate,
                                                 const std::vector<std::filesystem::path>& banks,
-                                                Effects effects = Effects::on);
+                                                const SynthesizerOptions& options = {});
 
 } // namespace tambrel

@@ -93,7 +93,8 @@ TEST(AllocationTest, RenderingNeitherAllocatesNorFrees) {
     const auto allocate = [] { ::operator delete(::operator new(1)); };
     ASSERT_EQ(allocationsDuring(allocate), 2) << "Nothing is counted.";
 
-    const auto synthesizer = loadedSynthesizer();
+    const auto synthesizer = makeSynthesizer(48000, {.underLoad = UnderLoad::giveUpVoices});
+    synthesizer->loadSoundBank(bankTimGM6mb);
     Sequencer sequencer(48000);
     PlaybackBuffer buffer(sequencer, 48000);
     buffer.volume().set(0.5);

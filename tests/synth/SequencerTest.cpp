@@ -265,7 +265,7 @@ TEST(SequencerTest, ACrowdAtOneMomentComesInOrderAndLeavesWhatAllOfItWould) {
         std::map<std::int64_t, int> messages;
         std::vector<std::string> sent, all;
         for (const auto& [frame, message] : written) {
-            EXPECT_LE(++messages[frame], EventFeed::mostPerBlock + 1);
+            EXPECT_LE(++messages[frame], EventFeed::mostMessagesPerBlock + 1);
             if (frame < 9000)
                 sent.push_back(message);
         }

@@ -1,8 +1,6 @@
 #include "FluidSynthesizer.h"
 
-#include "FluidVoice.h"
 #include "SoundModulators.h"
-#include "VoiceAge.h"
 
 #include <array>
 #include <dlfcn.h>
@@ -34,8 +32,8 @@ constexpr int drumBank = 128;
 
 } // namespace
 
-FluidSynthesizer::FluidSynthesizer(double sampleRate, Effects effects)
-    : settings_(makeFluidSettings(sampleRate)) {
+FluidSynthesizer::FluidSynthesizer(double sampleRate, const SynthesizerOptions& options)
+    : settings_(makeFluidSettings(sampleRate)), options_(options) {
     fluid_settings_t* const settings = settings_.get();
     fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
     fluid_settings_setint(settings, "synth.device-id", deviceNumber);
@@ -43,7 +41,7 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, Effects effects)
     fluid_settings_setint(settings, "synth.lock-memory", 0);
     fluid_settings_setint(settings, "synth.polyphony", maximumVoices);
     for (const char* effect : {"synth.reverb.active", "synth.chorus.active"})
-        fluid_settings_setint(settings, effect, effects == Effects::on ? 1 : 0);
+        fluid_settings_setint(settings, effect, options.effects == Effects::on ? 1 : 0);
     // The first one fills in tables that all share, and the next would not wait for them.
     static std::mutex making;
     const std::lock_guard lock(making);
@@ -71,6 +69,7 @@ void FluidSynthesizer::send(MIDIMessage message) noexcept {
         fluid_synth_noteoff(synth, channel, message.data1);
         break;
     case MIDIStatus::noteOn:
+        makeRoom();
         fluid_synth_noteon(synth, channel, message.data1, message.data2);
         tuneNote(channel, message.data1);
         break;
@@ -121,26 +120,6 @@ void FluidSynthesizer::sendController(int channel, std::uint8_t number, std::uin
     }
 }
 
-// The voices of one note share their number, and later ones have a larger one.
-void FluidSynthesizer::tuneNote(int channel, int key) noexcept {
-    const float cents = song_->tuningOf(channel, key);
-    if (cents == 0)
-        return;
-    unsigned latest = latestTuned_;
-    eachVoice(channel, [&](fluid_voice_t* voice) {
-        if (fluid_voice_get_key(voice) == key)
-            latest = std::max(latest, fluid_voice_get_id(voice));
-    });
-    if (latest == latestTuned_)
-        return;
-    eachVoice(channel, [&](fluid_voice_t* each) {
-        FluidVoice voice(each);
-        if (fluid_voice_get_id(each) == latest)
-            voice.set(GEN_FINETUNE, voice.get(GEN_FINETUNE) + cents);
-    });
-    latestTuned_ = latest;
-}
-
 void FluidSynthesizer::releaseNotes(int channel) noexcept {
     constexpr std::array pedals{Controller::sostenuto, Controller::sustain};
     std::array<int, pedals.size()> values{};
@@ -151,33 +130,6 @@ void FluidSynthesizer::releaseNotes(int channel) noexcept {
     fluid_synth_all_notes_off(synth_.get(), channel);
     for (std::size_t pedal = 0; pedal < pedals.size(); ++pedal)
         fluid_synth_cc(synth_.get(), channel, pedals[pedal], values[pedal]);
-}
-
-template<class Call>
-void FluidSynthesizer::eachVoice(int channel, Call call) {
-    std::array<fluid_voice_t*, maximumVoices + 1> voices; // Ends with a null pointer when not full.
-    fluid_synth_get_voicelist(synth_.get(), voices.data(), maximumVoices, -1);
-    voices.back() = nullptr;
-    for (auto* const* voice = voices.data(); *voice != nullptr; ++voice) {
-        if (fluid_voice_get_channel(*voice) == channel)
-            call(*voice);
-    }
-    // What a voice has been told waits for the end of the next call to the synthesizer.
-    static_cast<void>(fluid_synth_get_polyphony(synth_.get()));
-}
-
-// After a reset there is no other voice of the same channel and key.
-void FluidSynthesizer::resumeNote(MIDIMessage noteOn, double age) noexcept {
-    const int channel = MIDIStatus::channel(noteOn.status);
-    fluid_synth_t* synth = synth_.get();
-    fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, channel);
-    if (preset == nullptr || fluid_preset_get_banknum(preset) == drumBank)
-        return;
-    send(noteOn);
-    eachVoice(channel, [&](fluid_voice_t* voice) {
-        if (fluid_voice_get_key(voice) == noteOn.data1)
-            VoiceAging(FluidVoice(voice), fluid_voice_get_actual_key(voice), age).apply();
-    });
 }
 
 void FluidSynthesizer::sendSystem(MIDIMessage message) noexcept {
@@ -240,6 +192,10 @@ void FluidSynthesizer::resetTo(SystemMessage standard) noexcept {
         fluid_synth_set_basic_channel(synth, channel, FLUID_CHANNEL_MODE_OMNIOFF_POLY, 1);
     fluid_synth_set_gain(synth, static_cast<float>(synthesizerGain));
     parameters_->reset();
+    constexpr int allChannels = -1;
+    fluid_synth_set_interp_method(synth, allChannels,
+                                  options_.interpolation == Interpolation::best ? FLUID_INTERP_7THORDER
+                                                                                : FLUID_INTERP_4THORDER);
     song_->reset(standard);
 }
 
@@ -269,6 +225,8 @@ void FluidSynthesizer::releaseNotes() noexcept {
 void FluidSynthesizer::render(float* left, float* right, int frames) noexcept {
     fluid_synth_write_float(synth_.get(), frames, left, 0, 1, right, 0, 1);
     song_->process(left, right, frames);
+    if (options_.underLoad == UnderLoad::giveUpVoices)
+        adaptToLoad();
 }
 
 int FluidSynthesizer::activeVoices() const noexcept {

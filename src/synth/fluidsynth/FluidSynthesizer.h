@@ -12,7 +12,7 @@ namespace tambrel {
 /// FluidSynth as the General MIDI synthesizer.
 class FluidSynthesizer final : public Synthesizer {
 public:
-    FluidSynthesizer(double sampleRate, Effects effects);
+    FluidSynthesizer(double sampleRate, const SynthesizerOptions& options);
 
     void loadSoundBank(const std::filesystem::path& bank) override;
     void send(MIDIMessage message) noexcept override;
@@ -25,7 +25,14 @@ public:
 
 private:
     /// Voices that sound at most; what goes beyond takes the place of the least important.
-    static constexpr int maximumVoices = 256;
+    static constexpr int maximumVoices = 1024;
+    /// The same when the processor has no time for more.
+    static constexpr int fewestVoices = 128;
+
+    /// Follows the load: fewer voices when rendering takes most of the time there is, more when it does not.
+    void adaptToLoad() noexcept;
+    /// Ends a voice if there are as many as may be: one that is released already, or the oldest.
+    void makeRoom() noexcept;
 
     /// Lets go of the keys and pedals of a channel, whose pedals stay as they are for the notes to come.
     void releaseNotes(int channel) noexcept;
@@ -43,6 +50,8 @@ private:
     std::unique_ptr<fluid_synth_t, FluidDeleter<delete_fluid_synth>> synth_;
     std::optional<SongSettings> song_;
     std::optional<ParameterSetter> parameters_;
+    const SynthesizerOptions options_;
+    int mostVoices_ = maximumVoices;
     unsigned latestTuned_ = 0; // The latest voice that was given a tuning.
 };
 

@@ -7,8 +7,9 @@ extern "C" [[gnu::visibility("default")]] const tambrel::FluidSynthModule* tambr
     using namespace tambrel;
     static constexpr FluidSynthModule module{
         .version = []() -> const char* { return fluid_version_str(); },
-        .makeSynthesizer = [](double sampleRate, Effects effects) -> std::unique_ptr<Synthesizer> {
-            return std::make_unique<FluidSynthesizer>(sampleRate, effects);
+        .makeSynthesizer = [](double sampleRate,
+                              const SynthesizerOptions& options) -> std::unique_ptr<Synthesizer> {
+            return std::make_unique<FluidSynthesizer>(sampleRate, options);
         },
         .openDriver = openFluidAudioDriver,
         .driverFailures = fluidStrayErrors};
