@@ -1,6 +1,7 @@
 #include "SongParameters.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tambrel {
 namespace {
@@ -42,9 +43,23 @@ constexpr std::array masterTable{
     MasterParameter{"chorus type", 0x400138, 0x020120, SystemMessage::chorusType},
 };
 
-constexpr std::uint8_t nullParameter = 127;
-constexpr std::uint8_t partNRPN = 1; // The high half of the numbers in the table.
-constexpr std::uint8_t modulationDepthRange = 5;
+// Semitones and parts of 128 of one, as tens of cents.
+MIDIMessage modulationDepth(std::uint8_t channel, const ParameterValue& value) {
+    const int tens = ((value.msb << 7 | value.lsb) * 10 + 64) / 128;
+    return MIDIMessage::system(SystemMessage::modulationDepth, channel,
+                               static_cast<std::uint8_t>(std::min(tens, 127)));
+}
+
+std::optional<MIDIMessage> effectOf(std::uint8_t channel, const ParameterValue& value) {
+    constexpr ChannelParameter depthRange{.isRegistered = true, .msb = 0, .lsb = 5};
+    constexpr std::uint8_t tableMSB = 1;
+    if (value.parameter == depthRange)
+        return modulationDepth(channel, value);
+    if (value.parameter.isRegistered || value.parameter.msb != tableMSB)
+        return std::nullopt;
+    const auto row = std::ranges::find(partTable, int{value.parameter.lsb}, &PartParameter::nrpn);
+    return row == partTable.end() ? std::nullopt : std::optional(row->effect.message(channel, value.msb));
+}
 
 } // namespace
 
@@ -65,64 +80,17 @@ std::span<const MasterParameter> masterParameters() {
 }
 
 MIDIMessage ParameterReader::read(MIDIMessage message) {
-    using namespace Controller;
     if (message.isSystem() && message.isReset())
-        channels_ = {};
+        entries_ = {};
     if (MIDIStatus::kind(message.status) != MIDIStatus::controlChange)
         return message;
-    Channel& channel = channels_[MIDIStatus::channel(message.status)];
-    switch (message.data1) {
-    case nonRegisteredMSB:
-        channel.isRegistered = false;
-        channel.nonMSB = message.data2;
-        channel.nonLSB = 0;
-        break;
-    case nonRegisteredLSB:
-        channel.isRegistered = false;
-        channel.nonLSB = message.data2;
-        break;
-    case registeredMSB:
-        channel.isRegistered = true;
-        channel.msb = message.data2;
-        break;
-    case registeredLSB:
-        channel.isRegistered = true;
-        channel.lsb = message.data2;
-        break;
-    case resetAllControllers:
-        channel.isRegistered = true;
-        channel.msb = channel.lsb = channel.nonMSB = nullParameter;
-        break;
-    case dataEntryMSB:
-    case dataEntryLSB:
-        return enter(channel, message);
-    default:
-        break;
-    }
-    return message;
-}
-
-MIDIMessage ParameterReader::enter(Channel& channel, MIDIMessage message) {
-    if (channel.isRegistered)
-        return channel.msb == 0 && channel.lsb == modulationDepthRange ? enterDepth(channel, message)
-                                                                       : message;
-    if (channel.nonMSB != partNRPN || message.data1 != Controller::dataEntryMSB)
+    const std::uint8_t channel = MIDIStatus::channel(message.status);
+    if (message.data1 == Controller::resetAllControllers)
+        entries_[channel] = {};
+    if (!ParameterEntry::takes(message.data1))
         return message;
-    const auto row = std::ranges::find(partTable, int{channel.nonLSB}, &PartParameter::nrpn);
-    return row == partTable.end() ? message
-                                  : row->effect.message(MIDIStatus::channel(message.status), message.data2);
-}
-
-// Semitones, and parts of 128 of one. What the modulation wheel does by itself is half a semitone.
-MIDIMessage ParameterReader::enterDepth(Channel& channel, MIDIMessage message) {
-    const bool isHigh = message.data1 == Controller::dataEntryMSB;
-    (isHigh ? channel.depthMSB : channel.depthLSB) = message.data2;
-    if (isHigh)
-        channel.depthLSB = 0;                                     // It comes after, if at all.
-    const int halves = channel.depthMSB * 128 + channel.depthLSB; // Parts of 128 of a semitone.
-    const int tens = (halves * 10 + 64) / 128;
-    return MIDIMessage::system(SystemMessage::modulationDepth, MIDIStatus::channel(message.status),
-                               static_cast<std::uint8_t>(std::min(tens, 127)));
+    const auto entered = entries_[channel].apply(message.data1, message.data2);
+    return entered ? effectOf(channel, *entered).value_or(message) : message;
 }
 
 } // namespace tambrel

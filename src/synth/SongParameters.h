@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MIDIMessage.h"
+#include "ParameterEntry.h"
 
 #include <array>
 #include <cstdint>
@@ -50,17 +51,7 @@ public:
     [[nodiscard]] MIDIMessage read(MIDIMessage message);
 
 private:
-    struct Channel {
-        bool isRegistered = true;
-        std::uint8_t msb = 127, lsb = 127;     // Registered.
-        std::uint8_t nonMSB = 127, nonLSB = 0; // Non-registered.
-        std::uint8_t depthMSB = 0, depthLSB = 64;
-    };
-
-    [[nodiscard]] static MIDIMessage enter(Channel& channel, MIDIMessage message);
-    [[nodiscard]] static MIDIMessage enterDepth(Channel& channel, MIDIMessage message);
-
-    std::array<Channel, 16> channels_;
+    std::array<ParameterEntry, 16> entries_; // By channel.
 };
 
 } // namespace tambrel
