@@ -5,6 +5,7 @@
 #include <string_view>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tambrel {
 namespace {
@@ -51,6 +52,7 @@ void PulseAudioDriver::end() {
     const PulseConnection::Lock lock(connection_);
     stream_.reset();
     pa_context_set_state_callback(connection_.context(), nullptr, nullptr);
+    pa_context_disconnect(connection_.context()); // No answer to a question comes any more.
     connection_.api()->defer_free(refill_);
     connection_.api()->io_free(onOrder_);
     close(orders_);
@@ -120,7 +122,8 @@ void PulseAudioDriver::listenTo(pa_stream* stream) {
     pa_stream_set_underflow_callback(
         stream,
         [](pa_stream*, void* self) {
-            static_cast<Self*>(self)->underruns_.fetch_add(1, std::memory_order_relaxed);
+            if (static_cast<Self*>(self)->hasStarted_)
+                static_cast<Self*>(self)->underruns_.fetch_add(1, std::memory_order_relaxed);
         },
         this);
     pa_stream_set_latency_update_callback(stream, callOn<Self, &Self::tellTime>, this);
@@ -156,7 +159,7 @@ void PulseAudioDriver::learnOfSink() {
 
 // The server is asked how far it is, then what it has not played is written over.
 void PulseAudioDriver::look() {
-    if (pa_stream_get_state(stream_.get()) != PA_STREAM_READY)
+    if (!hasStarted_)
         return;
     drop(pa_stream_update_timing_info(
         stream_.get(),
@@ -175,8 +178,13 @@ void PulseAudioDriver::writeOver() {
     const std::int64_t heard = canRewind_ ? taken - framesIn(time->sink_usec) : taken;
     const auto tooNear = static_cast<std::int64_t>(secondsTooNear * sampleRate_);
     const std::int64_t free = std::max<std::int64_t>(heard + tooNear, 0);
-    const std::int64_t unheard = std::clamp<std::int64_t>(written_ - free, 0, written_);
-    const int back = source_.takeBack(static_cast<int>(unheard));
+    const std::int64_t unheard = std::max<std::int64_t>(written_ - free, 0);
+    const std::int64_t rendered = written_ - lead_;
+    std::int64_t back = source_.takeBack(static_cast<int>(std::min(unheard, rendered)));
+    if (back == rendered) {
+        lead_ -= unheard - back;
+        back = unheard;
+    }
     written_ -= back;
     const auto first = static_cast<std::int64_t>(secondsWrittenFirst * sampleRate_);
     std::int64_t seek = -back;
@@ -200,7 +208,10 @@ void PulseAudioDriver::write(int frames, std::int64_t seek) {
     if (pa_stream_begin_write(stream_.get(), &memory, &bytes) < 0 || memory == nullptr)
         return;
     frames = static_cast<int>(bytes / bytesPerFrame);
-    source_.renderAudio(left_.data(), right_.data(), frames);
+    if (hasStarted_)
+        source_.renderAudio(left_.data(), right_.data(), frames);
+    else
+        lead_ += frames;
     auto* interleaved = static_cast<float*>(memory);
     for (std::size_t frame = 0; frame < static_cast<std::size_t>(frames); ++frame) {
         *interleaved++ = left_[frame];
@@ -217,12 +228,14 @@ void PulseAudioDriver::tellTime() {
         return;
     const std::int64_t heard =
         time->read_index / bytesPerFrame + framesIn(time->transport_usec) - framesIn(time->sink_usec);
-    if (heard > 0) {
-        timeval now{};
-        pa_gettimeofday(&now);
-        const std::chrono::microseconds age(pa_timeval_diff(&now, &time->timestamp));
-        source_.heard(heard, std::chrono::steady_clock::now() - age);
-    }
+    if (heard <= 0)
+        return;
+    if (!std::exchange(hasStarted_, true))
+        writeOver();
+    timeval now{};
+    pa_gettimeofday(&now);
+    const std::chrono::microseconds age(pa_timeval_diff(&now, &time->timestamp));
+    source_.heard(heard - lead_, std::chrono::steady_clock::now() - age);
 }
 
 std::int64_t PulseAudioDriver::framesIn(pa_usec_t time) const {

@@ -58,6 +58,8 @@ private:
     pa_defer_event* refill_ = nullptr;
     bool canRewind_ = false;   // What the sink has taken over can be written over too.
     std::int64_t written_ = 0; // Frames, without those that were written over.
+    std::int64_t lead_ = 0;    // Of these, silence while the device starts, which may tear what it is given.
+    bool hasStarted_ = false;
     std::array<float, framesPerChunk> left_{};
     std::array<float, framesPerChunk> right_{};
     std::atomic<bool> hasFailed_{false};
