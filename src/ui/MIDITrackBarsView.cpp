@@ -121,7 +121,8 @@ void MIDITrackBarsView::layOut() {
     const auto all =
         lanes_.empty() ? static_cast<std::size_t>(std::max<std::int64_t>(trackCount_, 0)) : lanes_.size();
     const QString text = QString("%1 of %2 tracks").arg(shown).arg(all);
-    setAccessibleDescription(hasRows() ? text : hint);
+    if (const QString said = hasRows() ? text : hint; said != accessibleDescription())
+        setAccessibleDescription(said); // Assistive software is told of each that is set.
     setToolTip(shown < all ? text : QString());
 }
 

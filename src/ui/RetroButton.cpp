@@ -46,7 +46,8 @@ void RetroButton::explain(const QString& purpose, const QKeySequence& key, const
 void RetroButton::showExplanation() {
     const QString more = isEnabled() || whileDisabled_.isEmpty() ? QString() : ". " + whileDisabled_;
     const QString key = key_.isEmpty() ? QString() : " (" + key_.toString(QKeySequence::NativeText) + ")";
-    setAccessibleDescription(purpose_ + more);
+    if (accessibleDescription() != purpose_ + more) // Assistive software is told of each that is set.
+        setAccessibleDescription(purpose_ + more);
     setToolTip(purpose_ + key + more);
 }
 
