@@ -1,9 +1,9 @@
 #include "MIDI2ClipBuilder.h"
 
 #include "MIDI2Clip.h"
+#include "MIDI2ClipMerge.h"
 #include "MIDIDataWriter.h"
 #include "SMFHeader.h"
-#include "SMFTrackMerger.h"
 
 #include <algorithm>
 #include <bit>
@@ -94,13 +94,8 @@ MIDIData build(ByteView smf, const std::stop_token& stop) {
             midi1ChannelVoice | std::uint32_t{event.status} << 16 | std::uint32_t{smf[data]} << 8 | data2;
         return true;
     };
-    SMFTrackMerger::merge<TimedUMP>(smf, SMFTrackEventWalker::trackChunks(smf, header->trackCount),
-                                    SMFMalformedEventPolicy::skip, channelVoiceWord,
-                                    [&clip, &stop](std::span<const TimedUMP> packets) {
-                                        if (stop.stop_requested())
-                                            throw MIDI2ClipBuildCancelled();
-                                        clip.append(packets);
-                                    });
+    mergeTracks<TimedUMP>(smf, header->trackCount, SMFMalformedEventPolicy::skip, stop, channelVoiceWord,
+                          [&clip](std::span<const TimedUMP> packets) { clip.append(packets); });
     return clip.end();
 }
 

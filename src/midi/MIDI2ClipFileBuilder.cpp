@@ -1,8 +1,7 @@
 #include "MIDI2Clip.h"
-#include "MIDI2ClipBuilder.h"
+#include "MIDI2ClipMerge.h"
 #include "MIDIDataWriter.h"
 #include "SMFHeader.h"
-#include "SMFTrackMerger.h"
 
 #include <algorithm>
 #include <array>
@@ -193,11 +192,9 @@ MIDIData buildFile(ByteView smf, const std::stop_token& stop) {
     const ClipTime time = clipTime(header->division);
     ClipFileWriter clip(smf, 128 + smf.size() / 3 * 8);
     clip.begin(time);
-    const std::uint32_t lastTick = SMFTrackMerger::merge<ClipEvent>(
-        smf, SMFTrackEventWalker::trackChunks(smf, header->trackCount), SMFMalformedEventPolicy::stop,
-        Selection(smf, time.fixedTempo.has_value()), [&clip, &stop](std::span<const ClipEvent> events) {
-            if (stop.stop_requested())
-                throw MIDI2ClipBuildCancelled();
+    const std::uint32_t lastTick = mergeTracks<ClipEvent>(
+        smf, header->trackCount, SMFMalformedEventPolicy::stop, stop,
+        Selection(smf, time.fixedTempo.has_value()), [&clip](std::span<const ClipEvent> events) {
             for (const ClipEvent& event : events)
                 clip.append(event);
         });
