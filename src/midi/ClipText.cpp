@@ -27,7 +27,7 @@ bool restIsZero(const UMPPacket& packet, std::size_t from) {
     return true;
 }
 
-/// Writes packets, each by a name where that says all of it, else by its words.
+/// Writes each packet by name where the name tells all of it, else as words.
 class ClipDumper {
 public:
     explicit ClipDumper(ByteView clip) : clip_(clip), out_(clip.size() * 4 + 64) {}
@@ -137,7 +137,7 @@ private:
 
     ByteView clip_;
     TextWriter out_;
-    bool isLineOpen_ = false; // A clockstamp stands there, and the packet it delays is still to come.
+    bool isLineOpen_ = false; // It has a clockstamp; the packet that it delays is still to come.
 };
 
 /// Turns lines into packets.
@@ -147,7 +147,7 @@ public:
 
     MIDIData run() {
         in_.nextLine();
-        static_cast<void>(in_.word()); // Has been seen to be the right one.
+        static_cast<void>(in_.word()); // The caller has seen it.
         out_.append(signature);
         while (in_.nextLine()) {
             if (in_.takes('+'))

@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <string_view>
 
+/// The words of the event text (docs/tambrel-midi.md). Constants; any thread.
 namespace tambrel::EventText {
 
-/// The words for channel messages, by the kind of their status from 0x80 on.
+/// Channel messages, by the kind of their status from 0x80 on.
 inline constexpr std::array<std::string_view, 7> channelNames{"off",     "on",       "poly", "control",
                                                               "program", "pressure", "bend"};
 
-/// The words for meta events that hold text, by their type from 1 on.
+/// Meta events that hold text, by their type from 1 on.
 inline constexpr std::array<std::string_view, 9> textNames{
     "text", "copyright", "name", "instrument", "lyric", "marker", "cue", "program-name", "device"};
 

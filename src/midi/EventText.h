@@ -10,19 +10,18 @@
 
 namespace tambrel {
 
-/// Songs and clips as text, one event a line, and back. What is written as text becomes the same bytes again,
-/// whatever way of writing them the file has chosen. The form is described in docs/tambrel-midi.md. Pure, any
-/// thread.
+/// Songs and clips as text, one event a line, and back. The text keeps every way in which a file may write an
+/// event: building it gives the same bytes again. docs/tambrel-midi.md describes the form. Pure, any thread.
 namespace EventText {
 
-/// The data cannot be read as events, or the text is none of events; `what` says why and where.
+/// The data or the text cannot be read as events; `what` says why and where.
 class Error : public std::runtime_error {
 public:
     explicit Error(const std::string& what, std::string byteReason = {}, std::size_t bytePosition = 0)
         : std::runtime_error(what), reason(std::move(byteReason)), position(bytePosition) {}
 
-    std::string reason;       ///< Without the place; only of data.
-    std::size_t position = 0; ///< Of the byte; only of data.
+    std::string reason;       ///< Without the place; empty for text.
+    std::size_t position = 0; ///< Of the byte; 0 for text.
 };
 
 /// The text of a Standard MIDI File of any format, or of a MIDI 2.0 Clip File. Throws Error with the byte.

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-/// What the texts of songs and of clips share.
+/// What the texts of songs and of clips share. Pure, any thread; what cannot be read throws Error.
 namespace tambrel::EventText {
 
 [[nodiscard]] std::string dumpSong(ByteView data);
@@ -24,7 +24,7 @@ namespace tambrel::EventText {
     return value < 0x80 ? 1 : value < 0x4000 ? 2 : value < 0x20'0000 ? 3 : 4;
 }
 
-/// The name of a channel message, its channel as `writeChannel` puts it, and its data.
+/// Writes the name of a channel message, its channel by `writeChannel`, and its data.
 template<class WriteChannel>
 void writeChannelMessage(std::uint8_t status, std::uint8_t data1, std::uint8_t data2, TextWriter& out,
                          WriteChannel writeChannel) {

@@ -8,7 +8,7 @@ namespace tambrel {
 
 void preferLargePages(void* block, std::size_t bytes) {
     constexpr std::size_t fewest = std::size_t{8} << 20;
-    constexpr std::size_t most = std::size_t{256} << 20; // So many large pages have to be searched for.
+    constexpr std::size_t most = std::size_t{256} << 20; // The kernel would search long for more large pages.
     if (bytes < fewest || bytes > most)
         return;
     static const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));

@@ -11,7 +11,7 @@ namespace tambrel {
 /// changes nothing but the speed, and leaves blocks below 8 and above 256 MB alone. Any thread.
 void preferLargePages(void* block, std::size_t bytes);
 
-/// Memory of a vector that may take many megabytes; what `resize` adds is left to be written.
+/// For a vector of many megabytes; what `resize` adds is not initialized. Any thread.
 template<class T>
 struct LargePageAllocator {
     using value_type = T;

@@ -2,7 +2,8 @@
 
 namespace tambrel {
 
-/// The lower-case form of an ASCII letter; any other character as it is, in whatever locale.
+/// The lower-case form of an ASCII letter; any other character unchanged, whatever the locale. Pure, any
+/// thread.
 [[nodiscard]] constexpr char lowerCased(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

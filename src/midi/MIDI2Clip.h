@@ -9,13 +9,13 @@
 namespace tambrel {
 
 /// The container of MIDI 2.0 clips (MIDI Clip File, M2-116-U): a signature of 8 bytes, then Universal MIDI
-/// Packets without a gap, every word big-endian.
+/// Packets without a gap, every word big-endian. Pure, any thread.
 namespace MIDI2Clip {
 
 inline constexpr std::array<std::uint8_t, 8> signature{'S', 'M', 'F', '2', 'C', 'L', 'I', 'P'};
 inline constexpr std::uint16_t defaultTicksPerQuarterNote = 480;
 
-// First words of the packets that make up a clip, on group 0 and with nothing in their value.
+// First words of a clip's packets, for group 0 and with a value of 0.
 inline constexpr std::uint32_t noOperation = 0;
 inline constexpr std::uint32_t ticksPerQuarterNote = 0x00300000; ///< Value: the low 16 bits.
 inline constexpr std::uint32_t deltaClockstamp = 0x00400000;     ///< Value: ticks, the low 20 bits.

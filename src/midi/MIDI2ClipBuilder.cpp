@@ -33,10 +33,10 @@ public:
             out_.appendU32(word);
     }
 
-    // At least one, in order of their ticks.
+    // `packets` is not empty and in order of tick.
     void append(std::span<const TimedUMP> packets) {
         constexpr std::uint32_t longest = longestClockstamp;
-        const std::size_t pauses = (packets.back().tick - lastTick_) / longest; // At most so many.
+        const std::size_t pauses = (packets.back().tick - lastTick_) / longest; // At most.
         const std::span<std::uint8_t> room = out_.room((packets.size() + pauses) * pairSize);
         std::uint8_t* at = room.data();
         std::uint32_t tick = lastTick_;
@@ -82,7 +82,7 @@ MIDIData build(ByteView smf, const std::stop_token& stop) {
     const auto header = SMFHeader::read(smf);
     if (!header)
         return {};
-    // A note under running status is three bytes here and two words there.
+    // A note under running status takes three bytes in the song and two words in the clip.
     ClipWriter clip(64 + smf.size() / 3 * 8);
     clip.begin(header->division);
     const auto channelVoiceWord = [smf](const SMFTimedTrackEvent& event, TimedUMP& packet) {

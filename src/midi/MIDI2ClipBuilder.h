@@ -14,7 +14,7 @@ struct MIDI2ClipBuildSummary {
     std::int64_t umpWordCount = 0;
     std::int64_t channelVoiceWordCount = 0; ///< Words that begin like a MIDI 1.0 channel voice packet.
 
-    /// True when the clip says more than its frame does: it is worth being kept.
+    /// True when the clip has more than its frame, and is worth keeping.
     [[nodiscard]] bool hasChannelVoice() const {
         constexpr std::int64_t frameSize = 28;
         return byteCount >= frameSize && channelVoiceWordCount >= 1;
@@ -23,7 +23,7 @@ struct MIDI2ClipBuildSummary {
     bool operator==(const MIDI2ClipBuildSummary&) const = default;
 };
 
-/// The caller of `MIDI2ClipBuilder::build` has asked it to give up.
+/// Thrown by a build that was asked to stop.
 class MIDI2ClipBuildCancelled : public std::exception {};
 
 /// Makes MIDI 2.0 clips (MIDI Clip File, M2-116-U; UMP, M2-104-UM) from Standard MIDI Files. Pure, any
@@ -38,9 +38,9 @@ namespace MIDI2ClipBuilder {
 
 /// A MIDI 2.0 Clip File for any reader: every packet after its delta clockstamp, start and end of the clip as
 /// packets of four words, tempo, time and key signatures as flex data, whole system exclusive messages. A
-/// time-code division becomes ticks at 60 beats per minute, which last as long. What a clip has no packet for
-/// is left out, as is the rest of a track from its first defect on. Empty when the data has no Standard MIDI
-/// File header. Throws MIDI2ClipBuildCancelled once `stop` asks.
+/// time-code division becomes ticks per quarter note at 60 beats per minute, of the same length. Left out:
+/// what a clip has no packet for, and a track from its first defect on. Empty when the data has no Standard
+/// MIDI File header. Throws MIDI2ClipBuildCancelled once `stop` asks.
 [[nodiscard]] MIDIData buildFile(ByteView smf, const std::stop_token& stop = {});
 
 /// Counts word by word, not packet by packet. Both word counts are 0 when the clip's signature is missing.

@@ -18,7 +18,7 @@ ByteView payload(ByteView clip) {
     return packets;
 }
 
-// The packet that `rest` begins with, made sure to be whole.
+// The packet that `rest` begins with. Throws when it is cut off.
 UMPPacket firstPacket(ByteView rest) {
     const UMPPacket packet(rest);
     const std::size_t words = rest.size() / 4;
@@ -36,7 +36,7 @@ MIDI2ClipContent::MIDI2ClipContent(ByteView clip) {
         for (; !rest.empty(); ++summary.totalPackets)
             rest = rest.subspan(4 * read(firstPacket(rest)));
     } catch (const MIDI2ClipImportError&) {
-        // A packet that is cut off makes the clip no list of packets at all, and goes before what one says.
+        // A packet that is cut off further on is reported first.
         while (!rest.empty())
             rest = rest.subspan(4 * firstPacket(rest).wordCount());
         throw;
@@ -44,8 +44,8 @@ MIDI2ClipContent::MIDI2ClipContent(ByteView clip) {
     finish();
 }
 
-// Returns the packet's words. As a constant in each branch, because the processor then guesses where the next
-// packet begins from the kind of this one, and need not wait until it is read.
+// Returns the packet's words, as a constant in each branch: the processor predicts the branch, and so knows
+// where the next packet begins before it has read this one.
 std::size_t MIDI2ClipContent::read(const UMPPacket& packet) {
     switch (packet.type()) {
     case UMPMessageType::utility:
@@ -88,7 +88,7 @@ void MIDI2ClipContent::advance(std::uint32_t ticks) {
     accumulatedTicks_ += ticks;
 }
 
-// Before the start and after the end of the clip everything happens at once.
+// Packets before the start and after the end of the clip are at tick 0.
 std::uint32_t MIDI2ClipContent::tick() const {
     return isStarted_ ? accumulatedTicks_ - startTick_ : 0;
 }

@@ -11,7 +11,7 @@
 
 namespace tambrel {
 
-/// Which track a channel message belongs to. Tracks are written in this order.
+/// The track of a channel message: group and channel, 0 to 15 each. Tracks are written in this order.
 struct TrackKey {
     std::uint8_t group = 0;
     std::uint8_t channel = 0;
@@ -27,7 +27,7 @@ struct TrackKey {
     }
 };
 
-/// What the packets of a MIDI 2.0 clip say (MIDI Clip File, M2-116-U), sorted out by track.
+/// The content of a MIDI 2.0 clip (MIDI Clip File, M2-116-U; UMP, M2-104-UM), by track. Any thread.
 class MIDI2ClipContent {
 public:
     /// Throws `MIDI2ClipImportError`.

@@ -16,8 +16,8 @@ namespace {
 
 using namespace MIDI2Clip;
 
-/// One event that a clip can say. Packets of one word are `first`, flex data has `second` as well, and of
-/// system exclusive messages these are the place in the file and the size.
+/// One event of a clip. `first` is the first word of its packet; `second` is the second word of flex data, or
+/// the place of a system exclusive message in the file, which has `size` bytes.
 struct ClipEvent {
     std::uint32_t tick;
     std::uint32_t first;
@@ -25,7 +25,7 @@ struct ClipEvent {
     std::uint32_t size;
 };
 
-// With a time-code division a quarter note stands for a second, and the tempo is always the same.
+// With a time-code division a quarter note lasts a second, and the tempo is fixed.
 struct ClipTime {
     std::uint32_t ticksPerQuarter;
     std::optional<std::uint32_t> fixedTempo; // In units of 10 ns per quarter note.
@@ -42,7 +42,7 @@ ClipTime clipTime(Division division) {
             static_cast<std::uint32_t>(std::lround(second * frames / division.framesPerSecond()))};
 }
 
-/// Tells what of a song a clip says.
+/// Selects the events of a song that a clip can hold.
 class Selection {
 public:
     Selection(ByteView smf, bool hasFixedTempo) : smf_(smf), hasFixedTempo_(hasFixedTempo) {}
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    // What is no data byte would make another packet of it.
+    // Data bytes are cut to seven bits: an eighth would turn it into another packet.
     static bool selectChannelMessage(std::uint8_t status, ByteView data, ClipEvent& packet) {
         const std::uint32_t data2 = data.size() == 2 ? data[1] & 0x7FU : 0;
         packet.first = midi1ChannelVoice | std::uint32_t{status} << 16 | (data[0] & 0x7FU) << 8 | data2;
@@ -71,7 +71,7 @@ private:
             packet.first = setTempo;
             packet.second =
                 (std::uint32_t{data[0]} << 16 | std::uint32_t{data[1]} << 8 | data[2]) * unitsPerMicrosecond;
-            return packet.second != 0; // That would be no tempo.
+            return packet.second != 0; // 0 is no tempo.
         }
         if (type == MetaType::timeSignature && data.size() >= 4 && data[0] != 0 &&
             data[1] <= largestDenominatorExponent) {

@@ -7,7 +7,8 @@
 
 namespace tambrel {
 
-/// Why a MIDI 2.0 clip cannot be turned into a Standard MIDI File. `what()` is the text for the user.
+/// Why a MIDI 2.0 clip cannot be turned into a Standard MIDI File. `what()` is the text for the user. Any
+/// thread.
 class MIDI2ClipImportError : public std::exception {
 public:
     enum class Case {
@@ -19,7 +20,7 @@ public:
         noPlayableEvents,
     };
 
-    /// One of the cases that say all by themselves.
+    /// For a case whose text needs no figures.
     explicit MIDI2ClipImportError(Case errorCase);
     [[nodiscard]] static MIDI2ClipImportError truncatedPacket(std::uint8_t type, std::size_t expected,
                                                               std::size_t remaining);

@@ -7,7 +7,7 @@
 
 namespace tambrel {
 
-/// What an import found in a MIDI 2.0 clip. Groups and channels count from 0.
+/// What an import found in a MIDI 2.0 clip. Groups and channels count from 0. Any thread.
 struct MIDI2ClipImportSummary {
     std::int64_t totalPackets = 0;
     std::int64_t importedPackets = 0;

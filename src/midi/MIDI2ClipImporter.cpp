@@ -62,7 +62,7 @@ private:
 
     template<class Events>
     void appendEvents(Events& events) {
-        // Only a clip that ends and goes on, or starts twice, goes back in time.
+        // Time goes back only in a clip that starts twice or goes on after its end.
         using Event = typename Events::value_type;
         if (!std::ranges::is_sorted(events, {}, &Event::tick))
             std::ranges::stable_sort(events, {}, &Event::tick);

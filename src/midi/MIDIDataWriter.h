@@ -13,9 +13,10 @@
 
 namespace tambrel {
 
-/// A byte buffer that is written once, from front to back, and becomes `MIDIData` without a copy. Memory that
-/// was expected but not written is never touched, and a large buffer grows by pages, not by copying, so that
-/// the peak is little more than the content. Integers are big-endian. Throws `std::bad_alloc`.
+/// A byte buffer that is written once, from front to back, and becomes `MIDIData` without a copy. A large
+/// buffer grows by remapping its pages, not by copying, and memory that is not written is never touched: the
+/// peak is little more than the content. Integers are big-endian. Throws `std::bad_alloc`. One thread at a
+/// time.
 class MIDIDataWriter {
 public:
     explicit MIDIDataWriter(std::size_t expectedSize) { grow(expectedSize); }
@@ -29,7 +30,7 @@ public:
         position_ += bytes.size();
     }
 
-    /// The first `count` of a few bytes.
+    /// Appends the first `count` bytes of a small array.
     template<std::size_t capacity>
     void append(const std::array<std::uint8_t, capacity>& bytes, std::size_t count = capacity) {
         assert(count <= capacity);
@@ -64,7 +65,7 @@ public:
         position_ = at;
     }
 
-    /// Free memory behind what is written, `atLeast` bytes of it; `commit` then takes in what was put there.
+    /// At least `atLeast` free bytes behind what is written; `commit` then counts in those that were filled.
     [[nodiscard]] std::span<std::uint8_t> room(std::size_t atLeast) {
         makeRoom(atLeast);
         return {position_, end_};

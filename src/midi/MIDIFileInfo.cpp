@@ -101,7 +101,7 @@ std::vector<MIDITrackPhraseLane> phraseLanes(std::vector<LaneEntry> entries, std
     return lanes;
 }
 
-// Two quarter notes, for which two frames stand in for time code.
+// Two quarter notes, or two frames of time code.
 std::uint64_t phraseGapTicks(Division division) {
     return 2 * std::uint64_t{division.ticks()};
 }

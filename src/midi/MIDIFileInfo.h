@@ -11,7 +11,7 @@
 namespace tambrel {
 
 /// A span of the song in which notes are struck, as fractions of its length in ticks. `end` is at least 0.005
-/// past `start` and may so pass 1.0.
+/// past `start`, so it may exceed 1.0.
 struct MIDIPhrase {
     double start = 0;
     double end = 0;

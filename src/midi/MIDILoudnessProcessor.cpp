@@ -22,7 +22,7 @@ bool isBass(std::uint8_t program) {
 
 bool namesDrumsOrBass(std::string_view trackName) {
     std::string name(trackName);
-    // No letter outside ASCII has a lower-case form among those sought.
+    // The words sought are ASCII.
     std::ranges::transform(name, name.begin(), lowerCased);
     constexpr std::array<std::string_view, 3> words{"bass", "drum", "perc"};
     return std::ranges::any_of(words,

@@ -7,7 +7,8 @@
 
 namespace tambrel {
 
-/// The system-exclusive messages that change what a General MIDI synthesizer sounds like.
+/// The system-exclusive messages that change how a General MIDI synthesizer sounds. Like all here, any
+/// thread.
 enum class SystemMessage : std::uint8_t {
     none,
     gmReset,      ///< Universal: GM System On, also GM2 On and Off.
@@ -15,24 +16,24 @@ enum class SystemMessage : std::uint8_t {
     xgReset,      ///< XG System On.
     masterVolume, ///< Universal; `data2` and `data3` are the low and high 7 bits.
     rhythmPart,   ///< GS use for rhythm part; `data2` is the channel, `data3` the drum map or 0 for none.
-    // Of the whole instrument, but for its drums.
-    masterTuning,   ///< `data2` and `data3` as above; 8192 is none, and a semitone either way.
+    // Of the whole instrument except its drums.
+    masterTuning,   ///< `data2` and `data3` as above: 0 a semitone down, 8192 none, 16383 one up.
     masterKeyShift, ///< `data3` in semitones; 64 is none.
     masterBalance,  ///< `data3`: 0 is left, 64 the middle, 127 right.
     reverbType,     ///< `data3` is a kind of reverb in the order of GS, 8 being off.
     chorusType,     ///< `data3` is a kind of chorus in the order of GS, 8 being off.
-    // Of a key in all channels; both are told, this one first.
+    // Of a key in all channels; always sent as a pair, in this order.
     keyTuning,         ///< The key `data2` sounds at the semitone `data3`,
     keyTuningFraction, ///< and `data3` parts of 128 above.
     // Of the channel `data2`; `data3` is the value.
     keyShift,        ///< Semitones; 64 is none.
-    modulationDepth, ///< Tens of cents that the modulation wheel does at most.
-    scaleTuning,     ///< Cents of every C, 64 being none; the kinds from here on are C#, D and so on to B.
+    modulationDepth, ///< Depth of the full modulation wheel, in tens of cents.
+    scaleTuning,     ///< Cents of every C, 64 being none; the kinds that follow are of C#, D, up to B.
     lastScaleTuning = scaleTuning + 11,
 };
 
-/// One message of MIDI 1.0 in four bytes: a channel message as it is sent, or what a system-exclusive message
-/// comes down to, with its kind in `data1`.
+/// One MIDI 1.0 message in four bytes: a channel message as it is sent, or a system-exclusive message reduced
+/// to its kind, in `data1`, and its values.
 struct MIDIMessage {
     std::uint8_t status = 0;
     std::uint8_t data1 = 0;

@@ -6,7 +6,7 @@
 namespace tambrel {
 
 /// Status bytes of MIDI 1.0 messages and of the events of a Standard MIDI File; a channel message carries its
-/// channel, 0 to 15, in the low four bits.
+/// channel, 0 to 15, in the low four bits. Pure, any thread.
 namespace MIDIStatus {
 
 inline constexpr std::uint8_t noteOff = 0x80;

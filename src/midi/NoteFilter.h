@@ -23,12 +23,12 @@ struct NoteFilter {
     [[nodiscard]] bool isEmpty() const;
     [[nodiscard]] bool lets(std::size_t track, std::size_t channel) const;
 
-    /// The song without the notes that are not heard. Everything else stays, at its time: what a channel is
-    /// set to does not depend on who listens. A track ends at its first defect, as it does when played. Any
-    /// thread.
+    /// The song without the notes that are not heard. Everything else stays, at its time, so that channels
+    /// keep their settings. A track ends at its first defect, as it does when played. Pure. Any thread.
     [[nodiscard]] MIDIData applied(ByteView smf) const;
 };
 
+/// The tracks and channels of a whole song in which notes are struck. Pure, any thread.
 [[nodiscard]] NoteParts partsWithNotes(ByteView smf);
 
 } // namespace tambrel

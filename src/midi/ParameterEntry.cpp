@@ -3,8 +3,8 @@
 namespace tambrel {
 namespace {
 
-// SoundFont 2.01, 9.6: hundreds, thousands and ten thousands of a generator come before the rest of its
-// number. There are fewer than a hundred generators.
+// SoundFont 2.01, 9.6: 100, 101 and 102 add hundreds, thousands and ten thousands to a generator's number.
+// There are fewer than a hundred generators.
 constexpr bool isPartOfALargeNumber(std::uint8_t lsb) {
     return lsb >= 100 && lsb <= 102;
 }

@@ -26,8 +26,9 @@ struct ParameterValue {
     std::uint8_t lsb = 0;
 };
 
-/// The parameter of one channel that is selected, and the data entered for it since. A selection forgets what
-/// has been entered before. The low half alone sets nothing; it may come before the high half or after it.
+/// The selected parameter of one channel, and the data entered for it. A new selection forgets the data. The
+/// low half alone sets nothing; it may come before the high half or after it. One thread at a time; nothing
+/// allocates or fails.
 class ParameterEntry {
 public:
     /// True of the six controllers that select parameters and enter data.
@@ -36,10 +37,10 @@ public:
                (controller >= Controller::nonRegisteredLSB && controller <= Controller::registeredMSB);
     }
 
-    /// Takes in one of the six; the value that it sets, if it sets one.
+    /// Takes one of the six. Returns the value that it sets, if any.
     std::optional<ParameterValue> apply(std::uint8_t controller, std::uint8_t value);
 
-    /// Calls `send(controller, value)` for what brings any entry to this one.
+    /// Calls `send(controller, value)` for the controllers that turn any other entry into this one.
     template<class Send>
     void restore(Send send) const {
         using namespace Controller;

@@ -13,7 +13,7 @@ std::string hexadecimal(std::uint8_t byte) {
     return {'0', 'x', digits[byte >> 4], digits[byte & 15]};
 }
 
-// At a quantity that cannot be read.
+// Of a variable-length quantity that cannot be read.
 SMFDefect brokenQuantity(std::size_t position, std::size_t end, const char* what) {
     constexpr std::size_t longest = 4;
     if (end - position < longest)

@@ -55,7 +55,7 @@ private:
         return position + 1;
     }
 
-    // Where a quantity takes more bytes than it must.
+    // Writes the count of bytes of a quantity that is not the shortest.
     void noteOddLength(std::uint32_t value, std::size_t bytes) {
         if (bytes == quantityLength(value))
             return;

@@ -8,7 +8,7 @@
 
 namespace tambrel {
 
-/// What a tick of a Standard MIDI File is: a part of a quarter note, or a part of a frame of time code.
+/// What a tick of a Standard MIDI File is: a part of a quarter note, or a part of a frame of time code. Pure.
 class Division {
 public:
     /// From the last word of the header chunk.
@@ -20,8 +20,8 @@ public:
         const std::uint16_t ticks = isTimeCode() ? word_ & 0xFF : word_;
         return ticks == 0 ? std::uint16_t{1} : ticks;
     }
-    /// Of time code: 24, 25, 30000/1001 (written 29, drop frame) or 30; whatever else the file says is taken
-    /// at its word, 1 to 128.
+    /// Of time code: 24, 25, 30000/1001 (written 29, drop frame) or 30; any other number is taken as it is, 1
+    /// to 128.
     [[nodiscard]] constexpr double framesPerSecond() const {
         constexpr int dropFrame = 29;
         const int frames = 0x100 - (word_ >> 8); // Stored negative.

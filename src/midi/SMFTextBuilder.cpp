@@ -37,7 +37,7 @@ private:
     }
 
     void buildHeader() {
-        static_cast<void>(in_.word()); // Has been seen to be the right one.
+        static_cast<void>(in_.word()); // The caller has seen it.
         appendText("MThd");
         out_.appendU32(0);
         out_.appendU16(static_cast<std::uint16_t>(in_.number(0, 0xFFFF)));
@@ -104,7 +104,7 @@ private:
         endTrack();
     }
 
-    // "TICK", a count of bytes where it is odd, and a mark where the status is left out.
+    // "TICK", its count of bytes where it is not the shortest, and a mark for running status.
     void buildEvent() {
         if (!chunkAt_)
             in_.fail("An event belongs into a track.");
@@ -162,7 +162,7 @@ private:
             out_.append(std::array{byte(in_.number(0, 0x7F))});
     }
 
-    // The count of bytes of the length, where it is odd, stands before the payload.
+    // Before the payload: the count of bytes of its length, where that is not the shortest.
     void buildPayload(std::uint8_t status) {
         const std::int64_t lengthBytes = oddLength();
         in_.hex(payload_);

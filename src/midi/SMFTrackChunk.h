@@ -20,8 +20,8 @@ struct SMFTrackChunk {
 
 namespace SMFTrackEventWalker {
 
-/// The track chunks of a whole file, in file order: at most `declaredTrackCount`, fewer the
-/// data ends, a foreign chunk follows, or a chunk is truncated. Reports no error. Any thread.
+/// The track chunks of a whole file, in file order: at most `declaredTrackCount`, fewer where the data ends,
+/// a foreign chunk follows, or a chunk is truncated. Reports no error. Any thread.
 [[nodiscard]] std::vector<SMFTrackChunk> trackChunks(ByteView data, std::size_t declaredTrackCount);
 
 } // namespace SMFTrackEventWalker

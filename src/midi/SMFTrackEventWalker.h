@@ -87,8 +87,8 @@ private:
         return data_.data()[position]; // Every caller has compared the position with end_.
     }
 
-    // Longer than anything when the quantity is cut off or too long. Works on a copy of the position, whose
-    // own address is never taken, so that it stays in a register.
+    // The largest value when the quantity is cut off or too long. Reads through a copy of the position: a
+    // member whose address is taken would not stay in a register.
     [[gnu::always_inline]] std::size_t readVarLen() {
         std::size_t position = position_;
         const auto value = SMFByteCodec::readVarLen(data_, position, end_);
@@ -112,7 +112,7 @@ private:
         return true;
     }
 
-    // A branch for each length, not a computed length: the processor then reads ahead without waiting for it.
+    // A branch for each length, not a computed length: the processor predicts the branch and reads on.
     [[gnu::always_inline]] bool readChannelEvent(std::uint8_t status, SMFTimedTrackEvent& event) {
         if (MIDIStatus::dataLength(status) == 1) [[unlikely]]
             return readChannelData(1, status, event);
@@ -149,7 +149,7 @@ private:
         return true;
     }
 
-    // Past a malformed event: one byte further, or nowhere.
+    // Skips a byte, or ends the walk.
     [[gnu::always_inline]] void malformed() {
         position_ = policy_ == SMFMalformedEventPolicy::skip ? position_ + 1 : end_;
     }

@@ -65,10 +65,10 @@ private:
     static constexpr unsigned wholeSong = 32; // Bits of ticks.
 
     // Calls `onEvent` with the events of one track up to a tick, in their own order; it returns false to end
-    // that. Stands alone, because registers run out where it is inlined.
+    // that. Not inlined: with its callers it would run out of registers.
     template<class OnEvent>
     [[gnu::noinline]] bool readTrack(Cursor& cursor, std::uint32_t lastTick, OnEvent onEvent) {
-        // Copies live in registers, which what is referred to could not.
+        // Copies stay in registers; what a reference leads to would not.
         Cursor local = cursor;
         Select select = select_;
         Event event;
@@ -101,15 +101,15 @@ private:
             emit_(std::span<const Event>(batch_).first(count));
     }
 
-    // A window of one tick is in order once the tracks are.
+    // Events of one tick are in order when they are emitted track by track.
     void mergeTick() {
         pass(firstTick_);
         dropFinished();
         windowBits_ = 1;
     }
 
-    // Fills the sorter with the window's events in track order. If they are too many, takes all back, makes
-    // the window shorter and returns false.
+    // Fills the sorter with the window's events in track order. If they are too many, restores the cursors,
+    // shortens the window and returns false.
     bool readWindow() {
         saved_ = cursors_;
         sorter_.begin(firstTick_, windowBits_);
@@ -132,9 +132,9 @@ private:
         return reachesCrowd ? crowdTick_ - 1 : static_cast<std::uint32_t>(end - 1);
     }
 
-    // Keeps about half of what was read; a crowd at the first tick makes the window a single tick. No later
-    // window reaches past the tick of the other half: windows grow on the way there, and would run into the
-    // same crowd again and again.
+    // Halves the events of the window; a crowd at the first tick makes it a single tick. No later window
+    // reaches across the tick where the other half begins: windows that grow on the way would overflow there
+    // again.
     void shortenWindow() {
         const std::span<const Event> read = sorter_.sort();
         crowdTick_ = read[read.size() / 2].tick;
@@ -165,7 +165,7 @@ private:
     std::vector<Event> batch_ = std::vector<Event>(1024);
     std::uint32_t firstTick_ = 0;
     std::uint32_t lastTick_ = 0;
-    std::uint32_t crowdTick_ = 0; // The last place where there was too much for a window.
+    std::uint32_t crowdTick_ = 0; // Where a window overflowed last.
     unsigned windowBits_ = 10;    // The window's length is a power of two in ticks.
 };
 
@@ -176,8 +176,8 @@ namespace SMFTrackMerger {
 /// returns false for an event that does not matter; it may be asked about an event more than once, so it
 /// keeps no count. `emit(std::span<const Event>)` then receives the selected events in order of tick, then
 /// track, then place in the track, some thousand at a time and never none. Returns the tick of the last event
-/// of all, selected or not; 0 if there is none. Memory besides: about a megabyte for a usual song, of
-/// which most is never touched. Any thread.
+/// of all, selected or not; 0 if there is none. Takes about a megabyte of memory for a usual song, most of it
+/// never touched. Any thread.
 template<class Event, class Select, class Emit>
 std::uint32_t merge(ByteView data, std::span<const SMFTrackChunk> tracks,
                     SMFMalformedEventPolicy malformedEventPolicy, Select select, Emit emit) {

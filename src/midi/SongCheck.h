@@ -17,8 +17,8 @@ struct SongFinding {
     std::string explanation;  ///< A sentence or two.
 };
 
-/// Looks for what is wrong with Standard MIDI Files (SMF 1.0, RP-001) and MIDI 2.0 Clip Files (M2-116-U),
-/// also where Tambrel plays on. In order of position; empty for a sound file. Pure, any thread.
+/// Looks for what is wrong with a Standard MIDI File (SMF 1.0, RP-001) or a MIDI 2.0 Clip File (M2-116-U),
+/// even if Tambrel plays it. In order of position; empty for a sound file. Pure, any thread.
 [[nodiscard]] std::vector<SongFinding> checkSong(ByteView data);
 
 } // namespace tambrel

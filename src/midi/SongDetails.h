@@ -12,10 +12,11 @@
 namespace tambrel {
 
 /// All that a Standard MIDI File says about itself, beyond what the window shows at once. Ticks count from
-/// the start of the song, channels from 1, tracks from 1. Texts are UTF-8; what was none is read as Latin-1.
+/// the start of the song, channels from 1, tracks from 1. Texts are UTF-8; text that is not is read as
+/// Latin-1.
 struct SongDetails {
     struct Track {
-        std::string name;       ///< The first that it has; may be empty.
+        std::string name;       ///< The first in the track; may be empty.
         std::string instrument; ///< The same.
         std::set<int> channels; ///< Of its channel messages.
         /// Channel and program from 0 to 127, each once, in order.

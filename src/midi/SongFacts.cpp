@@ -11,7 +11,7 @@ std::string decimal(double value) {
     return text;
 }
 
-// C4 is the middle one, key 60.
+// C4 is middle C, key 60.
 std::string keyName(int key) {
     static constexpr const char* names[] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
     return names[key % 12] + std::to_string(key / 12 - 1);

@@ -5,7 +5,7 @@
 
 namespace tambrel {
 
-/// The file name extensions that Tambrel opens, in lower case and without the point.
+/// The file name extensions that Tambrel opens, in lower case and without the point. Pure, any thread.
 namespace TambrelMIDIFileSupport {
 
 [[nodiscard]] std::span<const std::string_view> standardExtensions();

@@ -14,7 +14,8 @@
 
 namespace tambrel {
 
-/// Words, numbers and bytes one after another, each after a blank unless it begins a line.
+/// Writes words, numbers and bytes, with a blank before each that does not begin a line. One thread at a
+/// time.
 class TextWriter {
 public:
     explicit TextWriter(std::size_t expectedSize) {
@@ -54,7 +55,7 @@ public:
             hexByte(byte);
     }
 
-    /// Between quotation marks; what is no well-formed printable text as \x and two digits.
+    /// Between quotation marks; a byte of no printable UTF-8 character as \x and two digits.
     void quoted(ByteView bytes) {
         separate();
         flush();
@@ -115,7 +116,7 @@ private:
     static constexpr std::size_t roomForWords = 256; // More than is written before the next blank.
 
     std::string text_;
-    // What has not been added to the text yet, which costs more than to write here.
+    // Not yet appended to the text: to append every word would cost more.
     std::array<char, 8192> recent_;
     char* end_ = recent_.data();
     bool beginsLine_ = true;

@@ -15,9 +15,9 @@ namespace tambrel {
 /// Puts the events of a window of ticks in order of tick; those of one tick stay in the order in which they
 /// came. `Event` is a small, trivially copyable aggregate with a member `std::uint32_t tick`.
 ///
-/// A radix sort of two digits: an event goes to the lane of its low digit as it comes, which costs no more
-/// than to store it anywhere, and from there to the place of its high digit, which has been counted
-/// meanwhile. Only a window longer than both digits reach leaves a few neighbours to be exchanged.
+/// A radix sort of two digits: `add` stores an event in the lane of its low digit and counts its high digit,
+/// `sort` moves it from there to the place of its high digit. Only a window longer than the two digits can
+/// tell apart leaves neighbours to be exchanged. One thread at a time.
 template<class Event>
 class TickSorter {
     static_assert(std::is_trivially_copyable_v<Event> && std::is_trivially_destructible_v<Event>);
@@ -78,17 +78,17 @@ private:
     static constexpr unsigned bucketBits = 12;
     static constexpr std::size_t laneCount = std::size_t{1} << laneBits;
 
-    // Not a multiple of a large power of two, whose lanes would compete for the same places of the cache.
+    // Not a multiple of a large power of two: the lanes would compete for the same cache sets.
     [[nodiscard]] std::size_t laneStride() const { return capacity_ + 72; }
 
-    // The one after the last is where the sorted events go.
+    // The sorted events go to the one after the last.
     [[nodiscard]] Event* lane(std::size_t index) const {
         return reinterpret_cast<Event*>(memory_.get()) + index * laneStride();
     }
 
     [[nodiscard]] std::span<std::uint32_t> buckets() { return std::span(bucketEnds_).first(bucketCount_); }
 
-    // The finest part of the window that the two digits tell apart.
+    // In units, the shortest spans of ticks that the two digits tell apart.
     [[nodiscard]] [[gnu::always_inline]] std::uint32_t unitOf(const Event& event) const {
         return (event.tick - firstTick_) >> unitBits_;
     }
@@ -118,7 +118,7 @@ private:
     std::size_t bucketCount_ = 1;
     std::array<Event*, laneCount> laneEnds_{};
     std::array<std::uint32_t, std::size_t{1} << bucketBits> bucketEnds_{};
-    std::unique_ptr<std::byte[]> memory_; // Only what holds events is ever touched.
+    std::unique_ptr<std::byte[]> memory_; // Where there are no events, it is never touched.
 };
 
 } // namespace tambrel

@@ -10,8 +10,7 @@
 
 namespace tambrel {
 
-/// A channel message at its time. A list of them keeps the order of the packets, which stands for an order
-/// number: sorting is stable.
+/// A channel message at its time. Lists keep the order of the packets, and are sorted stably.
 struct TimedEvent {
     std::uint32_t tick;
     MIDIMessage message;
@@ -24,8 +23,8 @@ struct TimedMetaEvent {
     std::array<std::uint8_t, 7> bytes{};
 };
 
-/// What packets (UMP, M2-104-UM) say in the messages of MIDI 1.0 and the meta events of a Standard MIDI File
-/// (SMF 1.0, RP-001). Pure, any thread.
+/// Converts packets (UMP, M2-104-UM) to MIDI 1.0 messages and to meta events of a Standard MIDI File (SMF
+/// 1.0, RP-001). Pure, any thread.
 namespace UMPConversion {
 
 /// The message of a MIDI 1.0 channel voice packet; absent when its status is no channel message.

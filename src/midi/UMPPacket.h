@@ -10,7 +10,7 @@
 
 namespace tambrel {
 
-/// The top four bits of a packet's first word (UMP, M2-104-UM): those that the system reads.
+/// The top four bits of a packet's first word (UMP, M2-104-UM), as far as Tambrel reads them.
 namespace UMPMessageType {
 
 inline constexpr std::uint8_t utility = 0x0;
@@ -21,7 +21,7 @@ inline constexpr std::uint8_t stream = 0xF;
 
 } // namespace UMPMessageType
 
-/// One Universal MIDI Packet where it lies in a clip (UMP, M2-104-UM): 1 to 4 big-endian words.
+/// One Universal MIDI Packet where it lies in a clip (UMP, M2-104-UM): 1 to 4 big-endian words. Any thread.
 class UMPPacket {
 public:
     /// Words of the longest packet.

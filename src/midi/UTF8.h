@@ -6,7 +6,7 @@
 
 namespace tambrel {
 
-/// Judges text that comes from files and file names.
+/// Checks and repairs text from files and file names. Pure, any thread.
 namespace UTF8 {
 
 /// Bytes of the well-formed character (at most U+10FFFF, shortest form, no surrogate) that the text begins
