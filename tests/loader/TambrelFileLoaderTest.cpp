@@ -36,10 +36,6 @@ using testing::RandomSongs;
 using testing::smfBytes;
 using testing::TrackBuilder;
 
-Bytes bytes(const MIDIData& data) {
-    return {data.view().begin(), data.view().end()};
-}
-
 // Why a plain reading finds that a song cannot be played; empty when it can.
 std::string defect(const Bytes& song) {
     const std::string malformed = "Malformed MIDI data: ";
@@ -75,7 +71,7 @@ void expectPlainLoad(const Bytes& file, const std::string& name, bool hasNameOfC
         ASSERT_TRUE(import.error.empty() && defect(import.song).empty());
         EXPECT_TRUE(loaded.url == "/music/" + name && loaded.fileName == name);
         EXPECT_EQ(loaded.playbackData.view().data(), announced.view().data());
-        EXPECT_EQ(bytes(announced), import.song);
+        EXPECT_EQ(plain::bytes(announced), import.song);
         EXPECT_TRUE(loaded.info == plain::facts(import.song));
         EXPECT_EQ(loaded.loadedStatus, isClip ? "Loaded MIDI 2.0" : "Loaded");
         EXPECT_EQ(loaded.importSummary, isClip ? std::optional(import.summary) : std::nullopt);
@@ -84,7 +80,7 @@ void expectPlainLoad(const Bytes& file, const std::string& name, bool hasNameOfC
                   data.view().data());
         EXPECT_EQ(loaded.midi2ClipCompanionSummary, isClip ? std::nullopt : std::optional(summary));
         EXPECT_EQ(loaded.midi2ClipCompanionData.has_value(), keepsCompanion);
-        EXPECT_TRUE(!keepsCompanion || bytes(*loaded.midi2ClipCompanionData) == companion);
+        EXPECT_TRUE(!keepsCompanion || plain::bytes(*loaded.midi2ClipCompanionData) == companion);
     } catch (const TambrelLoadError& failure) {
         EXPECT_EQ(failure.diagnosticDescription(), file.empty() ? "Malformed MIDI data: The file is empty."
                                                    : !import.error.empty()

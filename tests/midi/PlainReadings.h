@@ -12,6 +12,10 @@
 /// results to be compared with.
 namespace tambrel::plain {
 
+[[nodiscard]] inline Bytes bytes(const MIDIData& data) {
+    return {data.view().begin(), data.view().end()};
+}
+
 struct Chunk {
     std::size_t start;
     std::size_t end;

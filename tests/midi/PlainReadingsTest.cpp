@@ -18,10 +18,6 @@ using testing::RandomSongs;
 using testing::smfBytes;
 using testing::TrackBuilder;
 
-Bytes bytes(const MIDIData& data) {
-    return {data.view().begin(), data.view().end()};
-}
-
 template<class Check>
 void forRandomSongs(std::uint32_t seed, Check check) {
     RandomSongs songs(seed);
@@ -106,7 +102,7 @@ TEST(MIDILoudnessProcessor, agreesWithAPlainReading) {
     forRandomSongs(4, [](const Bytes& file) {
         const MIDIData data{Bytes(file)};
         const MIDIData boosted = MIDILoudnessProcessor::boostedDrumsAndBass(data);
-        EXPECT_EQ(bytes(boosted), plain::boosted(file));
+        EXPECT_EQ(plain::bytes(boosted), plain::boosted(file));
         const bool isSong = plain::hasHeader(file) && !plain::tracks(file).empty();
         EXPECT_EQ(boosted.view().data() == data.view().data(), !isSong);
     });
@@ -115,7 +111,7 @@ TEST(MIDILoudnessProcessor, agreesWithAPlainReading) {
 TEST(MIDI2ClipBuilder, agreesWithAPlainReading) {
     RandomSongs random(5);
     forRandomSongs(5, [&](const Bytes& file) {
-        const Bytes clip = bytes(MIDI2ClipBuilder::build(file));
+        const Bytes clip = plain::bytes(MIDI2ClipBuilder::build(file));
         EXPECT_EQ(clip, plain::companion(file));
         for (const Bytes& each : {clip, random.damaged(clip)})
             EXPECT_EQ(MIDI2ClipBuilder::summary(each), plain::summary(each));
@@ -140,7 +136,7 @@ void expectPlainImport(const Bytes& clip) {
     plain::Import result;
     try {
         auto [song, summary] = MIDI2ClipImporter::importPlayableSMF(clip);
-        result = {"", bytes(song), std::move(summary)};
+        result = {"", plain::bytes(song), std::move(summary)};
     } catch (const MIDI2ClipImportError& error) {
         result.error = error.description();
     }
@@ -177,7 +173,7 @@ TEST(MIDIDataWriter, writesQuantitiesOfAnyLength) {
     }
     EXPECT_EQ(appended, (Bytes{0x00, 0x7F, 0x81, 0x00, 0xFF, 0x7F, 0x81, 0x80, 0x00, 0xFF, 0xFF, 0xFF,
                                0x7F, 0x81, 0x80, 0x80, 0x80, 0x00, 0x8F, 0xFF, 0xFF, 0xFF, 0x7F}));
-    EXPECT_EQ(bytes(writer.finish()), appended);
+    EXPECT_EQ(plain::bytes(writer.finish()), appended);
 }
 
 TEST(UTF8, knowsTheCharactersThatQtKnows) {
