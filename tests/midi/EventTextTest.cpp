@@ -32,7 +32,7 @@ std::string dumped(const Bytes& file) {
     }
 }
 
-// A plain reading finds events to the end of every track, and there is nothing but tracks.
+// A plain reading reads every track to its end, and finds no other chunk.
 bool isWellFormed(const Bytes& song) {
     if (!plain::hasHeader(song))
         return false;
@@ -165,9 +165,9 @@ TEST(MIDI2ClipFile, comesBackWithEveryChannelMessageTempoAndTimeSignatureAtItsTi
             continue;
         auto received = kept(back.song);
         if (isTimeCode)
-            received.erase(0x51); // It has one that is always the same.
+            received.erase(0x51); // The tempo is fixed.
         else if (expected[0x51].empty())
-            expected[0x51] = {{0, 7, 0xA1, 0x20}}; // What holds where nothing is said.
+            expected[0x51] = {{0, 7, 0xA1, 0x20}}; // The default.
         if (expected[0x58].empty())
             expected[0x58] = {{0, 4, 2, 8}};
         expected.erase(isTimeCode ? 0x51 : -1);

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// The formats read and written a second time, slowly and with no line in common with the system, for its
-/// results to be compared with.
+/// The formats read and written a second time, slowly and without a line of src, for its results to be
+/// compared with.
 namespace tambrel::plain {
 
 [[nodiscard]] inline Bytes bytes(const MIDIData& data) {

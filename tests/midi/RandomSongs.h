@@ -7,8 +7,8 @@
 
 namespace tambrel::testing {
 
-/// Makes small songs and clips that look alike neither in shape nor in timing and keep to the edges of what
-/// is allowed, and damages them. The same seed gives the same ones.
+/// Makes small songs and clips, of varied shape and at the edges of what is allowed, and damages them. The
+/// same seed gives the same ones.
 class RandomSongs {
 public:
     explicit RandomSongs(std::uint32_t seed) : engine_(seed) {}
@@ -56,7 +56,7 @@ public:
         return file;
     }
 
-    /// Packets of every kind, most of them such as are played.
+    /// Packets of every kind, most of them playable.
     [[nodiscard]] Bytes clip() {
         constexpr std::uint32_t others[] = {0x00400000, 0x00400001, 0x004FFFFF, 0x00300060, 0x00300000,
                                             0x00000000, 0x38FFFF00, 0xD0100000, 0xD5100001, 0xD0100000,
@@ -102,7 +102,7 @@ private:
             track.endOfTrack(delta(shape));
     }
 
-    // Short ones, long ones, the longest, or such as part two phrases only just.
+    // Short, long, the longest, or just enough to part two phrases.
     [[nodiscard]] std::uint32_t delta(int shape) {
         const int largest[] = {0, 3, 200, 0x0FFFFFFF, gap_ + upTo(2) - 1};
         if (shape == 3 && upTo(3) == 0)

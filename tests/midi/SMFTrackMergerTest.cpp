@@ -12,7 +12,7 @@ namespace {
 using testing::smfBytes;
 using testing::TrackBuilder;
 
-/// A tick that counts how often one has been looked at.
+/// A tick that counts how often ticks are read.
 struct CountedTick {
     std::uint32_t value;
     static inline std::size_t looks = 0;
