@@ -21,7 +21,7 @@ void openWithDesktop(const QUrl& link) {
 }
 
 void composeWithDesktop(const EmailDraft& draft, std::function<void()> whenThereIsNone) {
-    composeEmail(draft, {portalEmailWay(sessionBus()), xdgEmailWay()}, std::move(whenThereIsNone));
+    composeEmail(draft, {emailByPortal(sessionBus()), emailByXdgEmail()}, std::move(whenThereIsNone));
 }
 
 } // namespace

@@ -13,7 +13,7 @@ constexpr const char* tokenKey = "activation-token";
 constexpr const char* startupKey = "desktop-startup-id";
 constexpr const char* playKey = "play";
 
-// The bus answers at once; another program may have a lot to do, but whoever started this one is waiting.
+// The D-Bus daemon answers at once. Another program may be busy, but the user is waiting.
 constexpr int busTimeout = 5'000;   // Milliseconds.
 constexpr int otherTimeout = 8'000; // Milliseconds.
 
@@ -37,7 +37,7 @@ LaunchContext launchContext(const QVariantMap& data) {
     return {data[tokenKey].toString(), data[startupKey].toString(), data[playKey].toBool()};
 }
 
-// As freedesktop.org has it for programs that the bus may start.
+// As the desktop entry specification has it for D-Bus activation.
 QString objectPath(QString identifier) {
     return '/' + identifier.replace('.', '/').replace('-', '_');
 }
@@ -51,7 +51,7 @@ LaunchContext LaunchContext::fromEnvironment() {
 DesktopApplication::DesktopApplication(QString identifier, QDBusConnection bus)
     : identifier_(std::move(identifier)), path_(objectPath(identifier_)), bus_(std::move(bus)) {}
 
-// The object is there before the name is, so that no call is lost.
+// Registers the object before it claims the name, so that no call is lost.
 DesktopApplication::Standing DesktopApplication::claim() {
     if (!bus_.isConnected() || !bus_.registerObject(path_, this, QDBusConnection::ExportScriptableInvokables))
         return Standing::alone;
@@ -70,7 +70,7 @@ DesktopApplication::Standing DesktopApplication::claim() {
 bool DesktopApplication::handOver(const QStringList& uris, const LaunchContext& context) const {
     auto call = QDBusMessage::createMethodCall(identifier_, path_, interfaceName,
                                                uris.isEmpty() ? "Activate" : "Open");
-    call.setAutoStartService(false); // When the other one has just ended, this one takes its place.
+    call.setAutoStartService(false); // If the other one has just ended, this one takes its place.
     if (!uris.isEmpty())
         call << uris;
     call << platformData(context);
@@ -82,7 +82,7 @@ void DesktopApplication::release() {
         bus_.send(busCall("ReleaseName") << identifier_);
 }
 
-// The name is free by the time the caller hears of it: the bus has been told before.
+// D-Bus keeps the order: the name is free before the caller gets this error.
 bool DesktopApplication::refuses() const {
     if (!isFirst_)
         sendErrorReply(QDBusError::Failed, "Tambrel is about to end.");

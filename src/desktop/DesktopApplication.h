@@ -18,7 +18,7 @@ struct LaunchContext {
     QString startupId;       ///< Of the startup notification protocol.
     bool play = false;       ///< The user wants what is opened to play at once.
 
-    /// What the launcher left in the environment. Qt takes it from there: to be read before that.
+    /// From the environment, before the QApplication is made, which removes it.
     [[nodiscard]] static LaunchContext fromEnvironment();
 };
 
@@ -27,7 +27,7 @@ struct LaunchContext {
 /// name keeps it until it ends; those started later hand over to it.
 ///
 /// May be made before the application object. Calls that arrive wait for the event loop, and are made on the
-/// main thread. Where the bus is missing or goes away the program is on its own, and nothing fails.
+/// main thread. Without the session bus the program is on its own, and nothing fails.
 class DesktopApplication : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -38,17 +38,17 @@ public:
     enum class Standing {
         first,   ///< Has the name now, and will be called.
         another, ///< Another program has it.
-        alone,   ///< There is no bus that would tell.
+        alone,   ///< There is no session bus.
     };
     /// Takes a millisecond.
     [[nodiscard]] Standing claim();
 
-    /// Has the first program open these addresses, or only come to the front when there are none. False when
-    /// it has ended meanwhile or does not answer.
+    /// Has the first program open these addresses, or only come to the front when there are none. Blocks up
+    /// to 8 seconds. False when it has ended meanwhile or does not answer.
     [[nodiscard]] bool handOver(const QStringList& uris, const LaunchContext& context) const;
 
-    /// Gives the name up, for the program is about to end: from now on every call fails, so that whoever
-    /// calls can turn to the next program, or be it. Does nothing without the name.
+    /// Gives the name up before the program ends. From now on every call fails, so that the caller can turn
+    /// to the next program, or become it. Does nothing without the name.
     void release();
 
     // What to do when called.
@@ -56,7 +56,7 @@ public:
     std::function<void(const QStringList& uris, const LaunchContext&)> onOpen;
     std::function<void(const QString& action, const LaunchContext&)> onAction;
 
-    // Called from the bus; the names are the interface's.
+    // Called over D-Bus; the names are the interface's.
     Q_SCRIPTABLE Q_INVOKABLE void Activate(const QVariantMap& platformData) const;
     Q_SCRIPTABLE Q_INVOKABLE void Open(const QStringList& uris, const QVariantMap& platformData) const;
     Q_SCRIPTABLE Q_INVOKABLE void ActivateAction(const QString& name, const QVariantList& parameters,

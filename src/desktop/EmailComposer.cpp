@@ -9,8 +9,8 @@
 namespace tambrel {
 namespace {
 
-// One address, and not --subject and --body: the program prints their texts with the shell's echo, which
-// takes backslashes for escapes.
+// One mailto: link, not --subject and --body: xdg-email prints these with the shell's echo, which takes
+// backslashes for escapes.
 QStringList xdgEmailArguments(const EmailDraft& draft) {
     QStringList arguments{"--utf8"};
     if (draft.attachment)
@@ -20,23 +20,23 @@ QStringList xdgEmailArguments(const EmailDraft& draft) {
 
 } // namespace
 
-void composeEmail(const EmailDraft& draft, std::vector<EmailWay> ways,
+void composeEmail(const EmailDraft& draft, std::vector<EmailSender> senders,
                   std::function<void()> whenNoneTakesIt) {
-    if (ways.empty()) {
+    if (senders.empty()) {
         whenNoneTakesIt();
         return;
     }
-    const EmailWay first = std::move(ways.front());
-    ways.erase(ways.begin());
-    first(draft, [draft, rest = std::move(ways), none = std::move(whenNoneTakesIt)](bool isTaken) {
+    const EmailSender first = std::move(senders.front());
+    senders.erase(senders.begin());
+    first(draft, [draft, rest = std::move(senders), none = std::move(whenNoneTakesIt)](bool isTaken) {
         if (!isTaken)
             composeEmail(draft, rest, none);
     });
 }
 
-EmailWay xdgEmailWay(QString program) {
+EmailSender emailByXdgEmail(QString program) {
     return [program = std::move(program)](const EmailDraft& draft, const std::function<void(bool)>& answer) {
-        // Without an owner: at its end this program would kill what may well be the mail program.
+        // Without a parent: it would be killed when Tambrel ends, and may be the mail program itself.
         auto* process = new QProcess;
         process->setProcessChannelMode(QProcess::ForwardedChannels);
         process->setStandardInputFile(QProcess::nullDevice());

@@ -7,14 +7,15 @@
 
 namespace tambrel {
 
-/// One way to bring a draft before the user. It answers once, at once or later: true when the user has seen
-/// the draft, false when this way leads nowhere. Nothing blocks; main thread.
-using EmailWay = std::function<void(const EmailDraft&, std::function<void(bool isTaken)> answer)>;
+/// Shows the user a draft to send, in one way. Answers once, at once or later: true when the user has seen
+/// the draft, false when this way fails. Does not block; main thread.
+using EmailSender = std::function<void(const EmailDraft&, std::function<void(bool isTaken)> answer)>;
 
-/// Tries the ways in turn until one takes the draft. `whenNoneTakesIt` may come after the call.
-void composeEmail(const EmailDraft& draft, std::vector<EmailWay> ways, std::function<void()> whenNoneTakesIt);
+/// Tries the senders in turn until one takes the draft. `whenNoneTakesIt` may be called later. Main thread.
+void composeEmail(const EmailDraft& draft, std::vector<EmailSender> senders,
+                  std::function<void()> whenNoneTakesIt);
 
 /// Starts `xdg-email`, or the program named, which hands the draft to the user's mail program.
-[[nodiscard]] EmailWay xdgEmailWay(QString program = "xdg-email");
+[[nodiscard]] EmailSender emailByXdgEmail(QString program = "xdg-email");
 
 } // namespace tambrel

@@ -11,7 +11,7 @@ namespace tambrel {
 
 void revealFile(const QDBusConnection& bus, const QUrl& file, std::function<void(const QUrl&)> openLink) {
     const QUrl folder = file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash);
-    if (!bus.isConnected()) { // A call would never end.
+    if (!bus.isConnected()) { // Qt would never finish a call.
         openLink(folder);
         return;
     }

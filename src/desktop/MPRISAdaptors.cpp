@@ -59,7 +59,7 @@ void MPRISPlayer::PlayPause(const QDBusMessage& call) const {
 void MPRISPlayer::Seek(qlonglong Offset) const {
     if (!state_.song)
         return;
-    // Beyond the end it would mean the next song, and there is none.
+    // In MPRIS, past the end is the next song, and there is none.
     const qlonglong from = position();
     if (Offset <= state_.song->length.count() - from)
         controls_.seek(std::chrono::microseconds(std::max(0LL, from + Offset)));
@@ -77,7 +77,7 @@ void MPRISPlayer::OpenUri(const QString& Uri, const QDBusMessage& call) const {
 }
 
 void MPRISPlayer::refuse(const QDBusMessage& call, const QString& reason) const {
-    call.setDelayedReply(true); // This one takes the place of the usual one.
+    call.setDelayedReply(true); // Replaces the usual reply.
     bus_.send(call.createErrorReply(QDBusError::NotSupported, reason));
 }
 

@@ -11,8 +11,8 @@
 
 namespace tambrel {
 
-// The two interfaces that every MPRIS player has; the names of their members are the interfaces'. Both refer
-// to what their parent owns.
+// The two interfaces that every MPRIS player has (MPRIS 2.2), which name the members. Both refer to what
+// their parent owns. Main thread.
 
 /// The program.
 class MPRISRoot : public QDBusAbstractAdaptor {
@@ -49,7 +49,7 @@ private:
 };
 
 /// The song and its transport. Tambrel plays one song, once, at its own speed and loudness: there is no other
-/// track to go to, and rate, volume, loop and shuffle are there to be read only.
+/// track to go to, and rate, volume, loop and shuffle can only be read.
 class MPRISPlayer : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* path = "/org/mpris/MediaPlayer2";
 constexpr const char* sharedName = "org.mpris.MediaPlayer2.tambrel";
 
-// All other properties stay as they are, or are to be asked for.
+// All other properties are constant, or have to be asked for.
 constexpr const char* changing[] = {"PlaybackStatus", "Metadata", "CanPlay", "CanPause", "CanSeek"};
 
 } // namespace
@@ -25,7 +25,7 @@ MPRISService::MPRISService(const QString& desktopEntry, MediaPlayerControls cont
       player_(new MPRISPlayer(*this, controls_, state_, bus_)),
       announcedStatus_(state_.status) {
     static_cast<void>(changes());
-    // The object is there before the name is: whoever sees the name come asks at once.
+    // Registers the object before it claims the name: listeners ask as soon as the name appears.
     if (bus_.isConnected() && bus_.registerObject(path, this, QDBusConnection::ExportAdaptors))
         claimName();
 }
@@ -47,7 +47,7 @@ void MPRISService::claimName() {
 }
 
 void MPRISService::setState(MediaPlayerState state) {
-    // Listeners take a song that was stopped to begin at its beginning.
+    // Listeners expect a stopped song to begin at 0.
     if (announcedStatus_ == MediaPlayerStatus::stopped && state.status == MediaPlayerStatus::playing &&
         controls_.position().count() > 0)
         jumped_ = true;

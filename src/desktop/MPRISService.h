@@ -9,12 +9,11 @@
 namespace tambrel {
 
 /// The media player as the desktop sees it: `org.mpris.MediaPlayer2` (MPRIS 2.2) on the session bus, which is
-/// what media keys and the desktop's player controls talk to. Named `org.mpris.MediaPlayer2.tambrel`, with
-/// `.instance` and the process number behind it when another program has that name already.
+/// what media keys and the desktop's player controls talk to. Named `org.mpris.MediaPlayer2.tambrel`,
+/// followed by `.instance` and the process number when another program has that name already.
 ///
-/// Changes are announced together, once the operation that caused them is over: a song that is loaded and
-/// played passes through no states in between. Nothing is sent while nothing changes. Where the bus is
-/// missing or goes away, nothing happens. Main thread only.
+/// Changes are announced together, once the operation that caused them is over: listeners see no states in
+/// between. Without a change nothing is sent; without the session bus nothing happens. Main thread only.
 class MPRISService : public QObject {
 public:
     /// `desktopEntry` is the name of the program's desktop file, without its extension.
@@ -24,7 +23,7 @@ public:
 
     /// What the player shows from now on. To be called before the player starts to play.
     void setState(MediaPlayerState state);
-    /// The playhead has moved in another way than by playing.
+    /// The playhead has jumped.
     void positionJumped();
 
 private:
@@ -40,7 +39,7 @@ private:
     MPRISRoot* root_;     ///< A child.
     MPRISPlayer* player_; ///< A child.
     MediaPlayerStatus announcedStatus_;
-    QVariantMap announced_; ///< What listeners believe.
+    QVariantMap announced_; ///< What listeners have been told.
     bool jumped_ = false;
     bool isAnnouncing_ = false;
 };

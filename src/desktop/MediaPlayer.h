@@ -15,7 +15,7 @@ enum class MediaPlayerStatus { stopped, playing, paused };
 
 /// The song that a media player holds.
 struct MediaPlayerSong {
-    std::uint64_t number = 0; ///< Another one whenever a song is loaded, also when it is the same file again.
+    std::uint64_t number = 0; ///< A new one for every load, also of the same file.
     QString title;
     QByteArray address; ///< file: address, percent-encoded.
     std::chrono::microseconds length{};
@@ -27,7 +27,7 @@ struct MediaPlayerState {
     std::optional<MediaPlayerSong> song; ///< Without one there is nothing to play, to pause or to seek in.
 };
 
-/// What the desktop may have a media player do; all called on the main thread. None may be empty.
+/// What the desktop may ask of a media player. All are set, and called on the main thread.
 struct MediaPlayerControls {
     std::function<void()> playPause;
     std::function<void()> stop;

@@ -27,7 +27,7 @@ QString uniqueToken() {
     return QStringLiteral("tambrel_%1").arg(++requests);
 }
 
-// Where the portal answers is known beforehand, so that no answer comes too early.
+// Where the portal will answer. Known before the call, so that no answer is missed.
 QString requestPath(const QDBusConnection& bus, const QString& token) {
     return "/org/freedesktop/portal/desktop/request/" + bus.baseService().mid(1).replace('.', '_') + '/' +
            token;
@@ -58,12 +58,12 @@ QVariantMap options(const EmailDraft& draft, const Descriptors& attachment, cons
 
 } // namespace
 
-EmailWay portalEmailWay(const QDBusConnection& bus) {
+EmailSender emailByPortal(const QDBusConnection& bus) {
     return [bus](const EmailDraft& draft, std::function<void(bool)> answer) {
         if (bus.isConnected())
             (new PortalEmail(bus, std::move(answer)))->send(draft);
         else
-            answer(false); // A call would never end.
+            answer(false); // Qt would never finish a call.
     };
 }
 
@@ -75,7 +75,7 @@ void PortalEmail::send(const EmailDraft& draft) {
     if (draft.attachment && attachment.isEmpty())
         return fail();
     const QString token = uniqueToken();
-    // From whomever: to ask who owns the portal's name would block.
+    // From any sender: to ask who owns the portal's name would block.
     bus_.connect({}, requestPath(bus_, token), "org.freedesktop.portal.Request", "Response", this,
                  SLOT(respond(uint, QVariantMap)));
     watchForItsEnd();
@@ -89,7 +89,7 @@ void PortalEmail::send(const EmailDraft& draft) {
     });
 }
 
-// The portal's, or the bus's.
+// Fails when the portal ends, or the session bus.
 void PortalEmail::watchForItsEnd() {
     const auto* watcher =
         new QDBusServiceWatcher(portal, bus_, QDBusServiceWatcher::WatchForUnregistration, this);

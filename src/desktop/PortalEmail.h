@@ -11,11 +11,11 @@
 namespace tambrel {
 
 /// Lets the desktop's portal (org.freedesktop.portal.Email) compose the e-mail, attachment included. A draft
-/// that the user then discards counts as taken; one whose attachment cannot be read does not, nor one whose
-/// portal ends before it has answered.
-[[nodiscard]] EmailWay portalEmailWay(const QDBusConnection& bus);
+/// that the user then discards counts as taken. Fails when the attachment cannot be read, or the portal ends
+/// before it has answered. Main thread.
+[[nodiscard]] EmailSender emailByPortal(const QDBusConnection& bus);
 
-/// A draft in the portal's hands. Deletes itself when the portal has answered, or cannot any more.
+/// A draft that the portal has. Deletes itself when the portal has answered or is gone. Main thread.
 class PortalEmail : public QObject {
     Q_OBJECT
 
@@ -24,7 +24,7 @@ public:
     void send(const EmailDraft& draft);
 
 private:
-    /// The portal's last word: 0 when done, 1 when the user has cancelled, else a failure.
+    /// The portal's answer: 0 done, 1 cancelled by the user, else a failure.
     Q_SLOT void respond(uint response, const QVariantMap& results);
     Q_SLOT void fail() { end(false); }
     void watchForItsEnd();

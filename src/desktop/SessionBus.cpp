@@ -14,9 +14,9 @@ bool isThere() {
             QFile::exists(qEnvironmentVariable(folderVariable) + "/bus"));
 }
 
-// Under the name that Qt gives its own connection, which complains when it is made before the
-// application: it finds this one, and neither connects a second time nor has a bus started, waits for it and
-// leaves it running, as libdbus does where there is none. The programs that this one starts may do so.
+// Made under the name of Qt's own connection: Qt finds it, and neither complains that there is no application
+// yet nor connects a second time. Where there is no bus, libdbus would start one, wait for it and leave it
+// running: "disabled:" keeps this program from that, but not those that it starts.
 QDBusConnection connection() {
     const bool isMissing = !isThere();
     if (isMissing)

@@ -4,9 +4,8 @@
 
 namespace tambrel {
 
-/// This program's connection to the session bus, made at the first call. Not connected where there is no bus;
-/// the program then does without what the bus would have offered, and starts none. To be called before there
-/// is an application object, and before there are threads; main thread.
+/// This program's connection to the D-Bus session bus, made at the first call. Not connected where there is
+/// no bus; none is started. First called before there is a QCoreApplication or another thread; main thread.
 [[nodiscard]] QDBusConnection sessionBus();
 
 } // namespace tambrel

@@ -13,7 +13,7 @@ namespace {
 constexpr const char* portal = "org.freedesktop.portal.Desktop";
 constexpr uint suspend = 4; // Of 1 logout, 2 user switch, 4 suspend, 8 idle.
 
-// The bus itself answers for a portal that does not start or has ended.
+// D-Bus itself answers for a portal that does not start or has ended.
 constexpr int unlimited = std::numeric_limits<int>::max();
 
 } // namespace
@@ -27,7 +27,7 @@ SuspendInhibitor::~SuspendInhibitor() {
 
 void SuspendInhibitor::setInhibiting(bool isInhibiting) {
     if (isInhibiting == std::exchange(isWanted_, isInhibiting) || isAsking_)
-        return; // The answer will find what is wanted then.
+        return; // `takeAnswer` sees what is wanted then.
     if (isWanted_)
         ask();
     else

@@ -9,9 +9,8 @@
 namespace tambrel {
 
 /// Keeps the computer from suspending itself, through the desktop portal (`org.freedesktop.portal.Inhibit`);
-/// the screen saver is left alone. Asks without waiting, for the portal may take seconds to start. Where
-/// there is no portal, or the bus is missing or goes away, nothing happens; the next time it is asked again.
-/// Main thread only.
+/// the screen saver is left alone. Does not wait for the portal, which may take seconds to start. Without a
+/// portal or the session bus nothing happens, and the next call asks again. Main thread only.
 class SuspendInhibitor : public QObject {
 public:
     /// `window` is the portal's identifier of the window that the user may be pointed to, or empty; `reason`

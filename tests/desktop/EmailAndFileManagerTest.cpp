@@ -72,10 +72,10 @@ protected:
         return path;
     }
 
-    /// Whether the way took the draft.
-    [[nodiscard]] bool isTaken(const EmailWay& way) {
+    /// Whether the sender took the draft.
+    [[nodiscard]] bool isTaken(const EmailSender& sender) {
         std::optional<bool> answer;
-        way(draft, [&](bool taken) {
+        sender(draft, [&](bool taken) {
             EXPECT_FALSE(answer) << "a second answer";
             answer = taken;
         });
@@ -94,13 +94,13 @@ protected:
 
 // Through the real program, to a mail program that only takes notes.
 TEST_F(EmailTest, GoesThroughXdgEmailLetterByLetterUnlessThatFails) {
-    EXPECT_FALSE(isTaken(xdgEmailWay(mailProgram(3))));
-    EXPECT_FALSE(isTaken(xdgEmailWay(files.path("missing").c_str())));
+    EXPECT_FALSE(isTaken(emailByXdgEmail(mailProgram(3))));
+    EXPECT_FALSE(isTaken(emailByXdgEmail(files.path("missing").c_str())));
     const auto program = QStandardPaths::findExecutable("xdg-email");
     if (program.isEmpty())
         GTEST_SKIP() << "xdg-email is not installed";
     qputenv("MAILER", mailProgram(0).toUtf8());
-    EXPECT_TRUE(isTaken(xdgEmailWay(program)));
+    EXPECT_TRUE(isTaken(emailByXdgEmail(program)));
     qunsetenv("MAILER");
     const auto received = QByteArray::fromStdString(content(files.path("received"))).split('\0');
     ASSERT_EQ(received.size(), 2);
@@ -129,9 +129,9 @@ TEST_F(EmailTest, GoesToThePortalWithItsAttachmentOrNotAtAll) {
     PrivateSessionBus bus;
     BusService portal(bus.connect(), "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop");
     portal.response = 0;
-    EXPECT_TRUE(isTaken(portalEmailWay(bus.connect())));
+    EXPECT_TRUE(isTaken(emailByPortal(bus.connect())));
     std::filesystem::remove(attachment);
-    EXPECT_FALSE(isTaken(portalEmailWay(bus.connect())));
+    EXPECT_FALSE(isTaken(emailByPortal(bus.connect())));
     ASSERT_EQ(portal.calls.size(), 1);
     const auto& call = portal.calls[0];
     EXPECT_EQ(call.interface() + '.' + call.member(), "org.freedesktop.portal.Email.ComposeEmail");
@@ -171,11 +171,11 @@ TEST_F(EmailTest, IsTakenByAPortalUnlessItFails) {
         portal.refuses = row.refuses;
         portal.response = row.response;
         portal.ending = row.ending;
-        EXPECT_EQ(isTaken(portalEmailWay(player)), row.isTaken);
+        EXPECT_EQ(isTaken(emailByPortal(player)), row.isTaken);
     }
     PrivateSessionBus empty;
-    EXPECT_FALSE(isTaken(portalEmailWay(empty.connect())));
-    EXPECT_FALSE(isTaken(portalEmailWay(QDBusConnection("without a bus"))));
+    EXPECT_FALSE(isTaken(emailByPortal(empty.connect())));
+    EXPECT_FALSE(isTaken(emailByPortal(QDBusConnection("without a bus"))));
 }
 
 TEST(FileRevealer, AsksTheFileManagerOrOpensTheFolder) {
