@@ -6,7 +6,7 @@
 
 namespace tambrel {
 
-/// What this build says about itself. A text that the build leaves empty is absent.
+/// What this build says about itself. A text that the build leaves empty is absent. Any thread.
 struct ApplicationInfo {
     /// Nothing, a text, or a Boolean, as the build wrote it.
     using DiagnosticsSwitch = std::variant<std::monostate, std::string, bool>;

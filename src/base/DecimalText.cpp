@@ -7,7 +7,7 @@
 namespace tambrel {
 namespace {
 
-// Sign, "0." and the 1074 places of the smallest double; its shortest form is far shorter.
+// Sign, "0." and 1074 places: more than any double needs.
 constexpr std::size_t longestText = 1080;
 
 } // namespace

@@ -7,7 +7,7 @@
 
 namespace tambrel {
 
-/// An e-mail for the user to look over and to send. Texts are UTF-8.
+/// An e-mail for the user to look over and to send. Texts are UTF-8. Any thread.
 struct EmailDraft {
     std::string recipient;
     std::string subject;

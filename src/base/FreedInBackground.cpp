@@ -17,8 +17,8 @@ private:
     std::shared_ptr<const void> object_;
 };
 
-// One thread for good: a new one needs memory from the system, and waits for it while a large block is given
-// back. It ends with the process, which frees all the rest.
+// One thread, until the process ends: to start one needs memory from the kernel, and would wait while a large
+// block is given back.
 WorkQueue& queue() {
     static WorkQueue* const queue = [] {
         auto* const made = new WorkQueue;
@@ -36,7 +36,7 @@ WorkQueue& queue() {
 void freeInBackground(std::shared_ptr<const void> object) noexcept {
     try {
         queue().send(std::make_unique<LettingGo>(std::move(object)));
-    } catch (const std::exception&) { // No thread, no memory: freed here then.
+    } catch (const std::exception&) { // Without a thread or memory, it is freed here.
     }
 }
 

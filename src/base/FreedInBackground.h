@@ -5,11 +5,11 @@
 
 namespace tambrel {
 
-/// Lets go of an object on a thread that is there for that alone. Any thread.
+/// Lets go of an object on a background thread that does nothing else. Any thread.
 void freeInBackground(std::shared_ptr<const void> object) noexcept;
 
-/// The same object, to be freed in the background: hundreds of megabytes take so long that whoever lets go of
-/// them last should not wait for it. Any thread.
+/// The same object, which the background thread frees once all have let go of it: that takes long for
+/// hundreds of megabytes. Any thread.
 template<class T>
 [[nodiscard]] std::shared_ptr<T> freedInBackground(std::shared_ptr<T> object) {
     T* const address = object.get();

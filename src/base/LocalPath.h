@@ -9,8 +9,8 @@
 
 namespace tambrel {
 
-/// The file of this computer that a file: address names, byte by byte: file names need be no UTF-8. Empty for
-/// any other address, one that names another host or no absolute path among them.
+/// The path in a file: address of this computer, byte by byte: file names need not be UTF-8. Empty for any
+/// other address, such as one of another host or without an absolute path. Any thread.
 [[nodiscard]] inline std::filesystem::path localPath(const QUrl& url) {
     const QString host = url.host();
     const bool isHere = host.isEmpty() || host == "localhost" ||
@@ -20,7 +20,7 @@ namespace tambrel {
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
-/// The file: address of a file, which may be named relative to the working directory.
+/// The file: address of a file, which may be named relative to the working directory. Any thread.
 [[nodiscard]] inline QString fileURI(const std::filesystem::path& file) {
     std::error_code noWorkingDirectory;
     const std::filesystem::path whole = std::filesystem::absolute(file, noWorkingDirectory);

@@ -39,7 +39,7 @@ std::optional<mode_t> modeOfReplaceable(const std::filesystem::path& file) {
         fail(EISDIR);
     if (!S_ISREG(status.st_mode)) // A device must not be renamed away.
         fail(ENODEV);
-    // A file that nobody may write is meant to stay, even where the user may do all.
+    // A file that nobody may write is meant to stay, even for root.
     if ((status.st_mode & 0222) == 0 || access(file.c_str(), W_OK) != 0)
         fail(EACCES);
     return status.st_mode & 07777;
@@ -58,7 +58,7 @@ NewFile::NewFile(const std::filesystem::path& wanted)
         fail(EISDIR);
     const std::string folder = wanted_.has_parent_path() ? wanted_.parent_path().native() : ".";
     descriptor_ = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode_.value_or(usualMode));
-    // File systems that cannot do it answer in several ways; what else is wrong comes out now as well.
+    // File systems without O_TMPFILE answer in several ways; any other error occurs here again.
     if (descriptor_ < 0)
         openNamed();
 }
@@ -102,7 +102,7 @@ void NewFile::keep(Existing existing) {
     temporary_.clear();
 }
 
-// Gives the file without a name one that is free; false when it is not.
+// Gives the nameless file this name; false when the name is taken.
 bool NewFile::takesName(const std::string& name) const {
     const std::string self = "/proc/self/fd/" + std::to_string(descriptor_);
     if (linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0)
@@ -112,7 +112,7 @@ bool NewFile::takesName(const std::string& name) const {
     return false;
 }
 
-// What replaces a file needs a name before it can be moved there.
+// Only a file with a name can be moved over another.
 void NewFile::giveName() {
     std::string name;
     do
@@ -130,7 +130,7 @@ void NewFile::moveTo(Existing existing) {
     claimAndMove();
 }
 
-// File systems in user space rename, but cannot be told not to replace.
+// For FUSE file systems, which rename but cannot be told not to replace.
 void NewFile::claimAndMove() {
     const int claim = open(wanted_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (claim < 0)

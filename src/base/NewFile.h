@@ -8,17 +8,16 @@
 
 namespace tambrel {
 
-/// A file that appears whole or not at all. It is written without a name where the file system can do that
-/// (O_TMPFILE), so that nothing is left behind even when the program is killed, else under a name of its own
-/// beside the wanted one; it takes the wanted name at the end. Without that end it vanishes, and what stood
-/// at the wanted place stays. A symbolic link is followed, and a file that is replaced hands its mode on.
-/// Errors are std::system_error with the operating system's words.
+/// A file that appears whole or not at all. It is written without a name (O_TMPFILE), so that nothing is left
+/// behind even when the program is killed; where the file system cannot do that, under a temporary name
+/// beside the wanted one. `keep` gives it the wanted name. Without `keep` it vanishes, and an existing file
+/// stays. A symbolic link is followed, and a replaced file passes on its mode. Throws std::system_error with
+/// the operating system's words. Blocks on the disk; one thread at a time.
 class NewFile {
 public:
     enum class Existing { replace, keep };
 
-    /// Refuses a place where there is a file that may not be written, or something that is no file, such as
-    /// a device.
+    /// Throws where there is a file that may not be written, or something that is no file, such as a device.
     explicit NewFile(const std::filesystem::path& wanted);
     ~NewFile();
     NewFile(const NewFile&) = delete;
@@ -28,7 +27,7 @@ public:
     [[nodiscard]] int descriptor() const { return descriptor_; }
     void write(std::span<const unsigned char> bytes);
 
-    /// Takes the wanted name, once. With Existing::keep, fails when there is something by that name.
+    /// Takes the wanted name, once. With Existing::keep, throws when something has that name.
     void keep(Existing existing);
 
 private:
@@ -39,7 +38,7 @@ private:
     void claimAndMove();
 
     std::filesystem::path wanted_; // What a symbolic link leads to.
-    std::string temporary_;        // Empty while it has no name, and once it has its own.
+    std::string temporary_;        // Empty while it has no name, and once it has the wanted one.
     std::optional<mode_t> mode_;   // Of the file that is there already.
     int descriptor_ = -1;
 };

@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    // Not a std::function, which would have to be copied, what it holds included.
+    // Not a std::function: what it holds would have to be copyable.
     template<class Callable>
     class CallableWork final : public WorkQueue::Work {
     public:
@@ -75,7 +75,7 @@ private:
 
     WorkQueue jobs_;
     WorkQueue results_;
-    bool isEnding_ = false; // The last job's word to its own thread.
+    bool isEnding_ = false; // Set by the last job, on its own thread.
     QSocketNotifier notifier_{results_.descriptor(), QSocketNotifier::Read};
     std::thread thread_{[this] { runJobs(); }}; // Last: it uses all of the above.
 };

@@ -5,7 +5,7 @@
 
 namespace tambrel {
 
-/// Work on its way from the threads that send it to the one that receives it, in the order of the sending.
+/// A queue of work from any number of sending threads to one receiving thread, in the order of sending.
 class WorkQueue {
 public:
     class Work {
@@ -29,7 +29,7 @@ public:
 
     /// The oldest work, never null; waits until there is some. The receiving thread only.
     [[nodiscard]] std::unique_ptr<Work> receive();
-    /// A file descriptor that can be read from, and is by `receive` alone, while there is work.
+    /// A file descriptor that is readable while there is work; only `receive` reads it.
     [[nodiscard]] int descriptor() const { return descriptor_; }
 
 private:
