@@ -13,8 +13,8 @@
 namespace tambrel {
 namespace {
 
-// A dense song has millions of phrases, of which no screen shows more than a few thousand a lane: those that
-// begin so close together become one, here and not on the main thread.
+// Unites phrases that no screen can show apart: a dense song has millions, and the main thread would take
+// long to draw them.
 void uniteCrowdedPhrases(std::vector<MIDITrackPhraseLane>& lanes) {
     constexpr double closest = 1.0 / 8192; // Of the song.
     for (auto& [label, phrases] : lanes) {
@@ -41,7 +41,7 @@ void freeInBackground(TambrelLoadedFile& file) {
     }
 }
 
-// The timeline is built beside the facts and the companion: two cores are busy.
+// Builds the timeline on a second thread, beside the facts and the companion.
 LoadedSong loadSong(const std::filesystem::path& file, const TimelineBuilder& buildTimeline,
                     const std::stop_token& stop) {
     std::future<std::shared_ptr<const Timeline>> timeline;
@@ -55,7 +55,7 @@ LoadedSong loadSong(const std::filesystem::path& file, const TimelineBuilder& bu
     return {std::move(loaded), std::move(song)};
 }
 
-// The timeline is made beside the companion here too.
+// Here too, the timeline is built on a second thread, beside the companion.
 std::optional<PreparedVariant> prepared(const VariantRequest& request, const TimelineBuilder& buildTimeline,
                                         const std::stop_token& stop) {
     try {

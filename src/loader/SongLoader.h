@@ -16,8 +16,8 @@ namespace tambrel {
 
 class Timeline;
 
-/// Makes what a player needs of a whole Standard MIDI File: `Timeline::build`, for this room does not know
-/// how songs are played. Called on the loader's thread. Throws TambrelLoadCancelled once a stop is requested.
+/// Makes the timeline of a whole Standard MIDI File: `Timeline::build`, which this room does not see. Called
+/// on the loader's thread. Throws TambrelLoadCancelled once a stop is requested.
 using TimelineBuilder =
     std::function<std::shared_ptr<const Timeline>(const MIDIData& song, const std::stop_token& stop)>;
 
@@ -27,15 +27,15 @@ struct LoadedSong {
     PlayableSong song;
 };
 
-/// What became of a load: a song, or the error that it ended with (a TambrelLoadError or
+/// The result of a load: a song, or the error that it ended with (a TambrelLoadError or
 /// TambrelLoadCancelled).
 struct LoadOutcome {
     std::shared_ptr<const LoadedSong> song;
     std::exception_ptr error;
 };
 
-/// Loads files off the main thread, one at a time. All large things that it makes are freed off the main
-/// thread too, whoever lets go of them last. Main thread only.
+/// Loads files off the main thread, one at a time. All large objects that it makes are freed in the
+/// background. Main thread only.
 class SongLoader {
 public:
     explicit SongLoader(TimelineBuilder buildTimeline) : buildTimeline_(std::move(buildTimeline)) {}

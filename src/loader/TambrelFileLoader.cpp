@@ -20,7 +20,7 @@ void checkForCancellation(const std::stop_token& stop) {
         throw TambrelLoadCancelled();
 }
 
-// A folder may be written with a slash at its end, and the root is nothing else.
+// Without a slash at the end, which the path of a folder may have; the root is nothing else.
 std::filesystem::path lastComponent(const std::filesystem::path& url) {
     const auto name = url.has_filename() ? url.filename() : url.parent_path().filename();
     return name.empty() ? url : name;
@@ -36,7 +36,7 @@ bool isClip(const MIDIData& data, const std::filesystem::path& url) {
                                                 TambrelMIDIFileSupport::midi2ClipExtensions());
 }
 
-// What can be told from the frame of the file, before any track is walked.
+// Checks the header and the track chunks, before any track is walked.
 void requireSupportedSMF(ByteView data) {
     if (data.size() < SMFHeader::size)
         throw TambrelLoadError::malformedMIDIData("The file is too short to contain a Standard MIDI header.");
@@ -70,8 +70,7 @@ void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_toke
     checkForCancellation(stop);
     if (onPlaybackData)
         onPlaybackData(data);
-    // Both take one walk over all tracks and need nothing of each other. For a small song a thread costs
-    // more.
+    // Facts and companion each walk all tracks, side by side. For a small song a thread costs more.
     constexpr std::size_t smallSong = 64 * 1024;
     const auto policy = data.size() < smallSong ? std::launch::deferred : std::launch::async;
     auto companionInMaking = std::async(policy, buildCompanion, data, stop);

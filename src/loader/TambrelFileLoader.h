@@ -9,12 +9,12 @@
 
 namespace tambrel {
 
-/// Turns a file into a record that can be played. Slow: meant for a thread that nobody waits for. Keeps no
-/// state. Throws `TambrelLoadError`, or `TambrelLoadCancelled` when a stop was requested.
+/// Turns a file into a record that can be played. Any thread; slow, so not the main thread. Keeps no state.
+/// Throws `TambrelLoadError`, or `TambrelLoadCancelled` when a stop was requested.
 namespace TambrelFileLoader {
 
-/// Receives the data to play as soon as it is known to be whole, on the loader's thread: what else is made
-/// from it can be made beside the rest of the load.
+/// Called on the loading thread with the data to play, as soon as it is known to be whole: the timeline can
+/// then be built beside the rest of the load.
 using PlaybackDataHook = std::function<void(const MIDIData& playbackData)>;
 
 [[nodiscard]] TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop = {},

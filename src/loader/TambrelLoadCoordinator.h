@@ -7,8 +7,8 @@
 
 namespace tambrel {
 
-/// Numbers the loads, so that a result which arrives after a newer load has begun, or after the song was
-/// cleared, can be told by its number and dropped. Main thread only.
+/// Gives each load a generation, so that a result that arrives after a newer load has begun, or after the
+/// song was cleared, is known and dropped. Main thread only.
 class TambrelLoadCoordinator {
 public:
     TambrelLoadCoordinator() = default;
@@ -16,16 +16,16 @@ public:
     TambrelLoadCoordinator(const TambrelLoadCoordinator&) = delete;
     TambrelLoadCoordinator& operator=(const TambrelLoadCoordinator&) = delete;
 
-    /// Begins a load: cancels the one before and returns the number of the new one.
+    /// Begins a load: cancels the one before and returns the generation of the new one.
     [[nodiscard]] std::int64_t begin();
 
-    /// The means to stop the load that has just begun.
+    /// How to stop the load that has just begun.
     void setTask(std::stop_source task) { task_ = std::move(task); }
 
     /// Cancels the load in flight, if any; its result is out of date from now on.
     void cancel();
 
-    /// Number of the newest load or cancellation.
+    /// Generation of the newest load or cancellation.
     [[nodiscard]] std::int64_t generation() const { return generation_; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace tambrel {
 
-/// The one error of loading, whatever went wrong. Texts are UTF-8.
+/// Every failure of a load. Texts are UTF-8. Any thread.
 class TambrelLoadError : public std::exception {
 public:
     enum class Case {
@@ -35,8 +35,8 @@ public:
     [[nodiscard]] const std::string& diagnosticDescription() const { return diagnosticDescription_; }
     [[nodiscard]] const char* what() const noexcept override { return diagnosticDescription_.c_str(); }
 
-    /// The reason to give for a foreign error: the operating system's own words for a system error, what the
-    /// error says of itself otherwise.
+    /// The reason that another error stands for: the operating system's words for a std::system_error, else
+    /// `what`.
     [[nodiscard]] static std::string diagnosticReason(const std::exception& error);
 
 private:
@@ -47,7 +47,7 @@ private:
     std::string diagnosticDescription_;
 };
 
-/// Thrown in place of a result when a stop was requested. Nothing to tell the user about.
+/// Thrown instead of a result when a stop was requested; the user is not told. Any thread.
 class TambrelLoadCancelled : public std::exception {
 public:
     [[nodiscard]] const char* what() const noexcept override { return "The load was cancelled."; }

@@ -22,7 +22,7 @@ namespace {
 /// An open file, closed with the object.
 class Descriptor {
 public:
-    // Without O_NONBLOCK, a pipe that took the place of the file would be waited for.
+    // O_NONBLOCK: a pipe that has taken the place of the file must not be waited for.
     explicit Descriptor(const std::filesystem::path& file)
         : number_(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
         if (number_ < 0)
@@ -71,7 +71,7 @@ void requireGoingOn(const std::stop_token& stop) {
         throw TambrelLoadCancelled();
 }
 
-// To open a device can already set it going, so it is looked at first.
+// Looks before it opens: to open a device may already start something.
 Descriptor openRegularFile(const std::filesystem::path& file) {
     struct stat status {};
     if (::stat(file.c_str(), &status) != 0)
@@ -91,7 +91,7 @@ MIDIData read(const std::filesystem::path& file, const std::stop_token& stop) {
     requireRegularFile(status);
     requirePlayableSize(static_cast<std::size_t>(status.st_size));
 
-    MIDIDataWriter content(static_cast<std::size_t>(status.st_size) + 1); // One for the end to be seen.
+    MIDIDataWriter content(static_cast<std::size_t>(status.st_size) + 1); // One more, to see the end.
     for (;;) {
         requireGoingOn(stop);
         const auto room = content.room(1);
