@@ -104,7 +104,7 @@ void MIDIPlayerController::rtz() {
         log_.procedure(name, "RTZ ignored because no MIDI file is loaded");
         return;
     }
-    finishPlaybackIfNeeded(); // From another place the end could not be told any more.
+    finishPlaybackIfNeeded(); // Before the playhead moves away from the end.
     log_.procedure(name, "Returning playhead to zero");
     moveTo(0);
     if (onProgress)
@@ -117,7 +117,7 @@ void MIDIPlayerController::seek(double seconds) {
         log_.procedure(name, "Seek ignored because no MIDI file is loaded");
         return;
     }
-    finishPlaybackIfNeeded(); // From another place the end could not be told any more.
+    finishPlaybackIfNeeded(); // Before the playhead moves away from the end.
     log_.procedure(name, [seconds] { return "Seeking to " + decimalText(seconds) + " seconds"; });
     moveTo(clamped(seconds));
     reportProgress();
@@ -191,7 +191,7 @@ void MIDIPlayerController::reportProgress() const {
 }
 
 double MIDIPlayerController::clamped(double seconds) const {
-    // The order of the arguments takes not-a-number to 0.
+    // In this order of arguments, not-a-number becomes 0.
     return std::max(0.0, std::min(seconds, duration()));
 }
 

@@ -25,8 +25,8 @@ public:
     std::function<void(PlaybackMode mode)> onStateChange;
     /// A song is ready, before its first progress report; or there is none any more (duration 0).
     std::function<void(double duration)> onLoaded;
-    /// For whom the interface is not enough: the mode, after `onStateChange` and before the player follows;
-    /// or the position, unless it is that of a new song.
+    /// For listeners besides the window: the mode, after `onStateChange` and before the player follows; or
+    /// the position, unless it is that of a new song.
     std::function<void(PlaybackChange)> onChange;
 
     /// `log` outlives the controller.

@@ -2,11 +2,11 @@
 
 namespace tambrel {
 
-/// What those who look on beside the interface may want to know of.
+/// What has changed, for listeners besides the window, such as the desktop. Main thread.
 enum class PlaybackChange {
-    song,     ///< Another song is there, or there is none any more.
-    mode,     ///< The mode has been assigned, perhaps the one it already was.
-    position, ///< The playhead has moved in another way than by playing.
+    song,     ///< Another song is loaded, or none any more.
+    mode,     ///< The mode was assigned, perhaps unchanged.
+    position, ///< The playhead has jumped.
 };
 
 } // namespace tambrel

@@ -4,6 +4,7 @@
 
 namespace tambrel {
 
+/// What the player does. Pure, any thread.
 enum class PlaybackMode { idle, playing, paused };
 
 /// The name of the case, as log lines write it.

@@ -102,7 +102,7 @@ void TambrelPlaybackState::prepareMIDI2ClipCompanion(const TambrelPlaybackSnapsh
     }
     log_.function(name,
                   [&] { return std::string("Generating MIDI 2.0 clip companion for ").append(context); });
-    midi2ClipCompanionData_.reset(); // Before the next one takes its place in memory.
+    midi2ClipCompanionData_.reset(); // Freed before the next one is made.
     if (!isPrepared(snapshot.isLoud)) {
         const MIDIData clip = MIDI2ClipBuilder::build(snapshot.song.data);
         prepared_ = {snapshot.isLoud, snapshot.song, clip, MIDI2ClipBuilder::summary(clip)};

@@ -36,10 +36,10 @@ public:
                                           const MIDI2ClipBuildSummary& summary, bool isLoud,
                                           std::string_view context);
 
-    /// What the operations below would have to make if Play were pressed now, which takes long with a large
-    /// song; nothing when they would find it all.
+    /// The variant that Play would have to make now, which takes long for a large song; nothing when all is
+    /// there.
     [[nodiscard]] std::optional<VariantRequest> missingVariant() const;
-    /// Takes what has been made ahead of them, from a request of the song that is loaded now.
+    /// Takes a variant that was made ahead, by a request of the song that is loaded now.
     void takePrepared(PreparedVariant variant) { prepared_ = std::move(variant); }
 
     /// The variant that the Loudness switch selects; none without a song. The Loudness variant is made the

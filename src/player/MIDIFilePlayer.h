@@ -34,7 +34,8 @@ public:
     [[nodiscard]] virtual bool isPlaying() const = 0;
 };
 
-/// Creates a player for the song, or throws a `std::exception` whose text is the reason for the user's eyes.
+/// Creates a player for the song, or throws a `std::exception` whose text is the reason, for the user to
+/// read. Main thread.
 using MIDIFilePlayerFactory = std::function<std::unique_ptr<MIDIFilePlayer>(const PlayableSong& song)>;
 
 } // namespace tambrel

@@ -13,10 +13,10 @@ class Timeline;
 /// May be made and freed on any thread.
 struct PlayableSong {
     MIDIData data;                            ///< A whole Standard MIDI File.
-    std::shared_ptr<const Timeline> timeline; ///< None yet where nobody has prepared it.
+    std::shared_ptr<const Timeline> timeline; ///< Null until it is prepared.
 
     PlayableSong() = default;
-    // A conversion: bytes alone are a song that is still to be prepared.
+    // Implicit: bytes alone are a song without a prepared timeline.
     PlayableSong(MIDIData bytes, std::shared_ptr<const Timeline> prepared = {})
         : data(std::move(bytes)), timeline(std::move(prepared)) {}
 };

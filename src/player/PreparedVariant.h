@@ -5,14 +5,14 @@
 
 namespace tambrel {
 
-/// A variant of a song that is to be made ready for the player.
+/// A request to prepare a variant of a song for the player. Any thread.
 struct VariantRequest {
     PlayableSong source;        ///< The variant itself, or the song that it is to be made from.
     bool isLoud = false;        ///< Which variant is wanted: the one with Loudness, or the original.
     bool isToBeBoosted = false; ///< `source` is the original, the Loudness variant is wanted.
 };
 
-/// All that a change to that variant needs.
+/// The prepared variant: all that is needed to change to it. Any thread.
 struct PreparedVariant {
     bool isLoud = false;
     PlayableSong song;
