@@ -19,12 +19,12 @@ public:
 
     virtual ~AudioSource() = default;
     virtual void renderAudio(float* left, float* right, int frames) noexcept = 0;
-    /// The latest frames that were rendered, at most `frames` of them, are not to be heard after all:
-    /// rendering goes on where they began. Returns how many they are.
+    /// Takes back the last frames rendered, at most `frames`, which will not be heard; rendering goes on
+    /// where they began. Returns how many it took back.
     [[nodiscard]] virtual int takeBack(int /*frames*/) noexcept { return 0; }
-    /// The first `frames` of those that were rendered, and not taken back, since the driver was opened have
-    /// been heard at `when`; Time::max() before the device plays. Without a word from the driver, frames
-    /// count as heard when they are rendered.
+    /// At `when`, the first `frames` frames since the driver was opened have been heard, not counting those
+    /// taken back; Time::max() before the device plays. Without this call, frames count as heard when they
+    /// are rendered.
     virtual void heard(std::int64_t /*frames*/, Time /*when*/) noexcept {}
 };
 
@@ -34,16 +34,16 @@ public:
     virtual ~AudioDriver() = default;
     /// One of the names that `openAudioDriver` takes.
     [[nodiscard]] virtual std::string name() const = 0;
-    /// The source has something else to say: a driver that asks for sound far ahead takes back what has not
-    /// been heard and asks for it anew. Any thread; returns at once.
+    /// The source has changed its sound: a driver that renders far ahead takes back what has not been heard,
+    /// and has it rendered anew. Any thread; returns at once.
     virtual void respond() noexcept {}
     /// True when the device is gone. Any thread.
     [[nodiscard]] virtual bool hasFailed() const noexcept { return false; }
-    /// How often the device has run out of sound. Any thread.
+    /// Underruns since the driver was opened. Any thread.
     [[nodiscard]] virtual std::uint64_t underruns() const noexcept { return 0; }
 };
 
-/// What others that use the same device are told.
+/// How the sound server names the program. Any thread.
 struct ApplicationNames {
     std::string name;
     std::string icon;

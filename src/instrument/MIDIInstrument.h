@@ -7,8 +7,8 @@ namespace tambrel {
 /// Frames that an instrument renders at once; what is sent to it takes effect at the next such block.
 inline constexpr int synthesizerBlock = 64;
 
-/// What a song is played on: the synthesizer, or one that writes down what it is told. One thread at a time
-/// uses it, the audio callback while a device is open. The calls neither allocate, lock nor free.
+/// What a song is played on: the synthesizer, or a recorder of what it is sent. One thread at a time uses it,
+/// the audio callback while a device is open. The calls neither allocate, lock nor free.
 class MIDIInstrument {
 public:
     MIDIInstrument() = default;

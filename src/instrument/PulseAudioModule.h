@@ -9,8 +9,8 @@ namespace tambrel {
 /// What the module that is linked against libpulse offers. It is loaded at run time, so that the program runs
 /// where libpulse is missing.
 struct PulseAudioModule {
-    /// Opens a stream on the default sink of the user's server. May block for some time. Throws
-    /// AudioDriverError.
+    /// Opens a stream on the default sink of the user's server. May block for some time: called on the sound
+    /// service's thread. Throws AudioDriverError.
     std::unique_ptr<AudioDriver> (*openDriver)(const ApplicationNames& names, double sampleRate,
                                                AudioSource& source);
 };

@@ -46,7 +46,7 @@ struct SynthesizerOptions {
     UnderLoad underLoad = UnderLoad::playAll;
 };
 
-/// The General MIDI synthesizer. Not thread-safe.
+/// The General MIDI synthesizer. One thread at a time.
 class Synthesizer : public MIDIInstrument {
 public:
     /// Loads the bank whole into memory, which may take seconds. Throws SoundBankError.
