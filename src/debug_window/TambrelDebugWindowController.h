@@ -14,6 +14,7 @@ class TambrelBetaLog;
 
 /// The debugging window: the log's text, and a row of buttons to recolour, e-mail, copy and clear it and to
 /// reveal the log file. Closing the window hides it; its text stays. It does not keep the program running.
+/// Main thread.
 class TambrelDebugWindowController final : public TambrelDebugWindow {
 public:
     /// The log outlives the window.

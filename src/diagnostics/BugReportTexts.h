@@ -9,7 +9,7 @@
 namespace tambrel {
 
 // The texts of bug reports, in UTF-8. Limits count characters as a reader does; nothing is cut inside one.
-// Any thread.
+// Pure, any thread.
 
 /// True for a text of nothing but white space and newlines.
 [[nodiscard]] bool isBlank(std::string_view text);

@@ -12,7 +12,7 @@ namespace {
 
 using icu::BreakIterator;
 
-// Offsets are 32 bits wide. What lies further away than this is no matter of a few thousand characters.
+// Offsets have 32 bits. A few thousand characters never reach this far.
 constexpr std::size_t longestWalk = std::size_t{1} << 30;
 
 /// Steps from character to character through a text, which outlives it. Offsets are bytes.
@@ -24,7 +24,7 @@ public:
         text_.reset(utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
         if (U_SUCCESS(status))
             characters_->setText(text_.get(), status);
-        if (U_FAILURE(status)) // Without memory there is no walking.
+        if (U_FAILURE(status)) // Fails only for want of memory.
             throw std::bad_alloc();
     }
 

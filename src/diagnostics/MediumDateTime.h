@@ -23,7 +23,7 @@ using DateTimeFormatter = std::function<std::string(std::chrono::system_clock::t
 /// taken. The formatter and its copies belong to one thread.
 [[nodiscard]] DateTimeFormatter makeMediumDateTimeFormatter(const std::string& locale);
 
-/// The name and version of what knows the locales.
+/// Name and version of the library that knows the locales.
 [[nodiscard]] std::string dateFormatterVersion();
 
 } // namespace tambrel

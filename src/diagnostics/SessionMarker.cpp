@@ -22,7 +22,7 @@ const QString nameEnd = QStringLiteral(".marker");
     throw std::system_error(errno, std::generic_category());
 }
 
-// A file that its owner has deleted meanwhile is not the marker any more.
+// Its owner may have deleted it before it was locked here.
 bool isDeleted(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
@@ -44,15 +44,15 @@ public:
     [[nodiscard]] bool lock(int flags) {
         for (;;) {
             isWritable_ = open(O_RDWR | flags);
-            // Another user's can still be deleted.
+            // Another user's marker cannot be written, but can be deleted.
             if (!isWritable_ && !(flags == 0 && errno == EACCES && open(O_RDONLY)))
                 return true;
-            // Where locks are not supported, every run has the marker.
-            const bool isAnothers = flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-            if (!isAnothers && !isDeleted(descriptor_))
+            // Where flock is not supported, every run takes the marker for its own.
+            const bool isLockedElsewhere = flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+            if (!isLockedElsewhere && !isDeleted(descriptor_))
                 return true;
             close(std::exchange(descriptor_, -1));
-            if (isAnothers)
+            if (isLockedElsewhere)
                 return false;
         }
     }
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] bool isWritable() const { return isWritable_; }
     [[nodiscard]] bool exists() const { return QFile::exists(path_); }
 
-    // In place, so that the lock stays on the file of this name. Only its being there has a meaning.
+    // In place, so that the lock stays on the file of this name. Only its existence matters.
     void write(std::string_view text) const {
         const auto written = pwrite(descriptor_, text.data(), text.size(), 0);
         if (written < 0 || ftruncate(descriptor_, written) != 0)
@@ -112,7 +112,7 @@ void SessionMarker::remove() {
     removeLeftBehind();
 }
 
-// One that was left behind serves again, so that a disk that has become full takes nothing away.
+// Uses a marker that was left behind again: on a full disk no new one could be made.
 std::unique_ptr<SessionMarker::LockedFile> SessionMarker::make() {
     const auto usable = std::ranges::find_if(leftBehind_, &LockedFile::isWritable);
     if (usable != leftBehind_.end()) {

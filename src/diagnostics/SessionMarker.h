@@ -8,10 +8,10 @@
 
 namespace tambrel {
 
-/// The file that is there while a run of the program goes on, and is found by the next one when the run did
-/// not end: "Tambrel-session-active.marker" in the folder, or "Tambrel-session-active-2.marker" and so on for
-/// a run beside others. The run that has one locks it (flock), so that another one which is started meanwhile
-/// takes it for no crash and leaves it alone. The lock ends with the process, the file does not. One thread.
+/// A file that exists while a run of the program goes on; one that is left behind tells the next run of a
+/// crash. It is "Tambrel-session-active.marker" in the folder, or "Tambrel-session-active-2.marker" and so on
+/// for runs at the same time. A run locks its marker (flock), so that others do not take it for a crash: the
+/// lock ends with the process, the file does not. One thread.
 class SessionMarker {
 public:
     explicit SessionMarker(QString folder);
@@ -19,11 +19,10 @@ public:
     SessionMarker(const SessionMarker&) = delete;
     SessionMarker& operator=(const SessionMarker&) = delete;
 
-    /// Takes the markers that earlier runs left behind. True when there are any, even of another user; false
-    /// when there are none but those of runs that go on.
+    /// Takes over the markers that crashed runs left behind, also another user's. True when there are any.
     [[nodiscard]] bool takeLeftBehind();
 
-    /// Makes this run's marker if need be, and replaces its text; then deletes the others that it has taken.
+    /// Makes this run's marker if need be, and replaces its text; then deletes those that it has taken over.
     /// Throws std::system_error.
     void write(std::string_view text);
 

@@ -15,10 +15,10 @@ namespace {
 struct Printed {
     std::string text = {};
     bool hasStarted = false;
-    std::string launchError = {}; // Of a tool that has not.
+    std::string launchError = {}; // Of a tool that has not started.
 };
 
-// The class cannot wait for a process and for a stop at once.
+// QProcess cannot wait for a process and for a stop at once.
 constexpr qint64 stopIsNoticedWithin = 20; // Milliseconds.
 
 void waitOrEnd(QProcess& process, const QDeadlineTimer& deadline, const std::stop_token& stop) {
@@ -65,7 +65,7 @@ std::string withoutLines(const std::string& text, const QStringList& beginnings)
 
 std::vector<ProfilerTool> standardProfilerTools() {
     const QString model = "/sys/class/dmi/id/";
-    // Without a complaint about what this computer does not have.
+    // -s: no complaint about files that this computer does not have.
     const auto files = [](const QStringList& paths) {
         return ProfilerTool{.program = "grep", .arguments = QStringList{"-hs", ""} + paths};
     };

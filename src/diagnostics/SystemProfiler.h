@@ -17,7 +17,7 @@ namespace tambrel {
 struct ProfilerTool {
     QString program; ///< Looked up on PATH.
     QStringList arguments = {};
-    QStringList leftOut = {}; ///< Beginnings of printed lines that say nothing to the reader of a report.
+    QStringList leftOut = {}; ///< Beginnings of printed lines to leave out.
 };
 
 [[nodiscard]] std::vector<ProfilerTool> standardProfilerTools();
@@ -28,7 +28,7 @@ struct SystemProfiler {
     /// For all tools together. One that is not done by then is ended; what it printed counts.
     std::chrono::milliseconds limit{5000};
     std::function<ComputerFacts()> computer = ComputerFacts::current;
-    std::stop_token stop = {}; ///< Nobody needs the rest any more.
+    std::stop_token stop = {}; ///< Ends the report early.
 
     /// What the tools print, one after another, in UTF-8. When that is nothing, a short text that says why,
     /// with the facts that are always known. Blocks for the limit at most, or until

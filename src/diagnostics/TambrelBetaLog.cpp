@@ -187,7 +187,7 @@ TambrelBetaLog::Launch TambrelBetaLog::askForConsentOnce() {
         return Launch::isOver;
     settings.setValue(consentAskedKey, true);
     settings.setValue(fileLoggingEnabledKey, *allowed);
-    // At once, so that a run that crashes does not ask again in the next one.
+    // At once: after a crash the next run must not ask again.
     settings.sync();
     return Launch::goesOn;
 }

@@ -29,9 +29,12 @@ concept LogText =
 /// debugging window and, when the user has agreed, to a file. Used on the main thread only. Texts are
 /// UTF-8.
 ///
+/// The lines of the log and the texts of its reports are a frozen interface: testers and their tools compare
+/// them between versions, so a text changes only with the behaviour that it describes.
+///
 /// Whether diagnostics are enabled is asked on every call and before anything is composed: with diagnostics
-/// off a call costs a few nanoseconds. A log that has not been configured is off. File failures reach nobody
-/// but the debugging window.
+/// off a call costs a few nanoseconds. A log that has not been configured is off. File failures show in the
+/// debugging window only.
 class TambrelBetaLog {
 public:
     static constexpr std::string_view emailAddress = "support@kestrune.example";
@@ -88,12 +91,12 @@ public:
     enum class Launch { goesOn, isOver };
     /// Asks for consent when that has not been done, starts the session in the file, and offers a bug report
     /// when the previous one did not end. Does nothing under a unit-test runner. Once, when the program
-    /// starts; launching is over when the application ends before the user has answered.
+    /// starts; Launch::isOver when the application ends before the user has answered.
     Launch startSession();
 
-    /// The normal end of the session, before `close`; only the first call counts. A user who does something
-    /// after that has kept the program running, and begins another session. A crash that the user has not
-    /// been able to report by then is offered again by the next run.
+    /// The normal end of the session, before `close`; only the first call counts. A user action after it
+    /// means that the program goes on, and begins another session. A crash that the user has not been able to
+    /// report by then is offered again by the next run.
     void finishSession();
 
     /// Waits until everything logged is in the file, and goes on.
@@ -107,7 +110,7 @@ public:
     /// Shows the log file in the file manager; beeps when there is none.
     void revealBetaLogFile();
 
-    // For the log's own use and its tests', which have seen to it that diagnostics are enabled.
+    // For the log itself and its tests, while diagnostics are enabled.
 
     /// Hands the whole log, or else the debugging window's text, to the mail program. A report that is too
     /// long for an e-mail is attached and copied to the clipboard.
@@ -147,7 +150,7 @@ private:
         SerialExecutor executor; // Destroyed first, which waits for the jobs on the files.
     };
 
-    /// The two forms that a report leaves in; making them takes a while for a large log.
+    /// A report in the two forms that leave the program; a large log takes a while to convert.
     struct Report {
         explicit Report(std::string text);
         std::string utf8;

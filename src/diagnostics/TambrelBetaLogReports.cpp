@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view reportedAppName = "Tambrel";
 
-// Bytes. A link goes through programs, to each as one argument, of which Linux allows 128 KiB.
+// Bytes. Programs pass a link on as one argument, for which Linux allows 128 KiB.
 constexpr qsizetype longestLink = 120'000;
 
 void openMailtoEmail(const EmailDraft& draft, const std::function<void(const QUrl&)>& openLink) {
@@ -31,7 +31,7 @@ bool fitsIntoALink(const EmailDraft& draft) {
     return mailtoLink(draft).toEncoded().size() <= longestLink;
 }
 
-// A character can have any number of bytes: where a few thousand are too long for a link, their end is left.
+// A character can have any number of bytes: a body that is too long for a link is cut to its end.
 EmailDraft fittingDraft(const std::string& body, std::optional<QUrl> attachment = {}) {
     auto draft = draftOf(body, std::move(attachment));
     for (auto kept = characterCount(body) / 2; !fitsIntoALink(draft); kept /= 2)
@@ -72,7 +72,7 @@ void TambrelBetaLog::emailBugReport(Report report) {
 
 void TambrelBetaLog::composeEmail(const std::string& body, std::optional<QUrl> attachment) {
     const auto draft = fittingDraft(body, std::move(attachment));
-    // Without this log, which may have been closed by then.
+    // Without this log, which may be closed when they are called.
     services_->composeEmail(draft, [draft, open = services_->openLink] { openMailtoEmail(draft, open); });
     settlePreviousSession();
 }

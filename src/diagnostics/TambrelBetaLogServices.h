@@ -33,8 +33,8 @@ struct ModalQuestion {
     std::string secondButton;
 };
 
-/// What the log needs from the world around it. The verbs are called on the main thread and do not block it,
-/// but for the question.
+/// What the log needs of the program and the desktop. Its functions are called on the main thread; only `ask`
+/// blocks it.
 struct TambrelBetaLogServices {
     ApplicationInfo info;
     QSettings& settings; ///< Outlives the log.

@@ -21,7 +21,7 @@ namespace {
 }
 
 void writeAll(QFileDevice& file, std::string_view text) {
-    while (!text.empty()) { // What is left of a short write tells, when it is tried again, what went wrong.
+    while (!text.empty()) { // After a short write, to write the rest tells what went wrong.
         const auto written = file.write(text.data(), static_cast<qint64>(text.size()));
         if (written <= 0)
             fail(file);
@@ -42,7 +42,7 @@ void writeAllOrNothing(QFileDevice& file, std::string_view text) {
 
 void writeAtomically(const QString& path, std::string_view text) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) // A commit does not tell of a full disk.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) // A commit does not report a full disk.
         fail(file);
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     writeAll(file, text);
@@ -50,8 +50,7 @@ void writeAtomically(const QString& path, std::string_view text) {
         fail(file);
 }
 
-// What is in it names the user's files and says much of the computer. Where the folder is another user's, who
-// decides, this fails.
+// The log names the user's files and describes the computer. Where the folder is another user's, this fails.
 void closeToOthers(const QString& folder) {
     using std::filesystem::perms;
     std::error_code ignored;
@@ -69,7 +68,7 @@ void createFolder(const QString& path) {
         throw TambrelBetaLogStoreError(error.message());
 }
 
-/// Keeps the other runs that ask for it waiting. Where locks are not supported, nobody waits.
+/// Locks the folder against other runs, which wait. Where flock is not supported, nobody waits.
 class FolderLock {
 public:
     explicit FolderLock(const QString& path)
@@ -142,7 +141,7 @@ TambrelBetaLogStore::StartResult TambrelBetaLogStore::startSession(std::string_v
     previousIsUnsettled_ |= wasActive;
     return {wasActive, failureOf([&] {
                 ensureLogFileExists(initialLogText);
-                closeToOthers(folder_); // Earlier versions left it open.
+                closeToOthers(folder_); // Earlier versions let others in.
                 marker_.write(markerText);
                 appendLine(startLine);
             })};

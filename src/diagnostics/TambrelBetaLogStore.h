@@ -18,15 +18,15 @@ class TambrelBetaLogStoreError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What became of an attachment: one of the two is there.
+/// The address of an attachment, or why it was not written.
 struct TambrelBetaLogAttachmentWriteResult {
     std::optional<QUrl> url = {}; ///< A file: address.
     std::optional<std::string> errorMessage = {};
 };
 
 /// The log file, the session marker and the attachments of reports in one folder. The operations block on the
-/// disk: call them from the log's serial executor, one at a time. Nothing but the marker is kept open between
-/// them. All texts are UTF-8.
+/// disk: call them on the store's thread, which is the log's serial executor. Nothing but the marker is kept
+/// open between them. All texts are UTF-8.
 class TambrelBetaLogStore {
 public:
     static constexpr std::string_view logName = "Tambrel-beta-log.txt";
