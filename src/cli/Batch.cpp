@@ -44,8 +44,8 @@ public:
 private:
     using Done = std::vector<std::pair<std::size_t, Report>>;
 
-    // Does not wait for whoever prints: on a busy machine each wait for a lock may take milliseconds, and a
-    // report less than one.
+    // Does not wait for the thread that prints: on a busy machine each wait for a lock may take milliseconds,
+    // and a job less than one.
     void workOn() {
         Done done;
         try {
@@ -64,7 +64,7 @@ private:
         advanced_.notify_all();
     }
 
-    // Not far ahead of what has been printed, so that the reports which wait stay few.
+    // Stays close to what has been printed, so that few reports wait in memory.
     std::optional<std::size_t> take(Done& done) {
         constexpr std::size_t farthest = 1024;
         if (next_ >= printed_ + farthest) {
@@ -78,7 +78,7 @@ private:
         return job < count_ ? std::optional(job) : std::nullopt;
     }
 
-    // With the lock.
+    // Called with the lock held.
     void hand(Done& done) {
         for (auto& [job, report] : done)
             waiting_.emplace(job, std::move(report));

@@ -10,17 +10,16 @@ namespace tambrel::cli {
 
 class ProgressBar;
 
-/// What came of one file.
+/// The result of one file.
 struct Report {
     std::string output; ///< For standard output.
     std::string errors; ///< For standard error.
     bool failed = false;
 };
 
-/// Does the jobs 0 to `count` - 1, several at a time, and prints their reports in order as soon as that can
-/// be. A job that fails keeps the others from being begun only where the options say so. At the end, says how
-/// many of several have failed. `work` is called on any thread, and is expected to give up soon once the
-/// program is interrupted.
+/// Does the jobs 0 to `count` - 1, several at a time, and prints their reports in order, each as soon as it
+/// can. With `failFast`, no job begins after a failure. At the end, says how many of several have failed.
+/// Main thread; `work` is called on any thread, and gives up soon once the program is interrupted.
 [[nodiscard]] ExitStatus runBatch(std::size_t count, const BatchOptions& options,
                                   const std::function<Report(std::size_t)>& work,
                                   ProgressBar* progress = nullptr);

@@ -14,7 +14,7 @@
 namespace tambrel::cli {
 namespace {
 
-// As CLI::Range, in words that do not change with its versions.
+// Like CLI::Range, with a text that does not change with the version of CLI11.
 CLI::Validator within(double lowest, double highest) {
     const auto complaint = [range = CLI::Range(lowest, highest), lowest, highest](std::string& text) {
         std::ostringstream message;
@@ -108,7 +108,7 @@ private:
     [[nodiscard]] std::string messageOf(const CLI::ParseError& error) const;
     [[nodiscard]] std::string advice() const;
 
-    // A value that may be left out is supplied where the next word is none.
+    // Supplies the default of an optional value where the next word is none.
     static void supplyDefaults(std::vector<std::string>& reversedWords);
 
     CLI::App program_{"Facts and sound of MIDI files, without a window.", "tambrel-midi"};

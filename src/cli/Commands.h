@@ -12,16 +12,16 @@
 
 namespace tambrel::cli {
 
-/// Exit statuses of the program.
+/// Exit statuses of the program. The commands below run on the main thread.
 enum ExitStatus { allWell = 0, aFileFailed = 1, wrongUsage = 2 };
 
-/// How the files of a command are taken.
+/// How a command works through its files.
 struct BatchOptions {
     unsigned jobs = 0;     ///< At a time; 0 for as many as there are processors.
-    bool failFast = false; ///< Begin with no further file once one has failed.
+    bool failFast = false; ///< Begin no further file after a failure.
 };
 
-/// What all commands know.
+/// The options of all commands.
 struct CommonOptions {
     InputOptions input;
     BatchOptions batch;

@@ -78,7 +78,7 @@ ExitStatus run(ConvertOptions& options, const OutputPlan::Naming& naming, Make m
     return runBatch(plan.size(), options.batch, [&](std::size_t job) { return report(plan, job, make); });
 }
 
-// Decides the name of the output alone; what is done is decided by the content that is read.
+// Only for the name of the output; what is done depends on the content.
 bool isClip(const path& input) {
     Bytes beginning(MIDI2Clip::signature.size());
     if (std::error_code ignored; std::filesystem::is_regular_file(input, ignored))

@@ -11,7 +11,7 @@
 
 namespace tambrel::cli {
 
-/// What a song says about itself, as aligned lines of text.
+/// What a song says about itself, as aligned lines of text. All here is pure, any thread.
 [[nodiscard]] std::string detailsText(const SongDetails& details);
 [[nodiscard]] nlohmann::ordered_json detailsJSON(const SongDetails& details);
 

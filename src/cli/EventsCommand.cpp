@@ -31,7 +31,7 @@ Report written(const OutputPlan& plan, std::size_t job, ByteView bytes) {
     };
     if (const std::string refusal = plan.refusal(job); !refusal.empty())
         return failure(refusal);
-    // What goes to standard output keeps its place among the others.
+    // What goes to standard output is printed with the report, in order.
     if (plan.output(job) == standardStream)
         return {.output = std::string(bytes.begin(), bytes.end()), .errors = {}};
     try {

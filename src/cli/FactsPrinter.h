@@ -8,7 +8,8 @@
 
 namespace tambrel::cli {
 
-/// The facts as aligned lines of text, ending in a line break. `duration` in seconds.
+/// The facts as aligned lines of text, ending in a line break. `duration` in seconds. All here is pure, any
+/// thread.
 [[nodiscard]] std::string factsText(const TambrelLoadedFile& loaded, double duration);
 
 /// The facts as one line of JSON without a line break; bytes of the path that are no UTF-8 become U+FFFD.

@@ -23,7 +23,7 @@ class Descriptor {
 public:
     explicit Descriptor(const std::filesystem::path& file)
         : isStandardInput_(file == standardStream),
-          // Does not wait here until somebody writes to a pipe: the program could not be interrupted.
+          // O_NONBLOCK: to wait here for a writer of a pipe could not be interrupted.
           descriptor_(isStandardInput_ ? STDIN_FILENO
                                        : open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
         if (descriptor_ < 0)

@@ -24,15 +24,15 @@ struct InputOptions {
     std::string namesFrom; ///< A file with further names, each ended by a zero byte; "-" for standard input.
 };
 
-/// The operands and what `namesFrom` lists. Throws UsageError when nothing is named, std::runtime_error with
-/// the reason when the list cannot be read.
+/// The operands and what `namesFrom` lists. Main thread. Throws UsageError when nothing is named,
+/// std::runtime_error with the reason when the list cannot be read.
 [[nodiscard]] std::vector<std::filesystem::path> inputs(const InputOptions& options);
 
 /// All that a file, a pipe or standard input holds. Throws TambrelLoadError, or TambrelLoadCancelled when the
-/// program is interrupted.
+/// program is interrupted. Any thread.
 [[nodiscard]] MIDIData readInput(const std::filesystem::path& file);
 
-/// The same, loaded as a song.
+/// The same, loaded as a song. Any thread.
 [[nodiscard]] TambrelLoadedFile loadInput(const std::filesystem::path& file);
 
 } // namespace tambrel::cli

@@ -12,7 +12,7 @@ namespace {
 
 std::atomic<int> first{0};
 
-// Lives as long as the program, whose last threads may still look at it.
+// Never destroyed: the last threads may still look at it.
 std::stop_source& source() {
     static auto& leaked = *new std::stop_source;
     return leaked;
@@ -54,7 +54,7 @@ void waitFor(sigset_t signals) {
 
 void listen() {
     std::signal(SIGPIPE, SIG_IGN);
-    static_cast<void>(descriptor()); // Is opened before any thread might be.
+    static_cast<void>(descriptor()); // Opened before there are threads.
     const sigset_t signals = signalsToWaitFor();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread(waitFor, signals).detach();

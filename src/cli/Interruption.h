@@ -4,9 +4,9 @@
 
 namespace tambrel::cli {
 
-/// The signals that ask the program to end: SIGINT, SIGTERM, SIGHUP, and a reader of its output that is gone.
-/// What is being written is given up, then the program dies of the signal, so that the shell around it knows.
-/// A second signal ends it at once. Any thread.
+/// The signals that ask the program to end: SIGINT, SIGTERM, SIGHUP, and SIGPIPE when the reader of its
+/// output is gone. Unfinished files are given up, then the program dies of the signal, so that its shell
+/// knows. A second signal ends it at once. Any thread.
 namespace Interruption {
 
 /// To be called before the first thread is started. Signals that the caller has ignored stay so.
@@ -16,7 +16,7 @@ void listen();
 [[nodiscard]] std::stop_token token();
 /// The signal, 0 while there is none.
 [[nodiscard]] int signal();
-/// Becomes readable once the program is interrupted, for whoever waits for input.
+/// A file descriptor that becomes readable once the program is interrupted, for `poll`.
 [[nodiscard]] int descriptor();
 
 /// As if the signal had come from outside.

@@ -16,11 +16,12 @@ struct OutputOptions {
     bool replace = false; ///< Overwrite what is there already.
 };
 
-/// The inputs of a command and the files that it makes of them. What is already there is overwritten only by
-/// wish, an input never, and no file is written twice.
+/// The inputs of a command and the output of each. An existing file is overwritten only by wish, an input
+/// never, and no file is written twice. Made on the main thread, read by any.
 class OutputPlan {
 public:
-    /// Gives the path that an input without one of its own is written to, from the path without extension.
+    /// Makes the path that an input is written to where the options name none, from the path without its
+    /// extension.
     using Naming = std::function<std::filesystem::path(const std::filesystem::path& input,
                                                        const std::filesystem::path& withoutExtension)>;
 
@@ -42,8 +43,8 @@ private:
     OutputOptions options_;
 };
 
-/// Splits what was once written "IN OUT": the second of two operands names the output when it is "-", when
-/// `isOutput` knows it by its name, or when there is nothing by that name that could be read.
+/// Takes the older form "IN OUT" apart: the second of two operands is the output when it is "-", when
+/// `isOutput` knows its name, or when it names nothing that could be read. Main thread.
 void takeOutputOperand(std::vector<std::filesystem::path>& operands, OutputOptions& options,
                        const std::function<bool(const std::filesystem::path&)>& isOutput);
 
@@ -63,7 +64,7 @@ private:
     int descriptor_;
 };
 
-/// Writes a whole file, which appears whole or not at all, or to a stream. Throws std::system_error.
+/// Writes a file, which appears whole or not at all, or to a stream. Throws std::system_error. Any thread.
 void writeOutput(const std::filesystem::path& output, ByteView bytes, bool replace);
 
 } // namespace tambrel::cli

@@ -46,7 +46,7 @@ public:
     }
 
 private:
-    // The first that loads, from this one on in either direction.
+    // Plays the first song that loads, from `index` on in the direction of `step`.
     void playFrom(std::size_t index, int step) {
         for (index_ = index; index_ < files_.size(); index_ += static_cast<std::size_t>(step)) {
             if (playOne())
@@ -174,7 +174,7 @@ private:
     GeneralMIDIEngine engine_;
     std::unique_ptr<MIDIFilePlayer> player_;
     std::size_t index_ = 0;
-    bool isOver_ = false; // The song; its last notes may still ring.
+    bool isOver_ = false; // The song has ended; its release tail may still sound.
     std::string lineShown_;
     ExitStatus status_ = allWell;
 };

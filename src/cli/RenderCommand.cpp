@@ -33,7 +33,7 @@ std::string resultLine(const path& output, const RenderResult& result) {
     return printable(output.native()) + text.data();
 }
 
-// A slip of one byte in a song can make it last for days.
+// One wrong byte can make a song last for days.
 void requireSensibleLength(const Timeline& song, const RenderOptions& options) {
     constexpr double longest = 24 * 3600;
     if (!options.end && song.duration() - options.start > longest)
@@ -50,7 +50,7 @@ public:
 
     Report render(std::size_t job) const {
         Report report{.output = {}, .errors = {}, .failed = true};
-        path named = plan_.input(job); // Whom an error is about.
+        path named = plan_.input(job); // The file that an error is about.
         try {
             if (options_.stems == Stems::none)
                 requireLeave(named = plan_.output(job));

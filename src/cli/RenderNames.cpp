@@ -14,7 +14,7 @@ struct Name {
     std::string_view extension;
     SoundContainer container;
 };
-// The first of a kind is what a file without a name of its own gets.
+// The first name of a format is the default extension.
 constexpr std::array names{Name{"wav", SoundContainer::wav},    Name{"flac", SoundContainer::flac},
                            Name{"ogg", SoundContainer::vorbis}, Name{"opus", SoundContainer::opus},
                            Name{"raw", SoundContainer::raw},    Name{"wave", SoundContainer::wav},
@@ -66,7 +66,7 @@ std::vector<Part> parts(ByteView song, const path& output, const RenderCommandOp
     const NoteParts struck = partsWithNotes(options.notes.applied(song));
     NoteFilter notes = options.notes;
     notes.soloed = {};
-    // What another solo has left out already stays left out, because the parts are those that are heard.
+    // Only parts that are heard get a file, so what the options leave out stays out.
     if (options.stems == Stems::tracks) {
         for (const std::size_t track : struck.tracks) {
             notes.soloed.tracks = {track};

@@ -7,7 +7,7 @@
 
 namespace tambrel::cli {
 
-/// The names of the sound formats, which are the extensions of their files.
+/// The names of the sound formats, which are the extensions of their files. All here: any thread.
 [[nodiscard]] std::optional<SoundContainer> containerCalled(std::string_view name);
 [[nodiscard]] std::string_view extensionOf(SoundContainer container);
 /// What a file of this name holds; absent when the name says nothing.

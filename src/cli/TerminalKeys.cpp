@@ -28,7 +28,7 @@ void TerminalKeys::resume() {
     if (descriptor_ < 0 || tcgetattr(descriptor_, &now) != 0)
         return;
     constexpr tcflag_t lines = ICANON | ECHO;
-    // A program in the background would be stopped by setting up the terminal of another.
+    // To set up the terminal would stop a program in the background (SIGTTOU).
     if ((now.c_lflag & lines) == 0 || tcgetpgrp(descriptor_) != getpgrp())
         return;
     now.c_lflag &= ~lines;

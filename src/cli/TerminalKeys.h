@@ -6,8 +6,8 @@
 
 namespace tambrel::cli {
 
-/// Single keys from the terminal, without waiting for a line and without showing them. Gives the terminal
-/// back as it was.
+/// Single keys from the terminal, without waiting for a line and without showing them. The destructor
+/// restores the terminal. Main thread.
 class TerminalKeys {
 public:
     enum class Key { pause, back, forward, farBack, farForward, next, previous, quit };

@@ -23,7 +23,7 @@ std::vector<std::string_view> characters(std::string_view text) {
     return result;
 }
 
-// At most `width` characters: beginning and end are what tells names apart.
+// At most `width` characters, cut in the middle: names differ at their beginning or end.
 std::string shortened(std::string_view text, std::size_t width) {
     const auto all = characters(text);
     if (all.size() <= width)

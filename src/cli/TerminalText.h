@@ -6,10 +6,10 @@
 
 namespace tambrel::cli {
 
-/// True for a terminal in which a line can be written over.
+/// True for a terminal in which a line can be written over. All here: any thread.
 [[nodiscard]] bool canRedrawLine(int descriptor);
 
-/// Characters in a line of the terminal; 80 where nobody knows.
+/// Characters in a line of the terminal; 80 where that is unknown.
 [[nodiscard]] std::size_t terminalWidth(int descriptor);
 
 /// "4:05", or "1:04:05" from an hour on; whole seconds, rounded down.

@@ -6,7 +6,7 @@
 
 namespace tambrel::cli {
 
-/// What the words after options mean. All throw UsageError.
+/// What the words after options mean. All throw UsageError. Pure, any thread.
 
 /// Seconds from "12.5", "1:30" or "1:02:03.5".
 [[nodiscard]] double timeValue(const std::string& text);
