@@ -65,14 +65,16 @@ void PlaybackBuffer::beginStream() {
 }
 
 void PlaybackBuffer::endStream() {
-    static_cast<void>(takeBack(static_cast<int>(frame_ - heardFrames())));
+    static_cast<void>(giveAgain(static_cast<int>(frame_ - heardFrames())));
+    isTakenBack_ = false;
     clockZero_.store(atOnce, std::memory_order_release);
 }
 
 // --- Rendering side ---
 
 void PlaybackBuffer::renderAudio(float* left, float* right, int frames) noexcept {
-    takeOrder();
+    if (!isTakenBack_)
+        takeOrder();
     for (int at = 0; at < frames; ++at) {
         if (wish_ && fadeLeft_ == 0)
             carryOut();
@@ -89,7 +91,15 @@ void PlaybackBuffer::renderAudio(float* left, float* right, int frames) noexcept
     written_.store(frame_, std::memory_order_release);
 }
 
+// An order that came into force where the driver merely asks for more would be heard that much later.
 int PlaybackBuffer::takeBack(int frames) noexcept {
+    isTakenBack_ = true;
+    const int count = giveAgain(frames);
+    takeOrder();
+    return count;
+}
+
+int PlaybackBuffer::giveAgain(int frames) noexcept {
     const auto most = std::min<std::int64_t>(frame_, capacity - again_);
     const auto count = static_cast<int>(std::clamp<std::int64_t>(frames, 0, most));
     frame_ -= count;

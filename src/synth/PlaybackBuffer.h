@@ -65,6 +65,7 @@ private:
     [[nodiscard]] Frame& past(std::int64_t frame) {
         return past_[static_cast<std::size_t>(frame) % capacity];
     }
+    [[nodiscard]] int giveAgain(int frames) noexcept;
     void takeOrder() noexcept;
     void keepAhead() noexcept;
     [[nodiscard]] bool isQuietAhead() noexcept;
@@ -93,7 +94,8 @@ private:
     std::optional<Sequencer::Wish> wish_; // Carried out after the fade-out.
     int fadeLeft_ = 0;
     bool isStill_ = true;
-    bool keepsAhead_ = false; // From a pause to its resume, which begins at the front of `ahead_`:
+    bool isTakenBack_ = false; // By this driver: then orders are taken there alone.
+    bool keepsAhead_ = false;  // From a pause to its resume, which begins at the front of `ahead_`:
     std::int64_t songFrameKept_ = 0;
 
     // Written by rendering, read by control.

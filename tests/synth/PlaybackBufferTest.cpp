@@ -36,7 +36,8 @@ public:
     /// The frame from which on an order is heard.
     std::size_t respond() {
         const auto back = std::max<std::int64_t>(unheard() - tooNear_, 0);
-        sound.resize(sound.size() - static_cast<std::size_t>(buffer.takeBack(static_cast<int>(back))));
+        if (ahead_ > 0)
+            sound.resize(sound.size() - static_cast<std::size_t>(buffer.takeBack(static_cast<int>(back))));
         const std::size_t from = sound.size();
         fill();
         return from;
@@ -157,6 +158,7 @@ TEST_P(PlaybackBufferTest, EveryOrderFadesWhatIsHeardAndTheSongFollows) {
         SCOPED_TRACE(turn);
         const double place = turn % 3 == 2 ? 1.7 : 0; // Where nothing sounds any more.
         speaker.sequencer.play(song(), place);
+        speaker.listen(turn % 4 == 3 ? 0.01 : 0); // More is asked for before the answer.
         const std::size_t began = speaker.respond();
         speaker.listen(turn == 6 ? 0.005 : 0.3 + turn * 0.0017);
         const double heard = static_cast<double>(framesPlayed - static_cast<std::int64_t>(began)) / rate;
