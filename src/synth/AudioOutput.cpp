@@ -93,7 +93,7 @@ std::uint64_t AudioOutput::underruns() const {
     return driver == nullptr ? 0 : driver->underruns();
 }
 
-// With no device to ask for sound, nobody else carries out an order to halt, which lets go of the song.
+// Without a device that renders, carries out the order to halt, which lets go of the song.
 void AudioOutput::silence() {
     std::array<float, synthesizerBlock> left{};
     std::array<float, synthesizerBlock> right{};

@@ -5,8 +5,7 @@
 namespace tambrel {
 namespace {
 
-// More notes than anybody could hold are those of a song whose notes never end; the callback has better to
-// do.
+// A song whose notes never end would hold more than the audio callback has time for.
 void keepYoungest(std::vector<Chased>& chased) {
     constexpr std::size_t mostNotes = 128;
     std::vector<double> ages;

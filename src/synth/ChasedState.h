@@ -21,7 +21,8 @@ struct ChasedMessage {
 
 /// What the messages up to some point of a song have left in a synthesizer that began freshly reset. Sent to
 /// a freshly reset synthesizer, `messages` brings it to the same controllers, programs, pitch bend and its
-/// range, parameters and pressures as playing up to that point, with the notes that are held there.
+/// range, parameters and pressures as playing up to that point, with the notes that are held there. One
+/// thread at a time.
 class ChasedState {
 public:
     /// Takes in the next message of the song, which comes at `tick`.

@@ -9,9 +9,8 @@
 
 namespace tambrel {
 
-/// A block's events when there are so many that the synthesizer could not take them all in time. Of those,
-/// it finds the ones that cannot be heard because a later one of the same moment undoes them. Used by the
-/// rendering: nothing allocates.
+/// A block's events when there are too many for the synthesizer to take in time. Finds those that cannot be
+/// heard because a later one of the same moment undoes them. Used by the rendering thread: nothing allocates.
 class EventCrowd {
 public:
     /// Of fewer every one matters, but for what a reset undoes: the voices that a note ends ring on, and as

@@ -11,7 +11,7 @@ namespace tambrel {
 
 /// Hands a song's events to an instrument, block by block and in order, and no more at a block than the
 /// instrument can take in while it renders that: what is left comes with the next blocks. Used by the
-/// rendering: nothing allocates.
+/// rendering thread: nothing allocates.
 class EventFeed {
 public:
     /// `song` stays alive while it is played.

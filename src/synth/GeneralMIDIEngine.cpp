@@ -14,7 +14,7 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr double outputSampleRate = 48000;
-constexpr auto soon = 50ms; // Until it is looked after what has begun.
+constexpr auto soon = 50ms; // Until the next look after something has begun.
 constexpr auto seldom = 500ms;
 constexpr auto idleTime = 5s; // Before the device is released.
 
@@ -191,14 +191,14 @@ void GeneralMIDIEngine::watchSong() {
         playing_->complete();
 }
 
-// With nothing to play on, what came of the device is no news.
+// Without a bank, the state of the device is no news.
 void GeneralMIDIEngine::giveUpBank(const std::string& reason) {
     output_->close();
     fail(reason);
 }
 
 void GeneralMIDIEngine::playOnNewBank() {
-    watchSong(); // One that is over by now is not to begin again.
+    watchSong(); // A song that is over by now must not begin again.
     if (playing_ != nullptr) {
         sequencer_.play(playing_->song(), sound().position());
     } else {

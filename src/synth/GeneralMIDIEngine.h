@@ -90,7 +90,7 @@ private:
     Sequencer sequencer_;
 
     Player* playing_ = nullptr;        // Until it stops or its song is over.
-    const Player* sounding_ = nullptr; // Until it stops, be its song over or not.
+    const Player* sounding_ = nullptr; // Until `stop`: while its release tail sounds, too.
     const Player* paused_ = nullptr;   // Its notes are kept, for it to go on at this place:
     double pausedAt_ = 0;
     std::chrono::steady_clock::time_point lastUse_;

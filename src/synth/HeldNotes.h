@@ -21,7 +21,7 @@ struct BankSelect {
 };
 
 /// The notes of one channel that are held at some point of a song, by their key or by a pedal; of several on
-/// one key the latest.
+/// one key the latest. One thread at a time.
 class HeldNotes {
 public:
     static constexpr std::size_t keyCount = 128;

@@ -5,7 +5,7 @@
 
 namespace tambrel {
 
-/// Measures how loud stereo sound is heard (EBU R 128).
+/// Measures how loud stereo sound is heard (EBU R 128). One thread at a time.
 class LoudnessMeter {
 public:
     explicit LoudnessMeter(int framesPerSecond);

@@ -58,7 +58,7 @@ void MasterStage::reset() noexcept {
 }
 
 void MasterStage::process(float* left, float* right, int frames) noexcept {
-    // No filter of this length makes more than twice the largest sample of any samples.
+    // A filter of this length makes at most twice the largest sample.
     constexpr float loud = ceiling / 2;
     for (int frame = 0; frame < frames; ++frame) {
         const float newLeft = left[frame] * makeUpGain;

@@ -7,7 +7,7 @@
 namespace tambrel {
 
 /// Gives the pages of an Ogg stream (RFC 3533) a serial number that is always the same, in place of the
-/// random one of the encoder.
+/// random one of the encoder. One thread at a time.
 class OggPages {
 public:
     /// Takes the next bytes of the stream, cut anywhere, and returns the pages that are whole by now. They

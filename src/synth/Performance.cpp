@@ -60,7 +60,7 @@ int Performance::renderSong() {
     return frames;
 }
 
-// The song is left here: its notes are let go.
+// The part ends here: releases the notes.
 int Performance::renderTail() {
     const std::int64_t done = frame_ - *cut_;
     if (done == 0)

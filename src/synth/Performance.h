@@ -15,7 +15,7 @@ namespace tambrel {
 
 struct RenderOptions;
 
-/// One playing of a song, or of a part of it, block by block and faster than real time.
+/// One playing of a song, or of a part of it, block by block and faster than real time. One thread at a time.
 class Performance {
 public:
     static constexpr int framesPerBlock = 1024;

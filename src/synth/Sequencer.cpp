@@ -52,7 +52,7 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     order->song = song_;
     order->firstFrame = std::llround(start_ * sampleRate_);
     order->songFrames = songFrames_ = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
-    // What belongs to this very moment is played, not chased.
+    // Events at this very tick are played, not chased.
     order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
     order->chasedState = chaseTo(*song_, order->firstEvent, start_);
     order->tempo.emplace(song_->tempoMap(), start_);
@@ -84,7 +84,7 @@ void Sequencer::send(std::unique_ptr<Order> order) {
     order->serial = ++lastSerial_;
     lastKind_ = order->kind;
     ++ordersOut_;
-    // An order that nobody has taken yet is void: the new one says all there is to do.
+    // An order that has not been taken yet is void: the new one is complete.
     if (const std::unique_ptr<Order> overtaken{
             incoming_.exchange(order.release(), std::memory_order_acq_rel)})
         --ordersOut_;

@@ -75,8 +75,8 @@ public:
     /// Renders on, and carries out orders to play and to halt after a fade-out of what sounds.
     void renderAudio(float* left, float* right, int frames) noexcept override;
 
-    /// For who fades, pauses and resumes by himself: the order that has come since, if any; then, whenever it
-    /// is due and on whole blocks, `carryOut`; and `render` in place of `renderAudio`.
+    /// For a caller that fades, pauses and resumes itself: the order that has come since, if any; then,
+    /// whenever it is due and on whole blocks, `carryOut`; and `render` in place of `renderAudio`.
     [[nodiscard]] std::optional<Wish> takeOrder() noexcept;
     void carryOut() noexcept;
     void render(float* left, float* right, int frames) noexcept;
@@ -89,7 +89,7 @@ private:
         silent,
         playing,
         ringing, ///< The song is over, its last notes ring out.
-        fading,  ///< What sounds is on its way out, then the order that waits is carried out.
+        fading,  ///< What sounds fades out, then the waiting order is carried out.
     };
 
     void send(std::unique_ptr<Order> order);

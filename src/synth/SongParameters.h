@@ -10,7 +10,7 @@
 namespace tambrel {
 
 /// What a message of a song comes down to: a controller, a program change, or a system message of a part or
-/// of the whole instrument.
+/// of the whole instrument. All here is for one thread at a time.
 struct SongEffect {
     std::uint8_t kind; ///< A status: control change, program change or system exclusive.
     std::uint8_t number = 0;

@@ -9,7 +9,7 @@
 namespace tambrel {
 
 /// Where distributions and users put sound banks, the user's own folders first: what XDG_DATA_HOME and
-/// XDG_DATA_DIRS name, and the usual places beside.
+/// XDG_DATA_DIRS name, and the usual places beside. All here: any thread; blocks on the disk.
 [[nodiscard]] std::vector<std::filesystem::path> soundBankFolders();
 
 /// A bank that was found.

@@ -19,7 +19,7 @@ void SoundBankLoader::choose(const std::filesystem::path& bank) {
 void SoundBankLoader::begin() {
     auto banks = banksToTry(wish_);
     if (isReady() && !wish_.preferred.empty())
-        banks.resize(1); // Rather the one in use than any other.
+        banks.resize(1); // If it fails, the bank in use stays.
     wanted_ = banks.front();
     ++loads_;
     executor_.run(

@@ -25,7 +25,7 @@ struct SoundFormat {
     SampleForm samples = SampleForm::int16;
     int rate = 48000; ///< Frames a second.
 
-    /// False when the sound file library cannot write it, as it is with Opus at 44100 Hz.
+    /// False when libsndfile cannot write it, such as Opus at 44100 Hz.
     [[nodiscard]] bool isAvailable() const;
     /// Bytes of a frame where nothing is compressed; absent otherwise.
     [[nodiscard]] std::optional<int> bytesPerFrame() const;
@@ -33,7 +33,8 @@ struct SoundFormat {
 
 /// Writes stereo sound to an open descriptor, always the same bytes for the same sound: 16-bit samples are
 /// dithered from a fixed seed. WAV above 4 GiB becomes RF64. To a descriptor that cannot seek, WAV gets a
-/// header without lengths, which readers take to last as long as data comes. Throws RenderError.
+/// header without lengths, which readers take to last as long as data comes. Throws RenderError. One thread
+/// at a time.
 class SoundFileWriter {
 public:
     static constexpr int channels = 2;

@@ -6,9 +6,9 @@
 #include <dlfcn.h>
 
 // FluidSynth renders each block's effects in a parallel region of one thread, for which OpenMP's run time
-// allocates and frees memory. This definition does without. It is the program's own, because nothing else is
-// found before the run time's, which comes with Qt as well. Regions of several threads, which there are while
-// a bank is loaded, go on to the run time.
+// allocates and frees memory. This definition does not. It has to be in the program itself: only there it is
+// found before the run time's, which Qt loads too. Regions of several threads, which there are while a bank
+// is loaded, go on to the run time.
 extern "C" [[gnu::visibility("default")]] void GOMP_parallel(void (*region)(void*), void* data,
                                                              unsigned threads, unsigned flags) {
     if (threads == 1) {

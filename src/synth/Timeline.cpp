@@ -150,7 +150,8 @@ private:
             state_.applyNote(note.message, note.tick);
     }
 
-    // Returns the indices of all but the notes, found without a branch: which are notes cannot be foretold.
+    // Returns the indices of all but the notes, found without a branch, which the processor could not
+    // predict.
     std::span<const std::uint32_t> unpackInto(std::span<TimelineEvent> events,
                                               std::span<const PackedEvent> packed) {
         indices_.resize(std::max(indices_.size(), packed.size()));

@@ -7,8 +7,8 @@
 
 namespace tambrel {
 
-/// Opens a device through one of FluidSynth's own drivers. May block for some time. Throws AudioDriverError
-/// with what FluidSynth reported.
+/// Opens a device through one of FluidSynth's own drivers. May block for some time: called on the sound
+/// service's thread. Throws AudioDriverError with what FluidSynth reported.
 [[nodiscard]] std::unique_ptr<AudioDriver> openFluidAudioDriver(const std::string& name, double sampleRate,
                                                                 AudioSource& source);
 

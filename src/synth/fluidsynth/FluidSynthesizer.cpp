@@ -42,7 +42,7 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, const SynthesizerOptions& 
     fluid_settings_setint(settings, "synth.polyphony", maximumVoices);
     for (const char* effect : {"synth.reverb.active", "synth.chorus.active"})
         fluid_settings_setint(settings, effect, options.effects == Effects::on ? 1 : 0);
-    // The first one fills in tables that all share, and the next would not wait for them.
+    // The first one fills in tables that all share; another thread would not wait for them.
     static std::mutex making;
     const std::lock_guard lock(making);
     synth_.reset(new_fluid_synth(settings));
@@ -199,9 +199,9 @@ void FluidSynthesizer::resetTo(SystemMessage standard) noexcept {
     song_->reset(standard);
 }
 
-// FluidSynth revives a note that is told to end at once and then, before the next block, to be released,
-// which a reset and a pedal let go do; and its reset leaves something in the filters of the reverb, which
-// only the next reset takes away. So the blocks in which all that ends are rendered here.
+// FluidSynth revives a note that is told to end at once and, before the next block, to be released, as by a
+// reset and a pedal. Its reset also leaves sound in the filters of the reverb until the next reset. So the
+// blocks in which all that ends are rendered here.
 void FluidSynthesizer::silence() noexcept {
     constexpr int allChannels = -1;
     std::array<float, synthesizerBlock> left;

@@ -9,7 +9,7 @@
 
 namespace tambrel {
 
-/// FluidSynth as the General MIDI synthesizer.
+/// FluidSynth as the General MIDI synthesizer. One thread at a time.
 class FluidSynthesizer final : public Synthesizer {
 public:
     FluidSynthesizer(double sampleRate, const SynthesizerOptions& options);

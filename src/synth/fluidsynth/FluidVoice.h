@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// A voice of FluidSynth, for what is told to a single one.
+/// A voice of FluidSynth, to set what holds for it alone. The thread that uses the synthesizer.
 class FluidVoice {
 public:
     explicit FluidVoice(fluid_voice_t* voice) : voice_(voice) {}

@@ -7,7 +7,7 @@
 namespace tambrel {
 
 /// Controllers that no song reaches: what songs say in other ways goes through them to the modulators. All
-/// are centred on 64.
+/// are centred on 64. Constants; any thread.
 namespace PrivateController {
 
 inline constexpr std::uint8_t modulationDepth = 102; // Tens of cents beyond what the wheel does by itself.

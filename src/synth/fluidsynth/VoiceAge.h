@@ -9,8 +9,9 @@ namespace tambrel {
 
 /// Makes a voice that has just been started sound as it does `age` seconds after its beginning: what is left
 /// of the delays and envelopes of its SoundFont zone (SoundFont 2.01, 8.1.3) is written over them, so that it
-/// goes on from there as if it had been playing all along. `Voice` has `float get(int generator)` and
-/// `void set(int generator, float value)`. Neither allocates nor locks.
+/// goes on from there as if it had been playing all along. `Voice` has `float get(int generator)` and `void
+/// set(int generator, float value)`. Used by the thread that uses the synthesizer; neither allocates nor
+/// locks.
 template<class Voice>
 class VoiceAging {
 public:
