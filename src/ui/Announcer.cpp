@@ -18,7 +18,7 @@ void Announcer::say(const QString& text) {
     event.setPoliteness(QAccessible::AnnouncementPoliteness::Assertive);
     QAccessible::updateAccessibility(&event);
 #else
-    // There is but the alert, and that is not passed on everywhere. A notification that shows is.
+    // Of Qt's events only the alert fits, which is not passed on everywhere. A notification that is shown is.
     setAccessibleName(text);
     for (const auto type : {QAccessible::Alert, QAccessible::ObjectShow}) {
         QAccessibleEvent event(this, type);

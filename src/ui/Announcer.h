@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// Has assistive software say what happens, whatever has the focus. Nothing to see.
+/// Has assistive software say what happens, whatever has the focus. Invisible. Main thread.
 class Announcer : public QWidget {
     Q_OBJECT
 

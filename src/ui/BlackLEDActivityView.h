@@ -21,6 +21,7 @@ struct BlackLEDBar {
 };
 
 /// A row of bars that dance while music plays, a step each 0.08 seconds, and lie low and faint otherwise.
+/// Main thread.
 class BlackLEDActivityView : public QWidget {
     Q_OBJECT
 

@@ -38,7 +38,7 @@ void accept(QDropEvent& event) {
     event.accept();
 }
 
-// The source is told of an action too, which is to be none.
+// Tells the source that no action is done.
 void refuse(QDropEvent& event) {
     event.setDropAction(Qt::IgnoreAction);
     event.ignore();

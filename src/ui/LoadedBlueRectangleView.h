@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// A filled rectangle while a file is loaded; otherwise transparent.
+/// A filled rectangle while a file is loaded; otherwise transparent. Main thread.
 class LoadedBlueRectangleView : public QWidget {
     Q_OBJECT
 

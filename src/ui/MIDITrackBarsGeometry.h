@@ -12,7 +12,7 @@
 
 namespace tambrel {
 
-/// Where the track bars view paints what, in unflipped coordinates.
+/// Where the track bars view paints what, in unflipped coordinates. Pure, any thread.
 struct MIDITrackBarsGeometry {
     struct Row {
         QString label;

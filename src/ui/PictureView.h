@@ -10,7 +10,7 @@ class QSvgRenderer;
 namespace tambrel {
 
 /// Shows a drawing of the resources in its whole area, sharp at every scale. It is read when it is first
-/// painted.
+/// painted. Main thread.
 class PictureView : public QWidget {
     Q_OBJECT
 

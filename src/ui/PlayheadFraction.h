@@ -5,7 +5,7 @@
 
 namespace tambrel {
 
-/// A fraction limited to 0 to 1. What is not a number, such as nothing divided by nothing, counts as 0.
+/// A fraction limited to 0 to 1. What is not a number, such as 0 / 0, counts as 0. Pure, any thread.
 [[nodiscard]] inline double limitedFraction(double fraction) {
     return std::max(0.0, std::min(fraction, 1.0)); // In this order: std::clamp would let a NaN through.
 }

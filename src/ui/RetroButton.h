@@ -15,7 +15,7 @@ struct RetroButtonGeometry {
     [[nodiscard]] static RetroButtonGeometry of(QSizeF size, bool isPressed);
 };
 
-/// A flat button with a hard shadow, towards which it moves by a pixel while pressed.
+/// A flat button with a hard shadow, towards which it moves by a pixel while pressed. Main thread.
 class RetroButton : public QPushButton {
     Q_OBJECT
 

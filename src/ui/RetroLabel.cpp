@@ -13,8 +13,7 @@
 namespace tambrel {
 namespace {
 
-// Marked up: only then a tool tip wraps, and need not guess whether a file name that looks like markup is
-// some.
+// As markup: Qt wraps no other tool tip, and might take a file name for markup.
 QString toolTipText(const QString& plain) {
     return plain.isEmpty() ? plain : "<p style='white-space:pre-wrap'>" + plain.toHtmlEscaped() + "</p>";
 }

@@ -17,7 +17,7 @@ enum class RetroLabelOverflow {
 };
 
 /// Plain text in ink, one line unless it may wrap, never selected. A text that is cut shows whole in a tool
-/// tip, and assistive software always reads the whole text.
+/// tip, and assistive software always reads the whole text. Main thread.
 class RetroLabel : public QLabel {
     Q_OBJECT
 

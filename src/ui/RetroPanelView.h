@@ -5,7 +5,7 @@
 namespace tambrel {
 
 /// A panel with square corners and a border of one pixel, for other views to specialise: they paint after
-/// calling this class's paintEvent.
+/// calling this class's paintEvent. Main thread.
 class RetroPanelView : public QWidget {
     Q_OBJECT
 

@@ -8,7 +8,7 @@
 namespace tambrel {
 
 /// Where the timeline paints what and which time it means by a place. Unflipped coordinates; times in
-/// seconds.
+/// seconds. Pure, any thread.
 struct RetroTimelineGeometry {
     static constexpr int tickCount = 9; ///< One at each eighth of the track, its ends included.
 

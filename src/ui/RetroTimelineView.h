@@ -9,7 +9,7 @@
 namespace tambrel {
 
 /// The position bar of the player: the played part, a handle and nine marks. It never moves its handle by
-/// itself; whoever answers `onSeek` sets the new position. Main thread only; times in seconds.
+/// itself: `onSeek` has to set the new position. Main thread only; times in seconds.
 class RetroTimelineView : public QWidget {
     Q_OBJECT
 

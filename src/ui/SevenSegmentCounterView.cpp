@@ -58,7 +58,7 @@ void SevenSegmentCounterView::setText(const QString& text) {
         onTextChange();
 }
 
-// Cells that stay where they are, with what they show, need no paint.
+// Cells with the same place and character need no paint.
 void SevenSegmentCounterView::updateWhatDiffers(const Cells& before, const Cells& after) {
     if (before.empty() || after.empty() || before.size() != after.size() ||
         before.front().rect != after.front().rect)

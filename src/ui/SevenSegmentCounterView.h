@@ -11,7 +11,7 @@
 namespace tambrel {
 
 /// The playback time as seven-segment digits in ink on paper. Shows "0" to "9", ':' and '.'; any other
-/// character leaves a narrow gap.
+/// character leaves a narrow gap. Main thread.
 class SevenSegmentCounterView : public QWidget {
     Q_OBJECT
 

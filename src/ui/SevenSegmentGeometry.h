@@ -8,7 +8,7 @@
 
 namespace tambrel {
 
-/// Where a counter paints what: pure functions of its size and text, in unflipped coordinates.
+/// Where a counter paints what: pure functions of its size and text, in unflipped coordinates. Any thread.
 namespace SevenSegmentGeometry {
 
 enum class Segment { top, upperLeft, upperRight, middle, lowerLeft, lowerRight, bottom };

@@ -4,9 +4,10 @@
 
 namespace tambrel {
 
-/// A painter on a view in unflipped coordinates: logical pixels, origin at the view's bottom left corner,
-/// y upwards. A rectangle's y is therefore its lower edge. Fills, frames and lines land on whole device
-/// pixels, so that they are crisp at every scale; paths are smoothed. Made in paintEvent and nowhere else.
+/// A painter on a view in unflipped coordinates: logical pixels, origin at the view's bottom left corner, y
+/// upwards. A rectangle's y is therefore its lower edge. Fills, frames and lines land on whole device pixels,
+/// so that they are crisp at every scale; paths are smoothed. Made in paintEvent and nowhere else, on the
+/// main thread.
 class UnflippedPainter : public QPainter {
 public:
     explicit UnflippedPainter(QWidget& view);

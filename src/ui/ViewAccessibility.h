@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// What assistive software sees of a view that needs a role and nothing more.
+/// What assistive software sees of a view that needs a role and nothing more. Main thread.
 template<QAccessible::Role viewRole>
 class AccessibleView : public QAccessibleWidget {
 public:
