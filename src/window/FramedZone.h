@@ -4,7 +4,7 @@
 
 namespace tambrel {
 
-/// A frame of ink around paper, for other views to lie in, with a divider if there are two.
+/// A frame of ink around paper, for other views to lie in, with a divider if there are two. Main thread.
 class FramedZone : public QWidget {
 public:
     using QWidget::QWidget;

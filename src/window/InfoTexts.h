@@ -6,7 +6,7 @@ namespace tambrel {
 
 struct ApplicationInfo;
 
-// The texts of the About / Get Info panel that say the same in every run.
+// The texts of the About / Get Info panel that are the same in every run. Any thread.
 
 [[nodiscard]] QString versionText(const ApplicationInfo& info);
 [[nodiscard]] QString creditsText(const QString& builtOn);

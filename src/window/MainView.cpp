@@ -87,7 +87,7 @@ void MainView::buildInterface() {
     wireViews();
 }
 
-// Whoever sets the status, it is explained below what the file's label says, which is not said again.
+// Explains every status below the file's label, without repeating what that says.
 void MainView::buildExplanation() {
     namespace Layout = MainViewLayout;
     const QPoint panel = Layout::dropPanel.topLeft();

@@ -61,7 +61,7 @@ public:
     /// Shows a song, or that there is none, all at once.
     void show(const MainViewFacts& facts);
     void showLoading();
-    /// To who does not see it.
+    /// Says it to users who do not see the window.
     void say(const QString& text);
 
     /// The controls that follow what plays. They belong to this view.

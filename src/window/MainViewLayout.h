@@ -8,7 +8,7 @@ namespace tambrel {
 
 /// Where everything lies in the content of the main window, in points from its top left, read from the title
 /// down to the buttons: between 11 and 469, the time on one axis from 37 to 463, the right hand side from
-/// 313. Nothing moves when a file is loaded or cleared.
+/// 313. Nothing moves when a file is loaded or cleared. Constants; any thread.
 namespace MainViewLayout {
 
 inline constexpr int contentSize = 480; ///< Width and height.

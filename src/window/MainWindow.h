@@ -9,8 +9,8 @@
 
 namespace tambrel {
 
-/// The one window: the main view under a menu bar, of a fixed size. Closing it ends the program,
-/// whatever other windows there are.
+/// The one window: the main view under a menu bar, of a fixed size. Closing it ends the program, whatever
+/// other windows there are. Main thread.
 class MainWindow : public QMainWindow {
 public:
     /// Takes the controller and its view over.

@@ -9,7 +9,7 @@
 namespace tambrel {
 
 /// A rectangle as "{{x, y}, {width, height}}", with the shortest numbers that read back as the same ones,
-/// whatever the locale.
+/// whatever the locale. Pure, any thread.
 [[nodiscard]] std::string rectangleText(const QRectF& rectangle);
 
 /// Its inverse, which allows blanks anywhere between the marks and numbers; nothing for any other text.

@@ -5,7 +5,7 @@
 namespace tambrel {
 
 /// How Qt's own controls look in every window of the program: Fusion in the theme's colours, whatever style
-/// and palette the desktop has, now or later.
+/// and palette the desktop has, now or later. Main thread.
 class RetroStyle : public QProxyStyle {
 public:
     RetroStyle();

@@ -9,7 +9,7 @@
 
 namespace tambrel {
 
-/// The page that lists all that a song says. What has to be searched for comes a moment later.
+/// The page that lists all that a song says. What has to be searched for comes a moment later. Main thread.
 class SongPage : public WholeLinesText {
 public:
     explicit SongPage(const std::optional<SongPageFacts>& song);

@@ -7,7 +7,7 @@
 
 namespace tambrel {
 
-/// What the Song page says of the song that is loaded.
+/// What the Song page says of the song that is loaded. Any thread.
 struct SongPageFacts {
     std::vector<SongFact> facts; ///< Of the whole file.
     MIDIData data;               ///< In which everything else is found.

@@ -46,7 +46,7 @@ void SongSession::takeOutcome(std::int64_t generation, const LoadOutcome& outcom
             apply(outcome.song);
             if (afterLoad_ == AfterLoad::play && player_.mode() != PlaybackMode::playing)
                 events_.playWanted();
-        } catch (const TambrelLoadCancelled&) { // Whoever cancelled has seen to the interface.
+        } catch (const TambrelLoadCancelled&) { // What cancelled it has updated the interface.
         } catch (const std::exception& error) {
             fail(error);
         }

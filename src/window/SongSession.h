@@ -28,7 +28,7 @@ struct SongSessionServices {
 
 /// What a song session tells. Called from within the operation; must not command the session.
 struct SongSessionEvents {
-    /// Another song, or none, is to come: what waits to be done with the one that is there is not any more.
+    /// Another song, or none, is about to come: drop what waits to be done with the present one.
     std::function<void()> leaving;
     std::function<void()> loading;
     /// Player and playback state hold the song, which rests at its beginning.
@@ -58,7 +58,7 @@ public:
     void load(const std::filesystem::path& url, AfterLoad after);
     /// A song that is loading will not play by itself.
     void waitAfterLoad() { afterLoad_ = AfterLoad::wait; }
-    /// Of the song that is there, nothing is made or begins to play any more by itself.
+    /// Stops all preparation of the present song; it does not begin to play by itself.
     void dropWhatWaits();
     /// Ends the song, and what is loading.
     void clear();

@@ -27,7 +27,7 @@ struct SoundPageFacts {
     std::function<void(double volume)> setVolume;
 };
 
-/// The page on which the sound bank and the volume are chosen.
+/// The page on which the sound bank and the volume are chosen. Main thread.
 class SoundPage : public QWidget {
 public:
     explicit SoundPage(SoundPageFacts facts);

@@ -9,8 +9,8 @@
 
 namespace tambrel {
 
-/// Puts into words, for who does not see the window, that a song is there or cannot be, and that it plays,
-/// pauses, stops or ends. What changes in one go is said at once, and nothing twice. Main thread only.
+/// Tells users who do not see the window that a song is loaded or cannot be, and that it plays, pauses, stops
+/// or ends. What changes in one go is said at once, and nothing twice. Main thread only.
 class SpokenStatus : public QObject {
 public:
     explicit SpokenStatus(std::function<void(const QString& text)> say) : say_(std::move(say)) {}

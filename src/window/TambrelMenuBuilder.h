@@ -20,9 +20,9 @@ struct MenuTargets {
     std::function<void()> showDebuggingWindow;
 };
 
-/// Builds the menus in code. A key works in every window of the program, but for the space bar, which
-/// belongs to the main window and there comes before the control that has the focus. Each menu is the
-/// caller's until it is added to a menu bar with `QMenuBar::addMenu` and given a parent.
+/// Builds the menus. A key works in every window of the program, but for the space bar, which belongs to the
+/// main window and there comes before the control that has the focus. Each menu is the caller's until it is
+/// added to a menu bar with `QMenuBar::addMenu` and given a parent. Main thread.
 namespace TambrelMenuBuilder {
 
 [[nodiscard]] QMenu* appMenuItem(const MenuTargets& targets);

@@ -18,7 +18,7 @@ public:
     VariantPreparation(const VariantPreparation&) = delete;
     VariantPreparation& operator=(const VariantPreparation&) = delete;
 
-    /// Called when what was begun is there, or could not be made: Play then tries by itself.
+    /// Called when the variant is there, or could not be made: Play then tries to make it itself.
     std::function<void()> onDone;
 
     /// True when Play finds all that it needs.

@@ -4,7 +4,8 @@
 
 namespace tambrel {
 
-/// A text to be read, selected and copied, by keyboard too. It scrolls, and shows whole lines alone.
+/// A text to be read, selected and copied, by keyboard too. It scrolls, and shows whole lines alone. Main
+/// thread.
 class WholeLinesText : public QPlainTextEdit {
 public:
     /// `name` is for assistive software.
