@@ -185,7 +185,7 @@ void AppDelegate::performAction(const QString& name) {
 void AppDelegate::raiseWindow(const QString& activationToken) {
     if (!window_)
         return;
-    // This is how Qt wants to be told, and it takes the token out again when it has used it.
+    // Qt takes the token from the environment, and removes it when it has used it.
     if (!activationToken.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);

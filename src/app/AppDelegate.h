@@ -23,8 +23,8 @@ namespace tambrel {
 class FirstPaint;
 class MainWindow;
 
-/// What the program has been started for. A picture is nobody's session: the user is asked nothing, and
-/// neither the window's place nor the session's beginning and end are noted.
+/// What the program has been started for. A picture is no session: the user is asked nothing, and neither the
+/// window's place nor the session is recorded.
 enum class LaunchPurpose { use, picture };
 
 /// What the delegate needs from the world around it; all called on the main thread.

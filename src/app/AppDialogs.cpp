@@ -86,7 +86,7 @@ std::optional<std::filesystem::path> chooseMIDIFile(const std::filesystem::path&
             settings.setValue(folderKey, QFileInfo(file).absolutePath());
             return path;
         }
-        QApplication::beep(); // Typed, for the panel lists no such file.
+        QApplication::beep(); // The name was typed: the panel lists no such file.
     }
     return std::nullopt;
 }

@@ -25,7 +25,7 @@ std::filesystem::path pathOf(const std::string& argument) {
 
 /// How many arguments an option of Qt takes up from here on; 0 when it is none. One or two dashes
 /// begin it.
-std::size_t toolkitOptionLength(std::string_view argument) {
+std::size_t qtOptionLength(std::string_view argument) {
     constexpr std::array<std::string_view, 4> alone{"reverse", "nograb", "dograb", "widgetcount"};
     constexpr std::array<std::string_view, 15> withValue{
         "platform", "platformpluginpath", "platformtheme", "plugin",       "qwindowgeometry",
@@ -44,7 +44,7 @@ std::size_t toolkitOptionLength(std::string_view argument) {
 std::vector<char*> ownArguments(std::span<char*> arguments) {
     std::vector<char*> own;
     for (std::size_t at = 0; at < arguments.size();) {
-        const std::size_t length = at == 0 ? 0 : toolkitOptionLength(arguments[at]);
+        const std::size_t length = at == 0 ? 0 : qtOptionLength(arguments[at]);
         if (length == 0)
             own.push_back(arguments[at]);
         at += std::max<std::size_t>(length, 1);

@@ -21,9 +21,8 @@ struct CommandLine {
     std::vector<std::filesystem::path> files;
 };
 
-/// Reads the arguments, leaving those to Qt that are its own. When the program has nothing more to
-/// do (help, version, wrong usage), prints what there is to say and returns nothing, with the exit status in
-/// `status`.
+/// Reads the arguments and leaves Qt its own. For help, version and wrong usage, prints the text and returns
+/// nothing, with the exit status in `status`. Main thread, like all here.
 [[nodiscard]] std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status);
 
 /// Says something on the standard error stream in the program's name.

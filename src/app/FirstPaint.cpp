@@ -16,7 +16,7 @@ FirstPaint::FirstPaint(QWidget& window, std::function<void()> then) : then_(std:
 }
 
 bool FirstPaint::eventFilter(QObject*, QEvent* event) {
-    if (then_ && event->type() == QEvent::Paint) // Not done yet: what follows comes after this event.
+    if (then_ && event->type() == QEvent::Paint) // Not painted yet: the call comes after this event.
         QTimer::singleShot(0, this, [this] { happen(); });
     return false;
 }

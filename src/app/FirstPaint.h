@@ -8,9 +8,9 @@ class QWidget;
 
 namespace tambrel {
 
-/// Calls a function once, when a window has been painted for the first time: nothing that takes time comes
-/// before what the user waits for. A window that is not painted within a quarter of a second (it may be
-/// minimized) counts as painted then.
+/// Calls a function once, when a window has been painted for the first time, so that slow work comes after
+/// what the user waits for. A window that is not painted within a quarter of a second (it may be minimized)
+/// counts as painted then. Main thread.
 class FirstPaint : public QObject {
 public:
     FirstPaint(QWidget& window, std::function<void()> then);

@@ -6,9 +6,9 @@ struct CommandLine;
 class DesktopApplication;
 struct LaunchContext;
 
-/// Lets the window that is open already, if there is one, have the files, and come to the front. True when
-/// that has been done: this program is not needed then. Otherwise this program is the one that later ones
-/// hand over to, if the command line does not ask for one of its own. Takes a millisecond.
+/// Hands the files to a window that is open already, which comes to the front. True when that has been done:
+/// this program is not needed. Otherwise later programs hand over to this one, unless the command line asks
+/// for an instance of its own. Takes a millisecond. Main thread.
 [[nodiscard]] bool handOver(const CommandLine& commandLine, DesktopApplication& desktop,
                             const LaunchContext& context);
 

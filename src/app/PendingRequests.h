@@ -13,7 +13,7 @@
 
 namespace tambrel {
 
-/// What the desktop asks for before there is a window that could do it, in the order of the asking.
+/// What the desktop asks for before there is a window to do it, in order. Main thread.
 class PendingRequests {
 public:
     struct Files {

@@ -134,11 +134,11 @@ int Program::run() {
     delegate_.window()->hide(); // Whatever is still to be finished, the user need not watch it.
     log_.close();
     if (engine_.isLoadingSoundBank())
-        std::_Exit(status); // A large bank takes seconds, and nobody waits for it any more.
+        std::_Exit(status); // To finish loading a large bank would take seconds.
     return status;
 }
 
-// What is still to be done may take a while, and nothing is to be heard or seen of the program meanwhile.
+// The rest of the end may take a while; nothing is heard or seen of the program meanwhile.
 void Program::fallSilent() {
     desktop_.release();
     mediaControls_.reset();
