@@ -25,8 +25,8 @@ void keep(const Value& value) {
 
 /// Runs all steps one after another, `rounds` times (at least 1), and prints one line a step: the median
 /// processor time of the whole process, the speed, and the median of the ratios to the first step's speed of
-/// the same round. Steps that take turns suffer alike from whatever else the machine does. Returns false
-/// when a step missed its wanted ratio.
+/// the same round. Steps that take turns are slowed alike by other work of the machine. Returns false when a
+/// step missed its wanted ratio.
 bool runInterleaved(const std::vector<Step>& steps, int rounds);
 
 } // namespace tambrel::bench

@@ -8,8 +8,8 @@ namespace tambrel::bench {
 
 /// How far apart the events of a part are.
 enum class Density {
-    song,  ///< As a player plays; a large file then lasts for hours, 0.1 events a tick in 17 tracks.
-    crowd, ///< A sixteenth of that, nearly all delta times in one byte: what fills a large file in practice.
+    song,  ///< As music is: 0.1 events a tick in 17 tracks, so that a large file lasts for hours.
+    crowd, ///< A sixteenth of the distance, most delta times one byte: as large files are in practice.
 };
 
 /// A busy format 1 Standard MIDI File of about `size` bytes (a few hundred more at most) in `trackCount`

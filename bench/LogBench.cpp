@@ -72,8 +72,8 @@ public:
             file.write(line);
     }
 
-    /// Makes entries while the event loop runs, as the program does. Returns the processor time that one
-    /// takes of this thread with all that it causes there, in milliseconds.
+    /// Makes entries while the event loop runs, as the program does. Returns the milliseconds of processor
+    /// time that one entry costs this thread, with all that follows from it.
     double measureEntries(const char* what, int count) {
         static_cast<void>(watch.longest());
         double entries = 0;
@@ -114,7 +114,7 @@ bool measureDisabled() {
     Bench bench(false);
     int number = 0;
     const double each = nanosecondsEach(20'000'000, [&] {
-        asm volatile("" : "+m"(bench.log) : : "memory"); // Each call finds out by itself.
+        asm volatile("" : "+m"(bench.log) : : "memory"); // Each call has to test the switch.
         bench.log.procedure("A.b", [&] { return "Composed " + std::to_string(++number); });
     });
     const bool isReached = each <= mostNanoseconds && number == 0;

@@ -29,11 +29,11 @@
 namespace tambrel::bench {
 namespace {
 
-// Milliseconds. At the end there is a sound bank to be freed, whatever the song.
+// Milliseconds. At the end, a sound bank is freed, whatever the song.
 constexpr double longestStall = 50;
 constexpr double longestQuit = 500;
 
-/// The real window on the real player, with nobody to look or to listen.
+/// The real window on the real player, without a display or a loudspeaker.
 class Window {
 public:
     explicit Window(TambrelBetaLog& log)
@@ -88,7 +88,7 @@ void rest(StallWatch& watch, int milliseconds) {
     watch.run([&] { return elapsed.elapsed() > milliseconds; });
 }
 
-/// What has been measured, the best of all rounds: whatever else the machine does only makes it worse.
+/// What was measured, the best of all rounds: other work of the machine only makes it worse.
 class Results {
 public:
     void take(const std::string& what, double value) {
@@ -162,7 +162,7 @@ private:
         const double time = millisecondsOf(act);
         results_.take(what + ": stall, ms", watch_.longest());
         results_.take(what + ": peak above an idle window, MB", megabytes("VmHWM") - before_);
-        static_cast<void>(watch_.longest()); // To ask for the memory may have taken long in itself.
+        static_cast<void>(watch_.longest()); // To read the memory figures may have taken long in itself.
         return time;
     }
 
@@ -171,7 +171,7 @@ private:
         rest(watch_, 300);
     }
 
-    // To look at the memory stalls in itself while so much of it is freed.
+    // To read the memory figures stalls in itself while much is freed.
     void waitForMemory() {
         watch_.run([this] { return megabytes("VmRSS") < before_ + 50; });
     }
@@ -212,7 +212,7 @@ bool measure(int size, int tracks, int rounds) {
     for (const char* what : {"load", "play", "clear", "Loudness and Play", "clear with Loudness"})
         limits[std::string(what) + ": stall, ms"] = longestStall;
     limits["quit: stall, ms"] = longestQuit;
-    if (size >= 100) { // Below, starting threads and the like count for much.
+    if (size >= 100) { // Below, the start of threads counts for much.
         limits["load: bare walks"] = 5.5;
         limits["load: peak above an idle window, MB"] = 5.5 * size;
         limits["Loudness and Play: peak above an idle window, MB"] = 8.0 * size;

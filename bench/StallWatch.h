@@ -22,7 +22,7 @@ inline double megabytes(const std::string& key) {
     return 0;
 }
 
-/// The peak that VmHWM tells begins anew.
+/// Resets the peak that VmHWM tells.
 inline void forgetPeakMemory() {
     std::ofstream("/proc/self/clear_refs") << 5;
 }

@@ -66,7 +66,7 @@ bool measure(std::size_t megabytes, int trackCount, int rounds, Density density)
     return runInterleaved(steps(file, density), rounds);
 }
 
-// The pass knows nothing of tracks and writes nothing.
+// The first step, a bare pass, knows no tracks and writes nothing.
 bool measureImport(int tracks, int rounds) {
     constexpr std::size_t bytesOfAMillionPackets = 1'750'000;
     const MIDIData clip(largeClip(largeFile(bytesOfAMillionPackets, tracks, Density::song)));
