@@ -4,7 +4,7 @@
 
 namespace tambrel::fuzz {
 
-/// Ends the program, which the fuzzer then reports with its input, when a promise is not kept.
+/// Aborts when a promise is not kept; the fuzzer then reports the input.
 inline void check(bool promiseKept) {
     if (!promiseKept)
         std::abort();

@@ -17,7 +17,7 @@ void comesBack(ByteView file) {
 } // namespace
 
 // A file that can be dumped is built again byte by byte. A text that can be built makes a file whose own text
-// builds the same file; whatever else it is, the error has words.
+// builds the same file. Every error has a text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const ByteView input(bytes, size);
     try {

@@ -4,7 +4,7 @@
 using namespace tambrel;
 using fuzz::check;
 
-// Phrases lie in the song, one behind the other, and can be seen.
+// Phrases lie within the song, one after another, and are wide enough to be seen.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const MIDIFileInfo info = MIDIFileInfo::parse({bytes, size});
     check(info.isSupportedFormat || info.timelineLanes.empty());

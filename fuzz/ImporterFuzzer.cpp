@@ -5,7 +5,7 @@
 using namespace tambrel;
 using fuzz::check;
 
-// A clip is refused by an error of the importer's own, or becomes a song that the loader takes.
+// A clip is refused with MIDI2ClipImportError, or becomes a song that the loader takes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     try {
         const auto [smf, summary] = MIDI2ClipImporter::importPlayableSMF({bytes, size});

@@ -4,7 +4,7 @@
 using namespace tambrel;
 using fuzz::check;
 
-// A file becomes a whole record or the loader's own error, whatever it is called.
+// A file of any name becomes a whole record, or TambrelLoadError.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const MIDIData data(Bytes(bytes, bytes + size));
     for (const char* name : {"song.mid", "song.clip"}) {

@@ -7,7 +7,7 @@
 using namespace tambrel;
 using fuzz::check;
 
-// Only velocities change, only to the full one, and nothing is left to do a second time.
+// Only velocities change, all to 127, and a second pass changes nothing.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const MIDIData original(Bytes(bytes, bytes + size));
     const MIDIData loud = MIDILoudnessProcessor::boostedDrumsAndBass(original);

@@ -10,8 +10,8 @@
 using namespace tambrel;
 using fuzz::check;
 
-// Whatever the file, what is found lies within it, and a sound file can be read as text. Notes that are left
-// out are gone, and nothing else is.
+// Every finding lies within the file, and a file without one can be dumped as text. A note filter takes away
+// its notes and nothing else.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const ByteView data(bytes, size);
     const auto findings = checkSong(data);

@@ -5,7 +5,7 @@
 using namespace tambrel;
 using fuzz::check;
 
-// Events lie in order within the duration, and a state that is looked up is the one that playing leads to.
+// Events are in order and within the duration, and a chased state is the one that playing leads to.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const auto timeline = Timeline::build({bytes, size});
     check(timeline->duration() >= 0);
