@@ -13,7 +13,7 @@ KEYS = ("space", "Return", "Tab", "Shift Tab", "Left", "Right", "Prior", "Next",
 MODIFIERS = {"Shift": "Shift_L", "Control": "Control_L", "Alt": "Alt_L"}
 
 ACTIONS = {}  # Function by name, with its weight.
-DESKTOP = []  # Names of those that need no session bus.
+DESKTOP = []  # Names of the actions that need no session bus.
 
 
 def action(weight, needs_bus=True):
@@ -149,7 +149,7 @@ def open_and_close(soak, keys, is_meant, use):
     soak.patience.until(lambda: not opened(), 5, "the window closes", "window")
 
 
-# The player on the bus
+# The player on D-Bus
 
 @action(8)
 def ask_the_player(soak, random):
@@ -254,7 +254,7 @@ def hear_silence(soak, random):
     def has_ended():
         return player.status() != "Playing" or not player.do("Stop")
     soak.patience.until(lambda: player.status() != "Playing", 5, f"{how} ends the song", "interface")
-    soak.checks.silence(CUT_SHORT, has_ended)  # A song that was still being loaded may begin to play.
+    soak.checks.silence(CUT_SHORT, has_ended)  # The song may only now be loaded, and begin to play.
 
 
 @action(2)
@@ -265,7 +265,7 @@ def hear_the_end(soak, random):
     soak.checks.silence(RUNG_OUT)
 
 
-# Ending and starting again: seldom, so that what grows has time to grow
+# Ending and starting again: seldom, so that a leak has time to show
 
 @action(0.4)
 def quit_and_start_again(soak, random):

@@ -78,7 +78,7 @@ class MediaPlayer:
         try:
             self.caller.call(self.PATH, ROOT, "Quit")
         except dbus.DBusException:
-            pass  # It may be gone before it has answered.
+            pass  # The program may end before it answers.
 
     def raise_window(self):
         self.caller.call(self.PATH, ROOT, "Raise")

@@ -1,4 +1,4 @@
-"""What must hold all along."""
+"""What must hold at all times."""
 
 import re
 import time
@@ -8,7 +8,7 @@ from .finding import Finding
 
 PLAY_BUTTON = {"Playing": "Pause", "Paused": "Resume", "Stopped": "Play"}
 TIME = re.compile(r"(\d+):(\d\d):(\d\d)\.(\d\d)$")
-CENTISECOND = 0.011  # What is shown is cut or rounded to it.
+CENTISECOND = 0.011  # The display is cut or rounded to this.
 SETTLED = 1.0  # Seconds in which the interface follows the player.
 CUT_SHORT = 3.0  # Seconds until a song that was stopped is silent, through all buffers.
 RUNG_OUT = 13.0  # After the last note: releases of ten seconds are let ring.
@@ -25,7 +25,7 @@ class Checks:
         self.soak = soak
         self.patience = soak.patience
         self.delay_at_question = 0.0
-        self.excused = None  # A question that could not be answered, for no fault of the program.
+        self.excused = None  # A question whose answer is late through no fault of the program.
         self.compared = 0
 
     def watch(self):

@@ -25,7 +25,7 @@ SETTINGS = "[General]\nTambrelBetaLogConsentAsked=true\nTambrelBetaLogFileEnable
 
 SUPPRESSIONS = Path(__file__).parent
 SANITIZERS = {
-    # Otherwise the leak check guesses where the thread-local variables of a library opened late lie, and may die of it.
+    # Otherwise the leak check guesses where thread-local variables of libraries opened late lie, and may crash.
     "ASAN_OPTIONS": "intercept_tls_get_addr=0",
     "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/lsan.supp:print_suppressions=0",
     "TSAN_OPTIONS": f"ignore_noninstrumented_modules=1:suppressions={SUPPRESSIONS}/tsan.supp",

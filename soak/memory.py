@@ -5,7 +5,7 @@ from .finding import Finding
 ROUNDS = 20
 # A leak that matters loses at least the bytes of a song, once per load: 20 rounds of the middle song are 16 MB.
 MOST_IN_A_DRILL = 8.0  # MB.
-# What the allocator keeps to itself may be as much now and then. A leak goes on.
+# The allocator may keep as much now and then; a leak grows in every drill.
 DRILLS_OF_A_LEAK = 3
 # Between drills everything else is done too: after songs of 24 MB the allocator keeps about 50 MB to itself, once.
 MOST_IN_A_RUN = 96.0  # MB, and for every hour
@@ -26,7 +26,7 @@ class Memory:
             self.load_and_clear(ROUNDS)
             after = self.settled(before + MOST_IN_A_DRILL)
             self.lines.append((self.soak.program.starts, before, after))
-            # Sanitizers keep what was freed, and look for leaks in ways of their own.
+            # Sanitizers keep what was freed, and look for leaks themselves.
             if after <= before + MOST_IN_A_DRILL or self.soak.patience.slow > 1:
                 break
         else:

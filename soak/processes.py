@@ -12,7 +12,7 @@ PR_SET_CHILD_SUBREAPER = 36
 
 class Processes:
     def __init__(self):
-        # What our children leave behind becomes our own child, and is found at the end.
+        # Orphans of our children become our own, and are found at the end.
         ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
         self.started = []
 

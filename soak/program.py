@@ -148,7 +148,7 @@ class Program:
     def end(self, ask, what, expected=0):
         """Has it end by `ask`, and waits for that; any other exit status than the expected one is a finding."""
         self.pulse.window = None
-        process, self.process = self.process, None  # Nobody takes its end for a crash.
+        process, self.process = self.process, None  # Its end is no crash.
         pid = process.pid
         try:
             ask(process)

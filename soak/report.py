@@ -3,7 +3,7 @@
 import time
 from collections import Counter, deque
 
-LAST = 30  # Actions that are told of when something is found.
+LAST = 30  # Actions that a finding reports.
 
 
 class Report:

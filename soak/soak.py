@@ -59,7 +59,7 @@ class Soak:
                 self.take_step()
             self.finish()
         except dbus.DBusException as failure:
-            self.patience.within(lambda: False, 1)  # A crash is told of as such.
+            self.patience.within(lambda: False, 1)  # A crash is reported as one.
             raise Finding("bus", str(failure)) from failure
 
     def take_step(self):
@@ -80,7 +80,7 @@ class Soak:
         name, function = choose(random, ACTIONS, names)
         self.report.does("action", name, self.step, self.program.memory())
         function(self, random)
-        self.display.is_through(self.patience)  # A click must not arrive after what is asked by the bus next.
+        self.display.is_through(self.patience)  # A click must arrive before the next D-Bus call.
 
     def finish(self):
         self.program.player.do("Stop")
