@@ -54,7 +54,7 @@ def described(file):
         with wave.open(str(file)) as sound:
             form = f"{sound.getnchannels()} channels of {8 * sound.getsampwidth()} bits at {sound.getframerate()} Hz"
             samples = [each[0] for each in struct.iter_unpack("<h", sound.readframes(sound.getnframes()))]
-            # The last digits are a synthesizer's own.
+            # The last digits depend on FluidSynth's version.
             seconds = f"{sound.getnframes() / sound.getframerate():.1f} s"
         return [f"{mode}, {form}, {seconds}, left {level(samples[::2])}, right {level(samples[1::2])}"]
     if len(content) > 400:

@@ -24,7 +24,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// A program on the bus that notes what it is asked for, and answers as it is told.
+/// A program on D-Bus that records its calls and answers as the test says.
 class BusService : public QDBusVirtualObject {
 public:
     BusService(const QDBusConnection& bus, const QString& name, const QString& path) : bus_(bus) {
@@ -34,7 +34,7 @@ public:
 
     QList<QDBusMessage> calls;
     bool refuses = false;
-    std::function<void()> ending = {}; ///< What happens to a portal that has accepted a call.
+    std::function<void()> ending = {}; ///< Called when a portal has accepted a call.
     std::optional<uint> response = {}; ///< Of a portal.
 
     bool handleMessage(const QDBusMessage& call, const QDBusConnection& bus) override {
@@ -92,7 +92,7 @@ protected:
                            .attachment = QUrl::fromLocalFile(QString::fromStdString(attachment))};
 };
 
-// Through the real program, to a mail program that only takes notes.
+// Through the real xdg-email, to a mail program that records its arguments.
 TEST_F(EmailTest, GoesThroughXdgEmailLetterByLetterUnlessThatFails) {
     EXPECT_FALSE(isTaken(emailByXdgEmail(mailProgram(3))));
     EXPECT_FALSE(isTaken(emailByXdgEmail(files.path("missing").c_str())));
@@ -114,15 +114,15 @@ TEST_F(EmailTest, GoesThroughXdgEmailLetterByLetterUnlessThatFails) {
     EXPECT_EQ(value("attach"), attachment);
 }
 
-// Qt connects too, and would have a bus started; a mail program may.
+// Qt connects too, and libdbus would start a bus; a mail program may have one started.
 TEST(SessionBusTest, IsNeitherStartedNorForbiddenToOthersWhereThereIsNone) {
     for (const char* variable : {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"})
         qunsetenv(variable);
     EXPECT_FALSE(sessionBus().isConnected());
     EXPECT_FALSE(qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"));
-    const auto toolkits = QDBusConnection::sessionBus();
-    EXPECT_FALSE(toolkits.isConnected());
-    EXPECT_FALSE(toolkits.lastError().message().contains("autolaunch"));
+    const auto busOfQt = QDBusConnection::sessionBus();
+    EXPECT_FALSE(busOfQt.isConnected());
+    EXPECT_FALSE(busOfQt.lastError().message().contains("autolaunch"));
 }
 
 TEST_F(EmailTest, GoesToThePortalWithItsAttachmentOrNotAtAll) {

@@ -28,7 +28,7 @@ protected:
     }
 };
 
-/// What the program makes known on the bus, as `gdbus monitor` prints it.
+/// The signals that the program sends on D-Bus, as `gdbus monitor` prints them.
 class BusMonitor {
 public:
     BusMonitor(const DesktopSession& session, const QString& name)

@@ -16,7 +16,7 @@ using ::testing::ElementsAreArray;
 
 class SuspendInhibitorTest : public ::testing::Test {
 protected:
-    /// Has everything arrive that has been sent on the inhibitor's connection, and then what that has caused.
+    /// Waits for all that was sent on the inhibitor's connection, and for what that has caused.
     void settle(const QString& service, const QString& path, const QString& interface,
                 const QString& method) {
         for (int way = 0; way < 2; ++way) {

@@ -15,11 +15,11 @@
 
 namespace tambrel {
 
-/// A log on folders of the test's own, at one moment, in a world that only takes notes.
+/// A log on private folders, at a fixed time, with services that only record.
 class BetaLogTest : public ::testing::Test {
 protected:
-    /// Ends the program run without a word, as a crash would, but with everything written; another one comes
-    /// up to its start, with the answer that its questions will get.
+    /// Ends the run as a crash would, but with everything written, and starts the next one. `answer` is the
+    /// reply to its questions.
     void startRun(std::optional<bool> answer = true) {
         log.close();
         log.configure(services(answer));
@@ -91,8 +91,8 @@ protected:
     bool hasMailService = true;
 
     std::vector<std::string> asked;
-    std::string window; ///< All that the debugging window has been given to show.
-    std::string order;  ///< Of what has left the program.
+    std::string window; ///< All that the debugging window was given.
+    std::string order;  ///< What has left the program, in order.
     std::string clipboard;
     std::vector<EmailDraft> drafts;
     std::vector<QUrl> links;

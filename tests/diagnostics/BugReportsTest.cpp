@@ -34,7 +34,7 @@ protected:
         return all;
     }
 
-    /// Has the whole log reported, or this text of the window, and notes all that leaves the program.
+    /// Reports the whole log, or this text of the window, and records all that leaves the program.
     void report(const std::string& what, const std::optional<std::string>& windowText = {}) {
         drafts.clear();
         links.clear();
@@ -67,7 +67,7 @@ protected:
                    : content(drafts.back().attachment->toLocalFile().toStdString());
     }
 
-    /// With the private folder left out, and many times the same letter counted.
+    /// Without the private folder, and with repeated letters counted.
     [[nodiscard]] std::string readable() const {
         auto text = QString::fromStdString(seen).replace(home.path(), "~");
         const auto moment = QString::fromStdString(stamp);

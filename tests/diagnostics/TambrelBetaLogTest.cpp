@@ -178,7 +178,7 @@ TEST_F(TambrelBetaLogTest, TakesAwayTheMarkerOfAnotherUserInAFolderOfItsOwn) {
     ASSERT_TRUE(QDir().mkpath(folder) && QFile(marker).open(QIODevice::WriteOnly));
     ASSERT_TRUE(QFile::setPermissions(marker, QFile::ReadOther));
     constexpr uid_t anotherUser = 65534;
-    const bool isRoot = geteuid() == 0; // Whom nothing is forbidden.
+    const bool isRoot = geteuid() == 0; // Root may write everywhere.
     if (isRoot) {
         for (const auto& path : {home.path(), folder, settings.fileName()})
             ASSERT_EQ(chown(path.toLocal8Bit().constData(), anotherUser, static_cast<gid_t>(-1)), 0);
@@ -257,7 +257,7 @@ TEST_F(TambrelBetaLogTest, ReportsFileFailuresInTheWindowAndStillDetectsACrash) 
                           line("betaLOG write failed: " + reason));
 }
 
-/// A disk with so much room in each file.
+/// A disk on which no file grows larger than this.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t room) {

@@ -21,7 +21,7 @@ std::function<void()> afterStat;
 
 } // namespace
 
-// In place of the C library's, for something to happen between a look at a file and its opening.
+// Replaces the C library's stat, so that something can happen between the look at a file and its opening.
 extern "C" int stat(const char* file, struct stat* status) noexcept {
     const int result = ::fstatat(AT_FDCWD, file, status, 0);
     if (afterStat)
@@ -124,7 +124,7 @@ TEST(TambrelFileLoader, readsToTheEndWhereverThatIs) {
         severalChunks[i] = static_cast<std::uint8_t>(i * 2'654'435'761u >> 24);
     EXPECT_TRUE(
         std::ranges::equal(WholeFile::read(files.write("large", severalChunks)).view(), severalChunks));
-    // These say that they hold nothing, or a whole page, and hold something else.
+    // Their sizes are given as 0 or a whole page, which is wrong.
     EXPECT_GT(WholeFile::read("/proc/self/cmdline").size(), 0u);
     const std::filesystem::path shorter = "/sys/devices/system/cpu/online";
     if (std::filesystem::exists(shorter)) {
@@ -156,7 +156,7 @@ TEST(TambrelFileLoader, doesNotWaitForAPipeThatTakesTheFilesPlace) {
         std::filesystem::remove(file);
         ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
     };
-    // Ends the wait that there must not be.
+    // Ends the test if it waits, which it must not.
     struct sigaction interrupt {};
     interrupt.sa_handler = [](int) {};
     ASSERT_EQ(::sigaction(SIGALRM, &interrupt, nullptr), 0);

@@ -26,9 +26,9 @@ namespace tambrel {
     return text;
 }
 
-/// A second, plain account of the player controller and the transport coordinator together: what every
-/// command does to the mode and the position, and all that is said of it on the way, in order: log lines,
-/// callbacks and what the player is told.
+/// A second, plain model of the player controller and the transport coordinator together: what every command
+/// does to the mode and the position, and, in order, the log lines, callbacks and calls of the player on the
+/// way.
 struct TransportModel {
     using Text = std::string;
     struct Number {
@@ -36,7 +36,7 @@ struct TransportModel {
         Text text; ///< As log lines write it.
     };
 
-    // The player, and what comes of the next one.
+    // The player, and whether the next one is refused.
     bool hasPlayer = false, isSounding = false, isPolling = false, isRefused = false;
     double position = 0;
     Number duration{0, "0.0"}, nextDuration{10, "10.0"};

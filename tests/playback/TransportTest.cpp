@@ -61,7 +61,7 @@ protected:
         bars.setTrackCount(1);
     }
 
-    /// Has all that is said written down in order.
+    /// Records log lines, callbacks and calls in order.
     void listen() {
         script.onCall = [this](const Text& call) { say("player: " + call); };
         player.onProgress = [this, then = player.onProgress](double position, double duration) {
