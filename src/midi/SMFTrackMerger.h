@@ -71,7 +71,7 @@ private:
         // Copies stay in registers; what a reference leads to would not.
         Cursor local = cursor;
         Select select = select_;
-        Event event;
+        Event event{}; // Which is written before it is read, as not every compiler sees.
         do {
             if (select(std::as_const(local.event), event)) {
                 event.tick = local.event.tick;
