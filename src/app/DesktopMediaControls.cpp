@@ -49,10 +49,12 @@ QString portalIdentifier(const QWidget& window) {
 } // namespace
 
 DesktopMediaControls::DesktopMediaControls(QWidget& window, std::function<void()> raise,
-                                           MainViewController& controller, const QDBusConnection& bus)
+                                           MainViewController& controller, VolumeControl volume,
+                                           const QDBusConnection& bus)
     : window_(window),
       raise_(std::move(raise)),
       controller_(controller),
+      volume_(std::move(volume)),
       service_(toQString(ApplicationInfo::current().identifier.value_or("")), controls(), state(), bus),
       inhibitor_(portalIdentifier(window), "A song is playing", bus) {
     controller_.onPlaybackChange = [this](PlaybackChange change) { follow(change); };
@@ -73,7 +75,7 @@ void DesktopMediaControls::follow(PlaybackChange change) {
 }
 
 MediaPlayerState DesktopMediaControls::state() const {
-    MediaPlayerState now{.status = status(controller_.player().mode()), .song = {}};
+    MediaPlayerState now{.status = status(controller_.player().mode()), .song = {}, .volume = volume_.get()};
     if (const TambrelLoadedFile* file = controller_.loadedFile())
         now.song = {.number = songNumber_,
                     .title = title(*file),
@@ -89,6 +91,7 @@ MediaPlayerControls DesktopMediaControls::controls() {
         .seek = [this](microseconds place) { controller_.seek(toSeconds(place)); },
         .position = [this] { return toMicroseconds(controller_.player().position()); },
         .open = [this](const QUrl& url) { return open(url); },
+        .setVolume = [this](double volume) { volume_.set(volume); },
         .raise = raise_,
         .quit = [this] { window_.close(); },
     };

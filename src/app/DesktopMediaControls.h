@@ -15,6 +15,12 @@ namespace tambrel {
 
 class MainViewController;
 
+/// The volume of the user, from 0 to 1.
+struct VolumeControl {
+    std::function<double()> get;
+    std::function<void(double)> set;
+};
+
 /// Joins the main view to the desktop: media keys and player controls do what the buttons do, through the
 /// same transport, and the computer does not suspend itself while a song plays. Main thread only.
 class DesktopMediaControls {
@@ -22,10 +28,13 @@ public:
     /// Both outlive the controls; `window` is the one that has the main view in it, and has been shown.
     /// `raise` brings it to the front.
     DesktopMediaControls(QWidget& window, std::function<void()> raise, MainViewController& controller,
-                         const QDBusConnection& bus);
+                         VolumeControl volume, const QDBusConnection& bus);
     ~DesktopMediaControls();
     DesktopMediaControls(const DesktopMediaControls&) = delete;
     DesktopMediaControls& operator=(const DesktopMediaControls&) = delete;
+
+    /// Tells the desktop.
+    void volumeChanged() { service_.setState(state()); }
 
 private:
     void follow(PlaybackChange change);
@@ -36,6 +45,7 @@ private:
     QWidget& window_;
     std::function<void()> raise_;
     MainViewController& controller_;
+    VolumeControl volume_;
     std::uint64_t songNumber_ = 0;
     MPRISService service_;
     SuspendInhibitor inhibitor_;

@@ -150,7 +150,9 @@ void Program::didFinishLaunching(MainViewController& view) {
     view_ = &view;
     if (!picture_.isOn())
         mediaControls_.emplace(
-            *delegate_.window(), [this] { delegate_.raiseWindow(); }, view, sessionBus());
+            *delegate_.window(), [this] { delegate_.raiseWindow(); }, view,
+            VolumeControl{[this] { return engine_.volume(); }, [this](double volume) { setVolume(volume); }},
+            sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     if (picture_.isOn())
         picture_.begin(view);
@@ -199,6 +201,8 @@ void Program::chooseSoundBank(const std::string& path) {
 void Program::setVolume(double volume) {
     engine_.setVolume(volume);
     settings_.setValue(volumeKey, volume);
+    if (mediaControls_)
+        mediaControls_->volumeChanged();
 }
 
 // The bank's path, and where that leads to: a default bank is a link.

@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <algorithm>
+
 namespace tambrel {
 
 // The two interfaces that every MPRIS player has (MPRIS 2.2), which name the members. Both refer to what
@@ -48,8 +50,8 @@ private:
     QString desktopEntry_;
 };
 
-/// The song and its transport. Tambrel plays one song, once, at its own speed and loudness: there is no other
-/// track to go to, and rate, volume, loop and shuffle can only be read.
+/// The song, its transport and the volume. Tambrel plays one song, once, at its own speed: there is no other
+/// track to go to, and rate, loop and shuffle can only be read.
 class MPRISPlayer : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
@@ -60,7 +62,7 @@ class MPRISPlayer : public QDBusAbstractAdaptor {
     Q_PROPERTY(double MaximumRate READ one)
     Q_PROPERTY(bool Shuffle READ no)
     Q_PROPERTY(QVariantMap Metadata READ metadata)
-    Q_PROPERTY(double Volume READ one)
+    Q_PROPERTY(double Volume READ volume WRITE setVolume)
     Q_PROPERTY(qlonglong Position READ position)
     Q_PROPERTY(bool CanGoNext READ no)
     Q_PROPERTY(bool CanGoPrevious READ no)
@@ -81,6 +83,9 @@ public:
     [[nodiscard]] QVariantMap metadata() const;
     /// Microseconds; 0 without a song.
     [[nodiscard]] qlonglong position() const { return state_.song ? controls_.position().count() : 0; }
+    [[nodiscard]] double volume() const { return state_.volume; }
+    /// What is no volume is silence, as the interface wants it.
+    void setVolume(double volume) const { controls_.setVolume(volume > 0 ? std::min(volume, 1.0) : 0.0); }
     [[nodiscard]] bool hasSong() const { return state_.song.has_value(); }
 
     Q_SIGNAL void Seeked(qlonglong Position);

@@ -12,7 +12,7 @@ constexpr const char* path = "/org/mpris/MediaPlayer2";
 constexpr const char* sharedName = "org.mpris.MediaPlayer2.tambrel";
 
 // All other properties are constant, or have to be asked for.
-constexpr const char* changing[] = {"PlaybackStatus", "Metadata", "CanPlay", "CanPause", "CanSeek"};
+constexpr const char* changing[] = {"PlaybackStatus", "Metadata", "CanPlay", "CanPause", "CanSeek", "Volume"};
 
 } // namespace
 

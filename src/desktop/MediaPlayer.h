@@ -25,6 +25,7 @@ struct MediaPlayerSong {
 struct MediaPlayerState {
     MediaPlayerStatus status = MediaPlayerStatus::stopped;
     std::optional<MediaPlayerSong> song; ///< Without one there is nothing to play, to pause or to seek in.
+    double volume = 1;                   ///< 0 to 1.
 };
 
 /// What the desktop may ask of a media player. All are set, and called on the main thread.
@@ -38,6 +39,8 @@ struct MediaPlayerControls {
     /// Opens and plays the file of a file: address; false for any other address, and when the file is of no
     /// kind that can be opened.
     std::function<bool(const QUrl&)> open;
+    /// From 0 to 1.
+    std::function<void(double volume)> setVolume;
     /// Brings the window to the front.
     std::function<void()> raise;
     std::function<void()> quit;
