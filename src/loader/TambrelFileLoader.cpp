@@ -71,7 +71,7 @@ void loadSMF(TambrelLoadedFile& file, const MIDIData& data, const std::stop_toke
     if (onPlaybackData)
         onPlaybackData(data);
     // Facts and companion each walk all tracks, side by side. For a small song a thread costs more.
-    constexpr std::size_t smallSong = 64 * 1024;
+    constexpr std::size_t smallSong = 1 << 16;
     const auto policy = data.size() < smallSong ? std::launch::deferred : std::launch::async;
     auto companionInMaking = std::async(policy, buildCompanion, data, stop);
     file.info = MIDIFileInfo::parse(data, stop);

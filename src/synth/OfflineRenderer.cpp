@@ -124,7 +124,7 @@ RenderResult renderToFile(const std::filesystem::path& output, const std::shared
     try {
         NewFile file(output);
         requireSpace(file.descriptor(), *song, options);
-        const RenderResult result = renderTo(file.descriptor(), song, options);
+        RenderResult result = renderTo(file.descriptor(), song, options);
         if (!result.wasStopped)
             file.keep(replaceExisting ? NewFile::Existing::replace : NewFile::Existing::keep);
         return result;

@@ -64,8 +64,8 @@ TrackBuilder saw() {
 TrackBuilder control(int number, int value) {
     return saw().control(0, 0, number, value);
 }
-TrackBuilder exclusive(Bytes payload) {
-    return saw().sysex(0, std::move(payload));
+TrackBuilder exclusive(const Bytes& payload) {
+    return saw().sysex(0, payload);
 }
 TrackBuilder nonRegistered(int low, int value) {
     return saw().control(0, 0, 99, 1).control(0, 0, 98, low).control(0, 0, 6, value);

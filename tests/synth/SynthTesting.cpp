@@ -32,6 +32,7 @@ const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>>& systemExclusives(
     };
     const auto scale = [](int note) { return static_cast<Kind>(static_cast<int>(Kind::scaleTuning) + note); };
     std::vector<MIDIMessage> octave;
+    octave.reserve(12);
     for (int note = 0; note < 12; ++note)
         octave.push_back(system(scale(note), 1, 64 + note));
     static const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>> all{

@@ -237,9 +237,9 @@ ChannelReading FluidSynthesizer::channel(int number) const {
     fluid_synth_t* synth = synth_.get();
     ChannelReading reading;
     reading.entry = parameters_->entry(number);
-    for (std::uint8_t controller = 0; controller < reading.controllers.size(); ++controller) {
-        if (!ParameterEntry::takes(controller))
-            fluid_synth_get_cc(synth, number, controller, &reading.controllers[controller]);
+    for (std::size_t i = 0; i < reading.controllers.size(); ++i) {
+        if (!ParameterEntry::takes(static_cast<std::uint8_t>(i)))
+            fluid_synth_get_cc(synth, number, static_cast<int>(i), &reading.controllers[i]);
     }
     for (int generator = 0; generator < GEN_LAST; ++generator)
         reading.generators.push_back(fluid_synth_get_gen(synth, number, generator));
