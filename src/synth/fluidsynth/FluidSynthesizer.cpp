@@ -30,6 +30,21 @@ bool silenceGLib() {
 
 constexpr int drumBank = 128;
 
+// Some library leaves the upper halves of the AVX registers in use. Then each SSE instruction of FluidSynth
+// waits for them: rendering takes a sixth more.
+#ifdef __x86_64__
+const bool hasAVX = __builtin_cpu_supports("avx") != 0;
+[[gnu::target("avx")]] void clearUpperHalves() noexcept {
+    __builtin_ia32_vzeroupper();
+}
+void leaveAVX() noexcept {
+    if (hasAVX)
+        clearUpperHalves();
+}
+#else
+void leaveAVX() noexcept {}
+#endif
+
 } // namespace
 
 FluidSynthesizer::FluidSynthesizer(double sampleRate, const SynthesizerOptions& options)
@@ -223,6 +238,7 @@ void FluidSynthesizer::releaseNotes() noexcept {
 }
 
 void FluidSynthesizer::render(float* left, float* right, int frames) noexcept {
+    leaveAVX();
     fluid_synth_write_float(synth_.get(), frames, left, 0, 1, right, 0, 1);
     song_->process(left, right, frames);
     if (options_.underLoad == UnderLoad::giveUpVoices)
