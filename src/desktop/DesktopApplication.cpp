@@ -37,7 +37,7 @@ LaunchContext launchContext(const QVariantMap& data) {
     return {data[tokenKey].toString(), data[startupKey].toString(), data[playKey].toBool()};
 }
 
-// As the desktop entry specification has it for D-Bus activation.
+// As desktop entries name it for D-Bus activation.
 QString objectPath(QString identifier) {
     return '/' + identifier.replace('.', '/').replace('-', '_');
 }
