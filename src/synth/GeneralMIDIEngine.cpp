@@ -96,8 +96,8 @@ GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     watch_.emplace(*output_);
     watch_->onFailure = [this](const std::string& reason) { fail(reason); };
     watch_->onNotice = [this](const std::string& sentence) { notice(sentence); };
-    housekeeping_.setSingleShot(true);
-    QObject::connect(&housekeeping_, &QTimer::timeout, [this] { keepHouse(); });
+    nextLook_.setSingleShot(true);
+    QObject::connect(&nextLook_, &QTimer::timeout, [this] { lookAgain(); });
 }
 
 GeneralMIDIEngine::~GeneralMIDIEngine() {
@@ -115,7 +115,7 @@ std::unique_ptr<MIDIFilePlayer> GeneralMIDIEngine::makePlayer(const PlayableSong
 void GeneralMIDIEngine::prepare() {
     lastUse_ = Clock::now();
     output_->open();
-    housekeeping_.start(soon);
+    nextLook_.start(soon);
 }
 
 void GeneralMIDIEngine::start(Player& player, double seconds) {
@@ -142,7 +142,7 @@ void GeneralMIDIEngine::pause(const Player& player, double seconds) {
     output_->respond();
     pausedAt_ = seconds;
     lastUse_ = Clock::now();
-    housekeeping_.start(soon);
+    nextLook_.start(soon);
 }
 
 void GeneralMIDIEngine::halt(const Player& player) {
@@ -154,14 +154,14 @@ void GeneralMIDIEngine::halt(const Player& player) {
     lastUse_ = Clock::now();
     sequencer_.halt();
     output_->respond();
-    housekeeping_.start(soon);
+    nextLook_.start(soon);
 }
 
 bool GeneralMIDIEngine::isPlaying(const Player& player) const {
     return playing_ == &player && !sound().hasFinished();
 }
 
-void GeneralMIDIEngine::keepHouse() {
+void GeneralMIDIEngine::lookAgain() {
     watchSong();
     watch_->look(playing_ != nullptr);
     releaseWhenIdle();
@@ -171,7 +171,7 @@ void GeneralMIDIEngine::keepHouse() {
         output_->respond();
     const bool isBusy = !isCollected || isBeginning || watch_->isWaiting();
     if (isBusy || playing_ != nullptr || !output_->isClosed())
-        housekeeping_.start(isBusy ? soon : untilNextLook());
+        nextLook_.start(isBusy ? soon : untilNextLook());
 }
 
 // A song that plays is looked at again at its end.
@@ -207,7 +207,7 @@ void GeneralMIDIEngine::playOnNewBank() {
         sequencer_.halt();
     }
     output_->respond();
-    housekeeping_.start(soon);
+    nextLook_.start(soon);
 }
 
 void GeneralMIDIEngine::releaseWhenIdle() {

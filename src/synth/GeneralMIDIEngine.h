@@ -76,7 +76,7 @@ private:
     void halt(const Player& player);
     [[nodiscard]] bool isPlaying(const Player& player) const;
 
-    void keepHouse();
+    void lookAgain();
     void playOnNewBank();
     void giveUpBank(const std::string& reason);
     void watchSong();
@@ -94,7 +94,7 @@ private:
     const Player* paused_ = nullptr;   // Its notes are kept, for it to go on at this place:
     double pausedAt_ = 0;
     std::chrono::steady_clock::time_point lastUse_;
-    QTimer housekeeping_; // Runs while there is anything to watch.
+    QTimer nextLook_; // Runs while there is anything to watch.
 
     std::unique_ptr<SerialExecutor> executor_;
     SoundBankLoader bank_;
