@@ -45,7 +45,7 @@ private:
     AudioSource& source_;
     std::int64_t rendered_ = 0;
     // Last: its thread uses all of the above.
-    std::unique_ptr<fluid_audio_driver_t, FluidDeleter<delete_fluid_audio_driver>> driver_;
+    std::unique_ptr<fluid_audio_driver_t, DestroyedBy<delete_fluid_audio_driver>> driver_;
 };
 
 } // namespace

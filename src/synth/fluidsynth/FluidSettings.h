@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DestroyedBy.h"
+
 #include <fluidsynth.h>
 
 #include <cstdint>
@@ -8,16 +10,7 @@
 
 namespace tambrel {
 
-/// Owns an object of FluidSynth.
-template<auto destroy>
-struct FluidDeleter {
-    template<class Object>
-    void operator()(Object* object) const {
-        destroy(object);
-    }
-};
-
-using FluidSettings = std::unique_ptr<fluid_settings_t, FluidDeleter<delete_fluid_settings>>;
+using FluidSettings = std::unique_ptr<fluid_settings_t, DestroyedBy<delete_fluid_settings>>;
 
 /// Settings with this sample rate, in frames per second, for a synthesizer or a driver.
 [[nodiscard]] FluidSettings makeFluidSettings(double sampleRate);

@@ -47,7 +47,7 @@ private:
     void silence() noexcept;
 
     FluidSettings settings_;
-    std::unique_ptr<fluid_synth_t, FluidDeleter<delete_fluid_synth>> synth_;
+    std::unique_ptr<fluid_synth_t, DestroyedBy<delete_fluid_synth>> synth_;
     std::optional<SongSettings> song_;
     std::optional<ParameterSetter> parameters_;
     const SynthesizerOptions options_;

@@ -6,7 +6,7 @@
 namespace tambrel {
 namespace {
 
-using FluidModulator = std::unique_ptr<fluid_mod_t, FluidDeleter<delete_fluid_mod>>;
+using FluidModulator = std::unique_ptr<fluid_mod_t, DestroyedBy<delete_fluid_mod>>;
 
 constexpr int upwards = FLUID_MOD_LINEAR | FLUID_MOD_UNIPOLAR | FLUID_MOD_POSITIVE;
 constexpr int control = FLUID_MOD_CC | upwards;

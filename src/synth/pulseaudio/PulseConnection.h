@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AudioDriver.h"
+#include "DestroyedBy.h"
 
 #include <pulse/pulseaudio.h>
 
@@ -8,16 +9,7 @@
 
 namespace tambrel {
 
-/// Owns an object of libpulse.
-template<auto destroy>
-struct PulseDeleter {
-    template<class Object>
-    void operator()(Object* object) const {
-        destroy(object);
-    }
-};
-
-using PulseProperties = std::unique_ptr<pa_proplist, PulseDeleter<pa_proplist_free>>;
+using PulseProperties = std::unique_ptr<pa_proplist, DestroyedBy<pa_proplist_free>>;
 
 /// A connection to the user's sound server, and the thread of libpulse that serves it.
 class PulseConnection {
@@ -61,7 +53,7 @@ private:
     void connect();
     void disconnect();
 
-    std::unique_ptr<pa_threaded_mainloop, PulseDeleter<pa_threaded_mainloop_free>> loop_{
+    std::unique_ptr<pa_threaded_mainloop, DestroyedBy<pa_threaded_mainloop_free>> loop_{
         pa_threaded_mainloop_new()};
     std::unique_ptr<pa_context, EndContext> context_;
 };
