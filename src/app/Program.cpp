@@ -51,9 +51,10 @@ std::string outputText(const std::vector<std::string>& named) {
     return text;
 }
 
-std::shared_ptr<const Timeline> buildTimeline(const MIDIData& song, const std::stop_token& stop) {
+std::shared_ptr<const Timeline> buildTimeline(const MIDIData& song, const std::stop_token& stop,
+                                              std::shared_ptr<const Timeline> original) {
     try {
-        return Timeline::build(song, stop);
+        return Timeline::build(song, stop, std::move(original));
     } catch (const TimelineCancelled&) {
         throw TambrelLoadCancelled();
     }

@@ -46,7 +46,7 @@ LoadedSong loadSong(const std::filesystem::path& file, const TimelineBuilder& bu
                     const std::stop_token& stop) {
     std::future<std::shared_ptr<const Timeline>> timeline;
     const auto beginTimeline = [&](const MIDIData& playbackData) {
-        timeline = std::async(std::launch::async, buildTimeline, playbackData, stop);
+        timeline = std::async(std::launch::async, buildTimeline, playbackData, stop, nullptr);
     };
     TambrelLoadedFile loaded = TambrelFileLoader::load(file, stop, beginTimeline);
     uniteCrowdedPhrases(loaded.info.timelineLanes);
@@ -59,13 +59,16 @@ LoadedSong loadSong(const std::filesystem::path& file, const TimelineBuilder& bu
 std::optional<PreparedVariant> prepared(const VariantRequest& request, const TimelineBuilder& buildTimeline,
                                         const std::stop_token& stop) {
     try {
-        PreparedVariant variant{
-            .isLoud = request.isLoud, .song = request.source, .companion = {}, .summary = {}};
+        const PlayableSong& source = request.source;
+        PreparedVariant variant{.isLoud = request.isLoud, .song = source, .companion = {}, .summary = {}};
         if (request.isToBeBoosted)
-            variant.song = freedInBackground(MIDILoudnessProcessor::boostedDrumsAndBass(request.source.data));
-        auto timeline = std::async(std::launch::async, [song = variant.song, &buildTimeline, stop] {
-            return song.timeline ? song.timeline : tambrel::freedInBackground(buildTimeline(song.data, stop));
-        });
+            variant.song = freedInBackground(MIDILoudnessProcessor::boostedDrumsAndBass(source.data));
+        const auto timelineOf = [&](const PlayableSong& song) {
+            return song.timeline
+                       ? song.timeline
+                       : tambrel::freedInBackground(buildTimeline(song.data, stop, source.timeline));
+        };
+        auto timeline = std::async(std::launch::async, timelineOf, variant.song);
         variant.companion = freedInBackground(MIDI2ClipBuilder::build(variant.song.data, stop));
         variant.summary = MIDI2ClipBuilder::summary(variant.companion);
         variant.song.timeline = timeline.get();
@@ -78,7 +81,7 @@ std::optional<PreparedVariant> prepared(const VariantRequest& request, const Tim
 LoadOutcome outcomeOf(const std::filesystem::path& file, const TimelineBuilder& buildTimeline,
                       const std::stop_token& stop) {
     try {
-        return {.song = std::make_shared<const LoadedSong>(loadSong(file, buildTimeline, stop)), .error = {}};
+        return {.song = std::make_shared<LoadedSong>(loadSong(file, buildTimeline, stop)), .error = {}};
     } catch (...) {
         return {.song = {}, .error = std::current_exception()};
     }

@@ -17,9 +17,10 @@ namespace tambrel {
 class Timeline;
 
 /// Makes the timeline of a whole Standard MIDI File: `Timeline::build`, which this room does not see. Called
-/// on the loader's thread. Throws TambrelLoadCancelled once a stop is requested.
-using TimelineBuilder =
-    std::function<std::shared_ptr<const Timeline>(const MIDIData& song, const std::stop_token& stop)>;
+/// on the loader's thread. `original` is null unless `song` is its Loudness variant. Throws
+/// TambrelLoadCancelled once a stop is requested.
+using TimelineBuilder = std::function<std::shared_ptr<const Timeline>(
+    const MIDIData& song, const std::stop_token& stop, std::shared_ptr<const Timeline> original)>;
 
 /// A file that has been read, and the same song ready for the player.
 struct LoadedSong {
@@ -30,7 +31,7 @@ struct LoadedSong {
 /// The result of a load: a song, or the error that it ended with (a TambrelLoadError or
 /// TambrelLoadCancelled).
 struct LoadOutcome {
-    std::shared_ptr<const LoadedSong> song;
+    std::shared_ptr<LoadedSong> song;
     std::exception_ptr error;
 };
 

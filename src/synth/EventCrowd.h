@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Timeline.h"
+#include "TimelineEvent.h"
 
 #include <array>
 #include <cstddef>

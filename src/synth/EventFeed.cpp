@@ -23,11 +23,10 @@ void EventFeed::begin(const Timeline& song, std::size_t firstEvent) noexcept {
 }
 
 void EventFeed::play(MIDIInstrument& instrument, std::uint32_t tick) noexcept {
-    const auto events = song_->events();
     for (int left = mostMessagesPerBlock; left > 0 && (next_ < crowdEnd_ || beginCrowd(tick)); ++next_) {
         if (!crowd_.matters(next_ - crowdStart_))
             continue;
-        const MIDIMessage message = events[next_].message;
+        const MIDIMessage message = song_->message(next_);
         instrument.send(message);
         left -= costOf(message);
     }

@@ -90,19 +90,36 @@ public:
 
     void add(std::span<const PackedEvent> events) {
         while (!events.empty()) {
-            const std::size_t room = checkpointInterval - timeline_.events_.size() % checkpointInterval;
+            const std::size_t room = checkpointInterval - size() % checkpointInterval;
             const auto part = upToLongMessage(events.first(std::min(events.size(), room)));
             if (part.empty())
                 addLongMessage(events.front());
             else
                 addPart(part);
             events = events.subspan(std::max<std::size_t>(part.size(), 1));
-            if (timeline_.events_.size() / checkpointInterval > timeline_.checkpoints_.size())
+            if (size() / checkpointInterval > timeline_.checkpoints_.size())
                 addCheckpoint();
         }
     }
 
+    void finish() {
+        if (!timeline_.velocities_)
+            return;
+        share();
+        timeline_.velocities_->finish();
+        timeline_.events_ = Events();
+    }
+
 private:
+    [[nodiscard]] std::size_t size() const { return sharedCount_ + timeline_.events_.size(); }
+
+    // Of a variant, keeps what the events differ in.
+    void share() {
+        timeline_.velocities_->add(timeline_.events_);
+        sharedCount_ += timeline_.events_.size();
+        timeline_.events_.clear();
+    }
+
     [[nodiscard]] std::span<const PackedEvent> upToLongMessage(std::span<const PackedEvent> events) const {
         if (longMessages_.empty())
             return events;
@@ -169,7 +186,9 @@ private:
     void addCheckpoint() {
         if (stop_.stop_requested())
             throw TimelineCancelled();
-        timeline_.checkpoints_.push_back({timeline_.events_.size(), state_});
+        timeline_.checkpoints_.push_back({size(), state_});
+        if (timeline_.velocities_)
+            share();
     }
 
     Timeline& timeline_;
@@ -178,36 +197,54 @@ private:
     ChasedState state_;
     ParameterReader parameters_;
     std::vector<std::uint32_t> indices_;
+    std::size_t sharedCount_ = 0; // Events that are with the original.
 };
 
-std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_token& stop) {
-    const auto header = SMFHeader::read(data);
-    std::shared_ptr<Timeline> timeline(new Timeline(header ? header->division : Division(1)));
-    if (!header)
-        return timeline;
+Timeline::Timeline(Division division, std::shared_ptr<const Timeline> original)
+    : original_(std::move(original)), tempoMap_(division) {
+    if (original_)
+        velocities_.emplace(original_->events());
+}
 
-    const auto tracks = SMFTrackEventWalker::trackChunks(data, header->trackCount);
+std::shared_ptr<const Timeline> Timeline::build(ByteView data, const std::stop_token& stop,
+                                                std::shared_ptr<const Timeline> original) {
+    const auto header = SMFHeader::read(data);
+    if (!header)
+        return std::shared_ptr<Timeline>(new Timeline(Division(1), {}));
+    std::shared_ptr<Timeline> timeline(new Timeline(header->division, std::move(original)));
+    try {
+        timeline->read(data, header->trackCount, stop);
+    } catch (const NoLoudnessVariant&) { // Velocities out of range can make the two differ in more.
+        return build(data, stop);
+    }
+    return timeline;
+}
+
+void Timeline::read(ByteView data, std::uint16_t trackCount, const std::stop_token& stop) {
+    const auto tracks = SMFTrackEventWalker::trackChunks(data, trackCount);
     std::size_t trackBytes = 0;
     for (const SMFTrackChunk& track : tracks)
         trackBytes += track.length;
     // No channel event takes less than two bytes. Memory that is reserved and never written costs nothing.
-    timeline->events_.reserve(trackBytes / 2);
+    if (!original_)
+        events_.reserve(trackBytes / 2);
 
     LongMessages longMessages;
-    Builder builder(*timeline, longMessages, stop);
+    Builder builder(*this, longMessages, stop);
     const std::uint32_t lastTick = SMFTrackMerger::merge<PackedEvent>(
         data, tracks, SMFMalformedEventPolicy::stop,
         [data, &longMessages](const SMFTimedTrackEvent& event, PackedEvent& packed) {
             return readMessage(data, event, packed, longMessages);
         },
         [&builder](std::span<const PackedEvent> events) { builder.add(events); });
-    timeline->duration_ = timeline->tempoMap_.secondsAt(lastTick);
-    return timeline;
+    builder.finish();
+    duration_ = tempoMap_.secondsAt(lastTick);
 }
 
 std::size_t Timeline::firstEventAt(std::uint32_t tick) const {
-    return static_cast<std::size_t>(std::ranges::lower_bound(events_, tick, {}, &TimelineEvent::tick) -
-                                    events_.begin());
+    const auto all = events();
+    return static_cast<std::size_t>(std::ranges::lower_bound(all, tick, {}, &TimelineEvent::tick) -
+                                    all.begin());
 }
 
 ChasedState Timeline::stateBefore(std::size_t index) const {
@@ -215,7 +252,7 @@ ChasedState Timeline::stateBefore(std::size_t index) const {
     const Checkpoint last = after == checkpoints_.begin() ? Checkpoint{} : *std::prev(after);
     ChasedState state = last.state;
     for (std::size_t at = last.events; at < index; ++at)
-        state.apply(events_[at].message, events_[at].tick);
+        state.apply(message(at), events()[at].tick);
     return state;
 }
 

@@ -1,27 +1,22 @@
 #pragma once
 
 #include "ChasedState.h"
+#include "FullVelocities.h"
 #include "LargePages.h"
 #include "MIDIData.h"
-#include "MIDIMessage.h"
 #include "TempoMap.h"
+#include "TimelineEvent.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <vector>
 
 namespace tambrel {
-
-/// One message and its time. Eight bytes, so that a song of tens of millions of events stays in memory.
-struct TimelineEvent {
-    std::uint32_t tick = 0;
-    MIDIMessage message;
-};
-static_assert(sizeof(TimelineEvent) == 8);
 
 /// The caller of `Timeline::build` has asked it to give up.
 class TimelineCancelled : public std::exception {};
@@ -33,11 +28,18 @@ class Timeline {
 public:
     /// Reads a whole Standard MIDI File; each track up to its first defect. Data that is none gives an empty
     /// song of no length. Takes one pass over the data. Throws TimelineCancelled once `stop` asks. Any
-    /// thread.
-    [[nodiscard]] static std::shared_ptr<const Timeline> build(ByteView data,
-                                                               const std::stop_token& stop = {});
+    /// thread. `original`, if any, is the song whose Loudness variant the data is: their events are shared.
+    [[nodiscard]] static std::shared_ptr<const Timeline>
+    build(ByteView data, const std::stop_token& stop = {}, std::shared_ptr<const Timeline> original = {});
 
-    [[nodiscard]] std::span<const TimelineEvent> events() const { return events_; }
+    /// With the velocities of the original, where that is shared.
+    [[nodiscard]] std::span<const TimelineEvent> events() const {
+        return original_ ? original_->events() : events_;
+    }
+    /// What is to be played of the event of this index.
+    [[nodiscard]] MIDIMessage message(std::size_t index) const {
+        return original_ ? velocities_->message(index, original_->message(index)) : events_[index].message;
+    }
     [[nodiscard]] const TempoMap& tempoMap() const { return tempoMap_; }
     /// Seconds to the last event of any kind.
     [[nodiscard]] double duration() const { return duration_; }
@@ -49,7 +51,8 @@ public:
 
 private:
     class Builder;
-    explicit Timeline(Division division) : tempoMap_(division) {}
+    Timeline(Division division, std::shared_ptr<const Timeline> original);
+    void read(ByteView data, std::uint16_t trackCount, const std::stop_token& stop);
 
     // The state after this many events, every 65,536 of them or a few more.
     struct Checkpoint {
@@ -58,7 +61,11 @@ private:
     };
     static constexpr std::size_t checkpointInterval = 1 << 16;
 
-    std::vector<TimelineEvent, LargePageAllocator<TimelineEvent>> events_;
+    using Events = std::vector<TimelineEvent, LargePageAllocator<TimelineEvent>>;
+
+    std::shared_ptr<const Timeline> original_; // Null unless events are shared.
+    std::optional<FullVelocities> velocities_; // In comparison with the original.
+    Events events_;                            // Empty when they are shared.
     std::vector<Checkpoint> checkpoints_;
     TempoMap tempoMap_;
     double duration_ = 0;

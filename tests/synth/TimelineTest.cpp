@@ -1,3 +1,4 @@
+#include "MIDILoudnessProcessor.h"
 #include "SynthTesting.h"
 
 #include <gmock/gmock.h>
@@ -182,6 +183,32 @@ TEST(TimelineTest, SaysOfRandomSongsWhatAPlainReaderSays) {
         }
         ASSERT_EQ(map.tickAt(1e300), 0xFFFFFFFF);
         ASSERT_EQ(map.firstTickFrom(1e300), 0xFFFFFFFF);
+    }
+}
+
+TEST(TimelineTest, SharesTheEventsWithALoudnessVariant) {
+    const TrackBuilder drums = TrackBuilder().name(0, "Drums").noteOn(60'000, 0, 60).noteOn(75'000, 9, 40);
+    for (std::uint32_t seed = 0; seed < 200; ++seed) {
+        SCOPED_TRACE(seed);
+        const MIDIData file(seed == 0 ? smfBytes(1, 480, {randomTrack(1, 140'000), drums})
+                                      : randomSong(seed));
+        const MIDIData loudFile = MIDILoudnessProcessor::boostedDrumsAndBass(file);
+        const auto song = Timeline::build(file), whole = Timeline::build(loudFile);
+        const auto loud = Timeline::build(loudFile, {}, song);
+        const std::size_t count = whole->events().size();
+        ASSERT_EQ(loud->events().size(), count);
+        for (std::size_t index = 0; index < count; ++index)
+            ASSERT_TRUE(loud->message(index) == whole->events()[index].message) << index;
+        for (const std::size_t index : {count / 2, count})
+            ASSERT_TRUE(loud->stateBefore(index).messages() == whole->stateBefore(index).messages());
+        ASSERT_EQ(loud->duration(), whole->duration());
+        if (seed == 0) {
+            EXPECT_EQ(loud->events().data(), song->events().data());
+            EXPECT_FALSE(std::ranges::equal(loudFile.view(), file.view()));
+        } else { // No variant of the song before: built by itself.
+            const auto apart = Timeline::build(file, {}, timeline({drums}));
+            ASSERT_TRUE(std::ranges::equal(apart->events(), song->events()));
+        }
     }
 }
 
