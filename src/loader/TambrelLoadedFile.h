@@ -24,7 +24,8 @@ struct TambrelLoadedFile {
     std::optional<MIDI2ClipImportSummary> importSummary;
     std::optional<MIDIData> importedMIDI2ClipData; ///< The file itself.
 
-    // Of a Standard MIDI File. The companion is absent when it is not worth keeping.
+    // Of a Standard MIDI File. The companion is absent when it is not worth keeping, and once it is with the
+    // playback state.
     std::optional<MIDIData> midi2ClipCompanionData;
     std::optional<MIDI2ClipBuildSummary> midi2ClipCompanionSummary;
 };

@@ -22,6 +22,7 @@ void TambrelPlaybackState::forgetSong() {
     loudMIDIData_.reset();
     prepared_.reset();
     midi2ClipCompanionData_.reset();
+    companionSource_.reset();
     loadedPlaybackIsLoud_ = false;
     loadedMIDI2ClipIsLoud_.reset();
     loudnessEnabled_ = false;
@@ -38,9 +39,26 @@ void TambrelPlaybackState::reset() {
     forgetSong();
 }
 
+void TambrelPlaybackState::keepCompanion(const std::optional<MIDIData>& clip,
+                                         const std::optional<MIDIData>& source, bool isLoud) {
+    midi2ClipCompanionData_ = clip;
+    companionSource_ = clip ? source : std::nullopt;
+    loadedMIDI2ClipIsLoud_ = isLoud;
+}
+
+void TambrelPlaybackState::freeMIDI2ClipCompanion() {
+    if (companionSource_)
+        midi2ClipCompanionData_.reset();
+}
+
+const std::optional<MIDIData>& TambrelPlaybackState::midi2ClipCompanionData() {
+    if (companionSource_ && !midi2ClipCompanionData_)
+        midi2ClipCompanionData_ = MIDI2ClipBuilder::build(*companionSource_);
+    return midi2ClipCompanionData_;
+}
+
 void TambrelPlaybackState::cacheImportedMIDI2ClipCompanion(const MIDIData& data) {
-    midi2ClipCompanionData_ = data;
-    loadedMIDI2ClipIsLoud_ = false;
+    keepCompanion(data, std::nullopt, false);
     log_.procedure("TambrelPlaybackState.cacheImportedMIDI2ClipCompanion",
                    "Cached original MIDI 2.0 clip companion from imported file");
 }
@@ -48,8 +66,8 @@ void TambrelPlaybackState::cacheImportedMIDI2ClipCompanion(const MIDIData& data)
 void TambrelPlaybackState::cacheGeneratedMIDI2ClipCompanion(const std::optional<MIDIData>& data,
                                                             const MIDI2ClipBuildSummary& summary, bool isLoud,
                                                             std::string_view context) {
-    midi2ClipCompanionData_ = data;
-    loadedMIDI2ClipIsLoud_ = isLoud;
+    const bool isOfOriginal = originalMIDIData_ && !isLoud;
+    keepCompanion(data, isOfOriginal ? std::optional(originalMIDIData_->data) : std::nullopt, isLoud);
     log_.procedure("TambrelPlaybackState.cacheGeneratedMIDI2ClipCompanion", [&] {
         return summary.hasChannelVoice()
                    ? std::string("MIDI 2.0 companion ready for ").append(context) + sizes(summary)
@@ -95,14 +113,14 @@ void TambrelPlaybackState::markPlaybackLoaded(const TambrelPlaybackSnapshot& sna
 void TambrelPlaybackState::prepareMIDI2ClipCompanion(const TambrelPlaybackSnapshot& snapshot,
                                                      std::string_view context) {
     constexpr std::string_view name = "TambrelPlaybackState.prepareMIDI2ClipCompanion";
-    if (loadedMIDI2ClipIsLoud_ == snapshot.isLoud && midi2ClipCompanionData_) {
+    if (loadedMIDI2ClipIsLoud_ == snapshot.isLoud && (midi2ClipCompanionData_ || companionSource_)) {
         log_.procedure(name,
                        [&] { return std::string("Reusing MIDI 2.0 clip companion for ").append(context); });
         return;
     }
     log_.function(name,
                   [&] { return std::string("Generating MIDI 2.0 clip companion for ").append(context); });
-    midi2ClipCompanionData_.reset(); // Freed before the next one is made.
+    keepCompanion({}, {}, snapshot.isLoud); // Freed before the next one is made.
     if (!isPrepared(snapshot.isLoud)) {
         const MIDIData clip = MIDI2ClipBuilder::build(snapshot.song.data);
         prepared_ = {snapshot.isLoud, snapshot.song, clip, MIDI2ClipBuilder::summary(clip)};
@@ -110,8 +128,7 @@ void TambrelPlaybackState::prepareMIDI2ClipCompanion(const TambrelPlaybackSnapsh
     const auto prepared = *std::exchange(prepared_, std::nullopt);
     const MIDI2ClipBuildSummary& summary = prepared.summary;
     if (summary.hasChannelVoice())
-        midi2ClipCompanionData_ = prepared.companion;
-    loadedMIDI2ClipIsLoud_ = snapshot.isLoud;
+        keepCompanion(prepared.companion, snapshot.song.data, snapshot.isLoud);
     log_.procedure(name, [&] {
         return summary.hasChannelVoice() ? "MIDI 2.0 companion ready" + sizes(summary)
                                          : "MIDI 2.0 companion unavailable for current MIDI data";

@@ -46,6 +46,10 @@ public:
     /// first time it is asked for, unless it has been handed in.
     [[nodiscard]] std::optional<TambrelPlaybackSnapshot> selectedSnapshot(std::string_view context);
 
+    /// Frees a generated companion, so that the next one finds room; until that comes, it is made again when
+    /// it is asked for.
+    void freeMIDI2ClipCompanion();
+
     /// The player now holds this snapshot.
     void markPlaybackLoaded(const TambrelPlaybackSnapshot& snapshot);
 
@@ -53,9 +57,7 @@ public:
     void prepareMIDI2ClipCompanion(const TambrelPlaybackSnapshot& snapshot, std::string_view context);
 
     [[nodiscard]] const std::optional<PlayableSong>& originalMIDIData() const { return originalMIDIData_; }
-    [[nodiscard]] const std::optional<MIDIData>& midi2ClipCompanionData() const {
-        return midi2ClipCompanionData_;
-    }
+    [[nodiscard]] const std::optional<MIDIData>& midi2ClipCompanionData();
     /// The player holds the Loudness variant.
     [[nodiscard]] bool loadedPlaybackIsLoud() const { return loadedPlaybackIsLoud_; }
     /// The variant that the companion was made from, if that is known.
@@ -65,6 +67,8 @@ public:
 
 private:
     void forgetSong();
+    void keepCompanion(const std::optional<MIDIData>& clip, const std::optional<MIDIData>& source,
+                       bool isLoud);
     [[nodiscard]] bool isPrepared(bool isLoud) const { return prepared_ && prepared_->isLoud == isLoud; }
 
     TambrelBetaLog& log_;
@@ -72,6 +76,7 @@ private:
     std::optional<PlayableSong> loudMIDIData_; ///< Made from `originalMIDIData_` when it was needed.
     std::optional<PreparedVariant> prepared_;  ///< Of this song, until its companion is taken.
     std::optional<MIDIData> midi2ClipCompanionData_;
+    std::optional<MIDIData> companionSource_; ///< The song that a generated companion is made from.
     bool loadedPlaybackIsLoud_ = false;
     std::optional<bool> loadedMIDI2ClipIsLoud_;
     bool loudnessEnabled_ = false;

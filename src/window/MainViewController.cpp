@@ -35,7 +35,7 @@ std::string companionText(const TambrelLoadedFile& file) {
     const auto& summary = file.midi2ClipCompanionSummary;
     if (file.importedMIDI2ClipData)
         return "the file itself";
-    return file.midi2ClipCompanionData && summary ? std::to_string(summary->byteCount) + " bytes" : "none";
+    return summary && summary->hasChannelVoice() ? std::to_string(summary->byteCount) + " bytes" : "none";
 }
 
 std::vector<SongFact> fileFacts(const TambrelLoadedFile& file, double duration) {

@@ -53,7 +53,7 @@ void SongSession::takeOutcome(std::int64_t generation, const LoadOutcome& outcom
     }
 }
 
-void SongSession::apply(const std::shared_ptr<const LoadedSong>& song) {
+void SongSession::apply(const std::shared_ptr<LoadedSong>& song) {
     const TambrelLoadedFile& file = song->file;
     logImport(file);
     dropWhatWaits();
@@ -75,13 +75,14 @@ void SongSession::logImport(const TambrelLoadedFile& file) {
                    [&file] { return "MIDI 2.0 import summary: " + file.importSummary->debugDescription(); });
 }
 
-void SongSession::takePlaybackData(const LoadedSong& song) {
-    const TambrelLoadedFile& file = song.file;
+// The generated companion leaves the record: the playback state decides how long it lives.
+void SongSession::takePlaybackData(LoadedSong& song) {
+    TambrelLoadedFile& file = song.file;
     playbackState_.replaceLoadedMIDI(song.song);
     if (file.importedMIDI2ClipData)
         playbackState_.cacheImportedMIDI2ClipCompanion(*file.importedMIDI2ClipData);
     else if (file.midi2ClipCompanionSummary)
-        playbackState_.cacheGeneratedMIDI2ClipCompanion(file.midi2ClipCompanionData,
+        playbackState_.cacheGeneratedMIDI2ClipCompanion(std::exchange(file.midi2ClipCompanionData, {}),
                                                         *file.midi2ClipCompanionSummary, false, loading);
     try {
         player_.load(song.song);

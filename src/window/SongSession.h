@@ -76,9 +76,9 @@ public:
 
 private:
     void takeOutcome(std::int64_t generation, const LoadOutcome& outcome);
-    void apply(const std::shared_ptr<const LoadedSong>& song);
+    void apply(const std::shared_ptr<LoadedSong>& song);
     void logImport(const TambrelLoadedFile& file);
-    void takePlaybackData(const LoadedSong& song);
+    void takePlaybackData(LoadedSong& song);
     void fail(const std::exception& error);
     void forgetSong();
     void replaceSong(std::shared_ptr<const LoadedSong> song);

@@ -18,6 +18,7 @@ void VariantPreparation::begin() {
     cancel();
     if (!request)
         return;
+    state_.freeMIDI2ClipCompanion();
     task_ = std::stop_source();
     isLoud_ = request->isLoud;
     // A task that was stopped may have come to its end all the same.

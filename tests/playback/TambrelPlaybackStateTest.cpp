@@ -91,5 +91,27 @@ TEST_F(TambrelPlaybackStateTest, rebuildsTheCompanionOnlyForAnotherVariantOrWhen
                             generating, ready, generating, unavailable, generating, unavailable));
 }
 
+TEST_F(TambrelPlaybackStateTest, makesAFreedCompanionAgainWhenItIsAskedForUnlessItWasImported) {
+    const MIDIData clip = MIDI2ClipBuilder::build(song);
+    state.replaceLoadedMIDI(song);
+    for (const auto& loaded : {std::optional(clip), std::optional<MIDIData>()}) {
+        state.cacheGeneratedMIDI2ClipCompanion(loaded, MIDI2ClipBuilder::summary(clip), false, "caller");
+        state.freeMIDI2ClipCompanion();
+        const auto again = state.midi2ClipCompanionData();
+        ASSERT_EQ(again.has_value(), loaded.has_value());
+        EXPECT_TRUE(!again || std::ranges::equal(again->view(), clip.view()));
+        EXPECT_TRUE(!again || again->view().data() != clip.view().data());
+    }
+    state.setLoudnessEnabled(true);
+    const auto loud = *state.selectedSnapshot("caller");
+    state.prepareMIDI2ClipCompanion(loud, "caller");
+    state.freeMIDI2ClipCompanion();
+    EXPECT_TRUE(std::ranges::equal(state.midi2ClipCompanionData()->view(),
+                                   MIDI2ClipBuilder::build(loud.song.data).view()));
+    state.cacheImportedMIDI2ClipCompanion(song);
+    state.freeMIDI2ClipCompanion();
+    EXPECT_EQ(state.midi2ClipCompanionData()->view().data(), song.view().data());
+}
+
 } // namespace
 } // namespace tambrel
