@@ -1,6 +1,8 @@
 #include "CommandRunner.h"
 
+#include "ArgumentRange.h"
 #include "Console.h"
+#include "RenderArguments.h"
 #include "Values.h"
 
 #include <CLI/CLI.hpp>
@@ -13,17 +15,6 @@
 
 namespace tambrel::cli {
 namespace {
-
-// Like CLI::Range, with a text that does not change with the version of CLI11.
-CLI::Validator within(double lowest, double highest) {
-    const auto complaint = [range = CLI::Range(lowest, highest), lowest, highest](std::string& text) {
-        std::ostringstream message;
-        if (!range(text).empty())
-            message << "Value " << text << " not in range " << lowest << " to " << highest;
-        return message.str();
-    };
-    return {complaint, ""};
-}
 
 /// The commands, and what each word of them means.
 class CommandLine {
@@ -139,71 +130,7 @@ void CommandLine::addRender() {
                                  "  tambrel-midi render song.mid -o song.flac --normalize\n"
                                  "  tambrel-midi render song.mid - | sox -t wav - song.mp3",
                                  [this] { return runRender(render_); });
-    render->add_option("--soundfont", render_.soundFont, "Sound bank instead of the system's default")
-        ->envname("TAMBREL_SOUNDFONT")
-        ->type_name("BANK");
-    render
-        ->add_option_function<std::string>(
-            "--format", [this](const std::string& name) { render_.container = containerValue(name); },
-            "wav, flac, ogg, opus or raw; by the name of OUT, else wav")
-        ->type_name("NAME");
-    render
-        ->add_option_function<std::string>(
-            "--bits", [this](const std::string& name) { render_.sound.format.samples = sampleValue(name); },
-            "16, 24 or float (32); 16 by default")
-        ->type_name("BITS");
-    render
-        ->add_option("--rate", render_.sound.format.rate, "Sample rate from 8000 to 96000; 48000 by default")
-        ->check(within(8000, 96000))
-        ->type_name("HZ");
-    render
-        ->add_option_function<double>(
-            "--gain", [this](double decibels) { render_.sound.gain = factorOf(decibels); },
-            "Make it louder, or softer when negative")
-        ->check(within(-100.0, 100.0))
-        ->type_name("DB");
-    render
-        ->add_option("--normalize", render_.sound.loudness,
-                     "Bring it to a loudness (EBU R 128), -23 LUFS when nothing is named")
-        ->check(within(-70.0, 0.0))
-        ->type_name("[LUFS]");
-    const auto time = [&](const char* name, auto& value, const char* description) {
-        render
-            ->add_option_function<std::string>(
-                name, [&value](const std::string& text) { value = timeValue(text); }, description)
-            ->type_name("TIME");
-    };
-    time("--start", render_.sound.start, "Begin there; seconds, or minutes:seconds");
-    time("--end", render_.sound.end, "Let go of all notes there");
-    time("--tail", render_.sound.tail,
-         "Render so long after the end; until the notes have rung out by default");
-    const auto parts = [&](const char* name, NoteParts& value, const char* description) {
-        render
-            ->add_option_function<std::vector<std::string>>(
-                name,
-                [&value](const std::vector<std::string>& texts) {
-                    for (const std::string& text : texts)
-                        addParts(text, value);
-                },
-                description)
-            ->type_name("PART")
-            ->delimiter(',')
-            ->allow_extra_args(false);
-    };
-    parts("--mute", render_.notes.muted, "Leave notes out: track:2, channel:10, or several with commas");
-    parts("--solo", render_.notes.soloed, "Leave all other notes out");
-    render
-        ->add_option_function<std::string>(
-            "--stems", [this](const std::string& kind) { render_.stems = stemsValue(kind); },
-            "One file for each track or channel: tracks or channels")
-        ->type_name("KIND");
-    render->add_flag_callback(
-        "--no-effects", [this] { render_.sound.synthesizer.effects = Effects::off; },
-        "Without reverb and chorus");
-    render->add_flag_callback(
-        "--best", [this] { render_.sound.synthesizer.interpolation = Interpolation::best; },
-        "Interpolate samples by the seventh order instead of the fourth");
-    render->add_flag("--loudness", render_.loudness, "With drums and bass at full velocity");
+    addRenderArguments(*render, render_);
     addOutput(render, render_.output);
     addCommon(render, render_, "MIDI files or clips; - is standard input");
 }
