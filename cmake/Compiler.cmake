@@ -5,10 +5,6 @@ target_compile_options(tambrel_compiler INTERFACE
   -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough)
 # A library that is not used would still have to be loaded at every start.
 target_link_options(tambrel_compiler INTERFACE -Wl,--as-needed)
-# Files come from anywhere. Binding all functions at once costs a tenth of a millisecond of the start.
-target_compile_options(tambrel_compiler INTERFACE
-  $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong>)
-target_link_options(tambrel_compiler INTERFACE $<$<CONFIG:Release>:-Wl,-z,now>)
 if(TAMBREL_WARNINGS_AS_ERRORS)
   target_compile_options(tambrel_compiler INTERFACE -Werror)
 endif()
