@@ -21,7 +21,8 @@ void openWithDesktop(const QUrl& link) {
 }
 
 void composeWithDesktop(const EmailDraft& draft, std::function<void()> whenThereIsNone) {
-    composeEmail(draft, {emailByPortal(sessionBus()), emailByXdgEmail()}, std::move(whenThereIsNone));
+    const QString bodyFile = standardBetaLogFolder() + "/Tambrel-beta-report.txt";
+    composeEmail(draft, {emailByPortal(sessionBus()), emailByXdgEmail(bodyFile)}, std::move(whenThereIsNone));
 }
 
 } // namespace

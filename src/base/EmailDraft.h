@@ -12,7 +12,7 @@ struct EmailDraft {
     std::string recipient;
     std::string subject;
     std::string body;
-    std::optional<QUrl> attachment = {}; ///< A file: address.
+    std::optional<QUrl> attachment = {}; ///< A file: address. It says all that the body says.
 };
 
 } // namespace tambrel

@@ -3,19 +3,26 @@
 #include "MailtoLink.h"
 
 #include <QProcess>
+#include <QSaveFile>
 
 #include <utility>
 
 namespace tambrel {
 namespace {
 
-// One mailto: link, not --subject and --body: xdg-email prints these with the shell's echo, which takes
-// backslashes for escapes.
-QStringList xdgEmailArguments(const EmailDraft& draft) {
-    QStringList arguments{"--utf8"};
-    if (draft.attachment)
-        arguments << "--attach" << draft.attachment->toLocalFile();
-    return arguments << QString::fromLatin1(mailtoLink(draft).toEncoded());
+// One mailto: link, not --subject: xdg-email prints that with the shell's echo, which takes backslashes for
+// escapes.
+QStringList xdgEmailArguments(const EmailDraft& draft, const QString& attachment) {
+    EmailDraft withoutText = draft;
+    withoutText.body.clear();
+    return {"--utf8", "--attach", attachment, QString::fromLatin1(mailtoLink(withoutText).toEncoded())};
+}
+
+bool isWritten(const QByteArray& text, const QString& path) {
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && // A commit does not report a full disk.
+           file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+           file.write(text) == text.size() && file.commit();
 }
 
 } // namespace
@@ -34,8 +41,13 @@ void composeEmail(const EmailDraft& draft, std::vector<EmailSender> senders,
     });
 }
 
-EmailSender emailByXdgEmail(QString program) {
-    return [program = std::move(program)](const EmailDraft& draft, const std::function<void(bool)>& answer) {
+EmailSender emailByXdgEmail(QString bodyFile, QString program) {
+    return [bodyFile = std::move(bodyFile),
+            program = std::move(program)](const EmailDraft& draft, const std::function<void(bool)>& answer) {
+        if (!draft.attachment && !isWritten(QByteArray::fromStdString(draft.body), bodyFile)) {
+            answer(false);
+            return;
+        }
         // Without a parent: it would be killed when Tambrel ends, and may be the mail program itself.
         auto* process = new QProcess;
         process->setProcessChannelMode(QProcess::ForwardedChannels);
@@ -52,7 +64,8 @@ EmailSender emailByXdgEmail(QString program) {
                              process->deleteLater();
                              answer(exit == QProcess::NormalExit && status == 0);
                          });
-        process->start(program, xdgEmailArguments(draft));
+        process->start(
+            program, xdgEmailArguments(draft, draft.attachment ? draft.attachment->toLocalFile() : bodyFile));
     };
 }
 

@@ -98,11 +98,9 @@ protected:
     void noteMail() {
         const auto mail = [this] { return QByteArray::fromStdString(session.content("mail")); };
         waitFor([&] { return !mail().isEmpty(); });
-        auto report = session.content(mail().split('\n').value(2).mid(session.home().path().size() + 1));
-        const auto text = QUrl::fromPercentEncoding(mail()).remove('\r').chopped(1);
-        const auto end = QString::fromStdString(report).right(3350);
-        EXPECT_TRUE(text.endsWith("]\n\n" + end)) << text.toStdString();
-        note("\nmail:\n" + text.chopped(3350) + "(the last 3350 characters)");
+        const auto report =
+            session.content(mail().split('\n').value(2).mid(session.home().path().size() + 1));
+        note("\nmail:\n" + QUrl::fromPercentEncoding(mail()).chopped(1));
         const auto log = report.find("Tambrel betaLOG\n");
         ASSERT_NE(log, std::string::npos) << report;
         EXPECT_TRUE(session.log().starts_with(report.substr(log)));

@@ -73,9 +73,10 @@ protected:
     }
 
     /// Whether the sender took the draft.
-    [[nodiscard]] bool isTaken(const EmailSender& sender) {
+    [[nodiscard]] bool isTaken(const EmailSender& sender) { return isTaken(sender, draft); }
+    [[nodiscard]] static bool isTaken(const EmailSender& sender, const EmailDraft& sent) {
         std::optional<bool> answer;
-        sender(draft, [&](bool taken) {
+        sender(sent, [&](bool taken) {
             EXPECT_FALSE(answer) << "a second answer";
             answer = taken;
         });
@@ -92,26 +93,35 @@ protected:
                            .attachment = QUrl::fromLocalFile(QString::fromStdString(attachment))};
 };
 
-// Through the real xdg-email, to a mail program that records its arguments.
-TEST_F(EmailTest, GoesThroughXdgEmailLetterByLetterUnlessThatFails) {
-    EXPECT_FALSE(isTaken(emailByXdgEmail(mailProgram(3))));
-    EXPECT_FALSE(isTaken(emailByXdgEmail(files.path("missing").c_str())));
+// Through the real xdg-email, to a mail program that records its arguments: no text of the report is among
+// them.
+TEST_F(EmailTest, GoesThroughXdgEmailAsAFileUnlessThatFails) {
+    const QString bodyFile = files.path("body & ☃.txt").c_str();
+    EXPECT_FALSE(isTaken(emailByXdgEmail(bodyFile, mailProgram(3))));
+    EXPECT_FALSE(isTaken(emailByXdgEmail(bodyFile, files.path("missing").c_str())));
     const auto program = QStandardPaths::findExecutable("xdg-email");
     if (program.isEmpty())
         GTEST_SKIP() << "xdg-email is not installed";
-    qputenv("MAILER", mailProgram(0).toUtf8());
-    EXPECT_TRUE(isTaken(emailByXdgEmail(program)));
-    qunsetenv("MAILER");
-    const auto received = QByteArray::fromStdString(content(files.path("received"))).split('\0');
-    ASSERT_EQ(received.size(), 2);
-    const QUrl link(received[0], QUrl::StrictMode);
-    EXPECT_EQ(link.scheme() + ':' + link.path(), "mailto:support@kestrune.example");
-    const auto value = [query = QUrlQuery(link)](const char* key) {
-        return query.queryItemValue(key, QUrl::FullyDecoded).remove('\r').toStdString();
-    };
-    EXPECT_EQ(value("subject"), draft.subject);
-    EXPECT_EQ(value("body"), draft.body);
-    EXPECT_EQ(value("attach"), attachment);
+    auto unattached = draft;
+    unattached.attachment.reset();
+    for (const auto& sent : {draft, unattached}) {
+        qputenv("MAILER", mailProgram(0).toUtf8());
+        EXPECT_TRUE(isTaken(emailByXdgEmail(bodyFile, program), sent));
+        qunsetenv("MAILER");
+        const auto received = QByteArray::fromStdString(content(files.path("received"))).split('\0');
+        ASSERT_EQ(received.size(), 2);
+        const QUrl link(received[0], QUrl::StrictMode);
+        EXPECT_EQ(link.scheme() + ':' + link.path(), "mailto:support@kestrune.example");
+        const auto value = [query = QUrlQuery(link)](const char* key) {
+            return query.queryItemValue(key, QUrl::FullyDecoded);
+        };
+        EXPECT_EQ(value("subject").toStdString(), draft.subject);
+        EXPECT_EQ(value("body"), "");
+        EXPECT_EQ(value("attach"), sent.attachment ? QString::fromStdString(attachment) : bodyFile);
+    }
+    EXPECT_EQ(content(files.path("body & ☃.txt")), draft.body);
+    EXPECT_EQ(QFile::permissions(bodyFile) & (QFile::ReadOther | QFile::ReadGroup), 0);
+    EXPECT_FALSE(isTaken(emailByXdgEmail(bodyFile + "/no folder", program), unattached));
 }
 
 // Qt connects too, and libdbus would start a bus; a mail program may have one started.
