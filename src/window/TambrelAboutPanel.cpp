@@ -21,6 +21,15 @@ constexpr int pictureSize = 56;
 constexpr int spacing = 8;
 constexpr int margin = 12;
 
+// In the words of a style sheet: Qt 6.8 forgets a font that is set on a tab bar with a style sheet.
+QString inWords(const QFont& font) {
+    return QString("font: %1 %2px '%3'; letter-spacing: %4px;")
+        .arg(font.weight())
+        .arg(font.pixelSize())
+        .arg(font.family())
+        .arg(font.letterSpacing());
+}
+
 // The look of the main window: a page that is shown is inverted, like an open menu.
 QString lookOfPages() {
     return QString("QTabWidget::pane { border: 1px solid black; top: -1px; background: %1; } "
@@ -28,8 +37,9 @@ QString lookOfPages() {
                    "background: %2; color: black; } "
                    "QTabBar::tab:last { margin-right: 0; } "
                    "QTabBar::tab:selected { background: black; color: %2; } "
-                   "QTabBar::tab:selected:focus { text-decoration: underline; }")
-        .arg(RetroTheme::paper().name(), RetroTheme::panel().name());
+                   "QTabBar::tab:selected:focus { text-decoration: underline; } "
+                   "QTabBar { %3 }")
+        .arg(RetroTheme::paper().name(), RetroTheme::panel().name(), inWords(RetroTheme::display()));
 }
 
 QLayout* heading(QWidget& page, const ApplicationInfo& info) {
@@ -95,7 +105,6 @@ QTabWidget* TambrelAboutPanel::makePages(const AboutFacts& facts, InfoPage page)
     auto* pages = new QTabWidget(this);
     pages->setObjectName("pages");
     pages->setStyleSheet(lookOfPages());
-    pages->tabBar()->setFont(RetroTheme::display());
     pages->tabBar()->setAccessibleName("Pages");
     pages->addTab(pageOf(new SongPage(facts.song)), "Song");
     pages->addTab(new SoundPage(facts.sound), "Sound");
