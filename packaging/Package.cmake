@@ -21,25 +21,25 @@ if(NOT CPACK_GENERATOR STREQUAL DEB)
 endif()
 ")
 
+# Of what debian/control says of the package, but for what only debhelper fills in.
+file(READ ${PROJECT_SOURCE_DIR}/debian/control control)
+set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/debian/control)
+string(REGEX REPLACE ".*\nPackage:" "" control "${control}")
+function(from_control field result)
+  string(REGEX MATCH "\n${field}: ([^\n]*(\n [^\n]*)*)" found "${control}")
+  string(REGEX REPLACE "\\\${[a-zA-Z:]+},[ \n]*" "" text "${CMAKE_MATCH_1}")
+  set(${result} "${text}" PARENT_SCOPE)
+endfunction()
+from_control(Depends CPACK_DEBIAN_PACKAGE_DEPENDS)
+from_control(Recommends CPACK_DEBIAN_PACKAGE_RECOMMENDS)
+from_control(Suggests CPACK_DEBIAN_PACKAGE_SUGGESTS)
+from_control(Description description)
+string(REGEX MATCH "^([^\n]*)\n (.*)$" description "${description}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_MATCH_1}")
+string(REPLACE "\n " "\n" CPACK_DEBIAN_PACKAGE_DESCRIPTION "${CMAKE_MATCH_2}")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "MIDI file player with the look of retro studio hardware")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "\
-Tambrel opens Standard MIDI Files and MIDI 2.0 Clip Files at once, shows
-what is in them, and plays them through a General MIDI synthesizer: with a
-seven-segment counter, a timeline to seek in, and a lane of phrase bars for
-every track. Files come to its window from anywhere on the desktop, and
-media keys drive it.
-.
-tambrel-midi does the same without a window: it shows facts, converts to and
-from MIDI 2.0 clips, and renders to WAV.")
-# The actions of the desktop file are called through gapplication where the launcher does not call them itself.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "timgm6mb-soundfont | sf3-soundfont-gm | sf2-soundfont-gm")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-jetbrains-mono, libglib2.0-bin, qt6-wayland")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "playerctl, xdg-desktop-portal, xdg-utils")
 
 # Not tried on Fedora or openSUSE, only built and looked at. What it links, rpmbuild finds out; the names of banks are
 # those of Fedora and openSUSE, one of which is in each.
