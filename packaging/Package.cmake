@@ -8,6 +8,7 @@ set(CPACK_PACKAGE_VERSION ${TAMBREL_SHORT_VERSION})
 set(CPACK_PACKAGE_HOMEPAGE_URL "https://kestrune.example/tambrel/")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_SET_DESTDIR ON)
+set(CPACK_PACKAGE_RELOCATABLE OFF)
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
 set(CPACK_INSTALL_CMAKE_PROJECTS
@@ -41,12 +42,14 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 
-# Not tried on Fedora or openSUSE, only built and looked at. What it links, rpmbuild finds out; the names of banks are
-# those of Fedora and openSUSE, one of which is in each.
+# Not tried on Fedora or openSUSE. Of what Debian's rpmlint says there remains that it is not signed, and that it looks for
+# manuals as .bz2 and for a list of licences, which those systems set up otherwise. What it links, rpmbuild finds out; the
+# names of banks are those of Fedora and openSUSE, one of which is in each.
 string(REPLACE "\n.\n" "\n\n" CPACK_RPM_PACKAGE_DESCRIPTION "${CPACK_DEBIAN_PACKAGE_DESCRIPTION}")
 set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
 set(CPACK_RPM_PACKAGE_LICENSE MIT)
 set(CPACK_RPM_PACKAGE_GROUP Applications/Multimedia)
+set(CPACK_RPM_SPEC_MORE_DEFINE "%define packager ${CPACK_PACKAGE_CONTACT}")
 set(CPACK_RPM_PACKAGE_REQUIRES "(fluid-soundfont-gm or fluid-soundfont)")
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
   /usr/share/applications /usr/share/bash-completion /usr/share/bash-completion/completions /usr/share/dbus-1
