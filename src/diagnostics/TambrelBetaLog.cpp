@@ -1,20 +1,12 @@
 #include "TambrelBetaLog.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QStandardPaths>
 
 #include <cassert>
+#include <utility>
 
 namespace tambrel {
-namespace {
-
-SystemProfiler stoppable(SystemProfiler profiler, std::stop_token stop) {
-    profiler.stop = std::move(stop);
-    return profiler;
-}
-
-} // namespace
 
 QString betaLogFolder(const QString& applicationData) {
     const QString base = applicationData.isEmpty() ? QDir::tempPath() : applicationData;
@@ -37,6 +29,7 @@ void TambrelBetaLog::configure(TambrelBetaLogServices services) {
 
 void TambrelBetaLog::close() {
     store_.reset();
+    reports_.reset();
     mediumDateTime_ = nullptr;
     debugWindow_.reset();
     isSessionFinished_ = false;
@@ -61,23 +54,22 @@ TambrelBetaLog::Launch TambrelBetaLog::startSession() {
 }
 
 void TambrelBetaLog::startSessionInStore() {
-    inStore([header = initialLogText(), marker = "Session active since " + timestamp() + '\n',
-             line = formattedLine("Application Session Started", "TambrelBetaLog.startSession")](
-                TambrelBetaLogStore& files) { return files.startSession(header, marker, line); },
-            [this](const TambrelBetaLogStore::StartResult& result) { sessionStarted(result); });
+    store().run([header = initialLogText(), marker = "Session active since " + timestamp() + '\n',
+                 line = formattedLine("Application Session Started", "TambrelBetaLog.startSession")](
+                    TambrelBetaLogStore& files) { return files.startSession(header, marker, line); },
+                [this](const TambrelBetaLogStore::StartResult& result) { sessionStarted(result); });
 }
 
 void TambrelBetaLog::finishSession() {
     if (!diagnosticsEnabled() || std::exchange(isSessionFinished_, true))
         return;
     log("Application Session Ended Normally", "TambrelBetaLog.finishSession");
-    auto& store = storeThread();
-    store.executor.run([&files = store.files] { files.finishSession(); });
+    store().run([](TambrelBetaLogStore& files) { files.finishSession(); });
 }
 
 void TambrelBetaLog::waitUntilWritten() {
     if (store_)
-        store_->executor.wait();
+        store_->wait();
 }
 
 void TambrelBetaLog::showDebugWindow() {
@@ -96,12 +88,12 @@ void TambrelBetaLog::log(std::string_view message, std::string_view function) {
     show(line);
     if (!fileLoggingEnabled())
         return;
-    inStore([header = initialLogText(), line = std::move(line)](
-                const TambrelBetaLogStore& files) { return files.writeEntry(header, line); },
-            [this](const std::optional<std::string>& failure) {
-                if (failure)
-                    debug("betaLOG write failed: " + *failure);
-            });
+    store().run([header = initialLogText(), line = std::move(line)](
+                    const TambrelBetaLogStore& files) { return files.writeEntry(header, line); },
+                [this](const std::optional<std::string>& failure) {
+                    if (failure)
+                        debug("betaLOG write failed: " + *failure);
+                });
 }
 
 void TambrelBetaLog::debug(std::string_view text) {
@@ -118,12 +110,6 @@ std::string TambrelBetaLog::timestamp() {
     return mediumDateTime_(services_->now());
 }
 
-std::string TambrelBetaLog::fileTimestamp() const {
-    using std::chrono::milliseconds;
-    const auto now = std::chrono::floor<milliseconds>(services_->now()).time_since_epoch();
-    return QDateTime::fromMSecsSinceEpoch(now.count()).toString(u"yyyyMMdd-HHmmss").toStdString();
-}
-
 std::string TambrelBetaLog::applicationInfoReport() {
     const auto& info = services_->info;
     const std::string unknown = "Unknown";
@@ -134,13 +120,47 @@ std::string TambrelBetaLog::applicationInfoReport() {
            "\nDiagnostics Enabled: " + (diagnosticsEnabled() ? "YES" : "NO") + "\nCollected: " + timestamp();
 }
 
-TambrelBetaLog::StoreThread::StoreThread(const TambrelBetaLogServices& services)
-    : files(services.folder, stoppable(services.profiler, isEnding.get_token())) {}
-
-TambrelBetaLog::StoreThread& TambrelBetaLog::storeThread() {
+BetaLogStoreThread& TambrelBetaLog::store() {
     if (!store_)
-        store_ = std::make_unique<StoreThread>(*services_);
+        store_ = std::make_unique<BetaLogStoreThread>(*services_);
     return *store_;
+}
+
+BugReports& TambrelBetaLog::reports() {
+    if (!reports_)
+        reports_.emplace(*services_, store(), [this](std::string_view text) { debug(text); });
+    return *reports_;
+}
+
+BugReportMoment TambrelBetaLog::thisMoment() {
+    return {.collectedAt = timestamp(),
+            .applicationInfo = applicationInfoReport(),
+            .fileLoggingEnabled = fileLoggingEnabled()};
+}
+
+void TambrelBetaLog::emailCompleteBugReport() {
+    reports().emailLog(thisMoment(), debugWindow_ ? debugWindow_->text() : std::string());
+}
+
+void TambrelBetaLog::emailDebugWindowText(std::string text) {
+    if (!diagnosticsEnabled())
+        return;
+    log("User Clicked Email Debugging Window Text", "TambrelBetaLog.emailDebugWindowText");
+    reports().emailWindow(thisMoment(), std::move(text));
+}
+
+void TambrelBetaLog::revealBetaLogFile() {
+    if (!diagnosticsEnabled())
+        return;
+    log("User Clicked Reveal Beta Log File", "TambrelBetaLog.revealBetaLogFile");
+    store().run([isEnabled = fileLoggingEnabled()](
+                    const TambrelBetaLogStore& files) { return files.revealableLogURL(isEnabled); },
+                [this](const std::optional<QUrl>& url) {
+                    if (url)
+                        services_->revealFile(*url);
+                    else
+                        services_->beep();
+                });
 }
 
 void TambrelBetaLog::logDetail(std::string_view detail, std::string_view whenEmpty,
@@ -212,12 +232,7 @@ void TambrelBetaLog::offerBugReport() {
     if (*accepted)
         emailCompleteBugReport();
     else
-        settlePreviousSession();
-}
-
-void TambrelBetaLog::settlePreviousSession() {
-    auto& store = storeThread();
-    store.executor.run([&files = store.files] { files.settlePreviousSession(); });
+        store().run([](TambrelBetaLogStore& files) { files.settlePreviousSession(); });
 }
 
 } // namespace tambrel

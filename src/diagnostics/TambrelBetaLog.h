@@ -1,22 +1,16 @@
 #pragma once
 
-#include "SerialExecutor.h"
+#include "BetaLogStoreThread.h"
+#include "BugReports.h"
 #include "TambrelBetaLogServices.h"
-#include "TambrelBetaLogStore.h"
-
-#include <QString>
-#include <QUrl>
 
 #include <concepts>
-#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace tambrel {
 
@@ -37,12 +31,8 @@ concept LogText =
 /// debugging window only.
 class TambrelBetaLog {
 public:
-    static constexpr std::string_view emailAddress = "support@kestrune.example";
-    static constexpr std::string_view emailSubject = "Tambrel Bug Report!";
     static constexpr const char* consentAskedKey = "TambrelBetaLogConsentAsked";
     static constexpr const char* fileLoggingEnabledKey = "TambrelBetaLogFileEnabled";
-    static constexpr std::int64_t mailtoBodyLimit = 6000;     ///< Characters.
-    static constexpr std::int64_t directMailBodyLimit = 3500; ///< Characters.
 
     /// The log of the program. The application configures it when it starts and closes it when it ends. It is
     /// never destroyed: the debugging window must not outlive Qt where a lost display ends the
@@ -105,58 +95,15 @@ public:
     /// Shows the debugging window, which is made when it is first shown and kept until `close`.
     void showDebugWindow();
 
-    /// Copies a report with this text to the clipboard and opens a mail link with as much of it as fits.
+    /// Hands the whole log, or else the debugging window's text, to the mail program, as `BugReports` says.
+    /// Only while diagnostics are enabled.
+    void emailCompleteBugReport();
+    /// Reports this text, which is the debugging window's, as `BugReports` says.
     void emailDebugWindowText(std::string text);
     /// Shows the log file in the file manager; beeps when there is none.
     void revealBetaLogFile();
 
-    // For the log itself and its tests, while diagnostics are enabled.
-
-    /// Hands the whole log, or else the debugging window's text, to the mail program. A report that is too
-    /// long for an e-mail is attached and copied to the clipboard.
-    void emailCompleteBugReport();
-
-    /// Writes one entry.
-    void log(std::string_view message, std::string_view function);
-    /// Writes a line of the log's own to the debugging window only.
-    void debug(std::string_view text);
-
-    [[nodiscard]] bool fileLoggingEnabled() const;
-    /// Now, in the user's medium date and time styles.
-    [[nodiscard]] std::string timestamp();
-    /// Now, as "yyyyMMdd-HHmmss", for file names.
-    [[nodiscard]] std::string fileTimestamp() const;
-    /// The application's name, version and switches, without a final newline.
-    [[nodiscard]] std::string applicationInfoReport();
-
-    /// Runs `job(store)` on the store's thread, after all earlier jobs, then `then(result)` on the main
-    /// thread.
-    template<class Job, class Then>
-    void inStore(Job job, Then then) {
-        auto& store = storeThread();
-        store.executor.run([&files = store.files, job = std::move(job)] { return job(files); },
-                           std::move(then));
-    }
-
 private:
-    struct StoreThread {
-        explicit StoreThread(const TambrelBetaLogServices& services);
-        ~StoreThread() { isEnding.request_stop(); }
-        StoreThread(const StoreThread&) = delete;
-        StoreThread& operator=(const StoreThread&) = delete;
-
-        std::stop_source isEnding;
-        TambrelBetaLogStore files;
-        SerialExecutor executor; // Destroyed first, which waits for the jobs on the files.
-    };
-
-    /// A report in the two forms that leave the program; a large log takes a while to convert.
-    struct Report {
-        explicit Report(std::string text);
-        std::string utf8;
-        QString clipboardText;
-    };
-
     template<class Text>
     static decltype(auto) composed(const Text& text) {
         if constexpr (std::convertible_to<const Text&, std::string_view>)
@@ -165,26 +112,33 @@ private:
             return text();
     }
 
-    [[nodiscard]] StoreThread& storeThread();
+    [[nodiscard]] BetaLogStoreThread& store();
+    [[nodiscard]] BugReports& reports();
+    [[nodiscard]] BugReportMoment thisMoment();
+    // One entry; the caller has asked whether diagnostics are enabled.
+    void log(std::string_view message, std::string_view function);
+    // A line of the log's own, to the debugging window only.
+    void debug(std::string_view text);
     void logDetail(std::string_view detail, std::string_view whenEmpty, std::string_view function);
     void logUserAction(std::string_view message, std::string_view function);
     void show(const std::string& line) const;
     [[nodiscard]] bool isRunningUnderXCTest() const;
+    [[nodiscard]] bool fileLoggingEnabled() const;
+    [[nodiscard]] std::string timestamp();
+    [[nodiscard]] std::string applicationInfoReport();
     [[nodiscard]] std::string formattedLine(std::string_view message, std::string_view function);
     [[nodiscard]] std::string initialLogText();
     [[nodiscard]] Launch askForConsentOnce();
     void startSessionInStore();
     void sessionStarted(const TambrelBetaLogStore::StartResult& result);
     void offerBugReport();
-    void settlePreviousSession();
-    void emailBugReport(Report report);
-    void composeEmail(const std::string& body, std::optional<QUrl> attachment);
 
     std::optional<TambrelBetaLogServices> services_;
     std::unique_ptr<TambrelDebugWindow> debugWindow_;
     bool isSessionFinished_ = false;
     DateTimeFormatter mediumDateTime_; ///< Made at the first time stamp.
-    std::unique_ptr<StoreThread> store_;
+    std::unique_ptr<BetaLogStoreThread> store_;
+    std::optional<BugReports> reports_;
 };
 
 } // namespace tambrel

@@ -62,9 +62,8 @@ protected:
 
     /// Returns when everything submitted so far has been done and reported back.
     static void settle(TambrelBetaLog& log) {
-        bool settled = false;
-        log.inStore([](const TambrelBetaLogStore&) { return true; }, [&](bool done) { settled = done; });
-        ASSERT_TRUE(QTest::qWaitFor([&] { return settled; }, 30'000));
+        log.waitUntilWritten();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 30'000);
     }
 
     void allowFile(bool allowed = true) {

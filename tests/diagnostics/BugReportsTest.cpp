@@ -2,6 +2,7 @@
 #include "CharacterCount.h"
 #include "ExpectedText.h"
 
+#include <QDateTime>
 #include <QRegularExpression>
 #include <QUrlQuery>
 
@@ -130,6 +131,8 @@ TEST_F(BugReportsTest, StayShortEnoughForALinkWhateverTheirLetters) {
     EXPECT_EQ(order, "clipboard email link ");
     EXPECT_THAT(clipboard, EndsWith("\n\n" + text));
     EXPECT_EQ(lastAttached(), clipboard);
+    const auto seconds = QDateTime::fromSecsSinceEpoch(time).toString("yyyyMMdd-HHmmss");
+    EXPECT_EQ(drafts.at(0).attachment->fileName(), "Tambrel-beta-report-" + seconds + ".txt");
     EXPECT_EQ(drafts.at(0).body, bodyOfLink(links.at(0)));
     log.emailDebugWindowText(text);
     settle(log);
