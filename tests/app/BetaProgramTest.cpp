@@ -248,5 +248,19 @@ TEST_F(BetaProgramTest, LivesThroughEverythingAsItDidBefore) {
     EXPECT_TRUE(isExpected(masked(), "app/life.txt"));
 }
 
+TEST_F(BetaProgramTest, SaysThatFluidSynthIsMissingAndGoesOn) {
+    const std::string sentence = "Could not prepare MIDI playback: "
+                                 "The synthesizer library libfluidsynth.so.3 could not be loaded.";
+    session.setDefaults("");
+    session.writeSong("minute.mid");
+    session.write("libfluidsynth.so.3", "");
+    session.set("LD_LIBRARY_PATH", session.home().path());
+    run = session.start({"--play", "minute.mid"});
+    EXPECT_TRUE(session.logs(sentence));
+    EXPECT_EQ(session.callApplication("Activate", {"{}"}).errors, "");
+    EXPECT_EQ(DesktopSession::end(*run), 0);
+    EXPECT_THAT(DesktopSession::errorsOf(*run), ::testing::HasSubstr("tambrel: " + sentence));
+}
+
 } // namespace
 } // namespace tambrel
