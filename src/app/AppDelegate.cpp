@@ -78,6 +78,8 @@ QMenuBar* AppDelegate::installMenu() {
                         .playPause = inView(std::mem_fn(&MainViewController::playPause)),
                         .rtz = inView(std::mem_fn(&MainViewController::rtz)),
                         .stop = inView(std::mem_fn(&MainViewController::stop)),
+                        .toggleLoop = [this] { toggleLoop(); },
+                        .isLooping = services_.isLooping,
                         .showDebuggingWindow = {}};
     if (log_.diagnosticsEnabled())
         targets.showDebuggingWindow = [this] { showDebuggingWindow(); };
@@ -191,6 +193,12 @@ void AppDelegate::raiseWindow(const QString& activationToken) {
     window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->raise();
     window_->activateWindow();
+}
+
+void AppDelegate::toggleLoop() {
+    const bool isLooping = !services_.isLooping();
+    log_.userAction(isLooping ? "Enabled Loop" : "Disabled Loop", "AppDelegate.toggleLoop");
+    services_.setLooping(isLooping);
 }
 
 void AppDelegate::showInfo(InfoPage page) {

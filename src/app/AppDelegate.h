@@ -35,6 +35,9 @@ struct AppDelegateServices {
     std::function<AboutFacts()> about;
     /// Opens the Debugging Window.
     std::function<void()> showDebuggingWindow;
+    /// Whether a song begins again at its end.
+    std::function<bool()> isLooping;
+    std::function<void(bool)> setLooping;
     /// Called once, when launching is over and just before the files are opened that have been handed over by
     /// then: the place for everything that may come after the window has been painted. May be empty.
     std::function<void(MainViewController&)> didFinishLaunching;
@@ -72,6 +75,8 @@ public:
     /// has got from the compositor. Nothing before there is a window.
     void raiseWindow(const QString& activationToken = {});
 
+    /// Has songs begin again at their end, or not any more.
+    void toggleLoop();
     void showInfo(InfoPage page = InfoPage::song);
     void showDebuggingWindow();
 

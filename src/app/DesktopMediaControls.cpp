@@ -50,11 +50,12 @@ QString portalIdentifier(const QWidget& window) {
 
 DesktopMediaControls::DesktopMediaControls(QWidget& window, std::function<void()> raise,
                                            MainViewController& controller, VolumeControl volume,
-                                           const QDBusConnection& bus)
+                                           LoopControl loop, const QDBusConnection& bus)
     : window_(window),
       raise_(std::move(raise)),
       controller_(controller),
       volume_(std::move(volume)),
+      loop_(std::move(loop)),
       service_(toQString(ApplicationInfo::current().identifier.value_or("")), controls(), state(), bus),
       inhibitor_(portalIdentifier(window), "A song is playing", bus) {
     controller_.onPlaybackChange = [this](PlaybackChange change) { follow(change); };
@@ -75,7 +76,10 @@ void DesktopMediaControls::follow(PlaybackChange change) {
 }
 
 MediaPlayerState DesktopMediaControls::state() const {
-    MediaPlayerState now{.status = status(controller_.player().mode()), .song = {}, .volume = volume_.get()};
+    MediaPlayerState now{.status = status(controller_.player().mode()),
+                         .song = {},
+                         .volume = volume_.get(),
+                         .isLooping = loop_.get()};
     if (const TambrelLoadedFile* file = controller_.loadedFile())
         now.song = {.number = songNumber_,
                     .title = title(*file),
@@ -92,6 +96,7 @@ MediaPlayerControls DesktopMediaControls::controls() {
         .position = [this] { return toMicroseconds(controller_.player().position()); },
         .open = [this](const QUrl& url) { return open(url); },
         .setVolume = [this](double volume) { volume_.set(volume); },
+        .setLooping = [this](bool isLooping) { loop_.set(isLooping); },
         .raise = raise_,
         .quit = [this] { window_.close(); },
     };

@@ -21,6 +21,12 @@ struct VolumeControl {
     std::function<void(double)> set;
 };
 
+/// How a song's beginning again at its end is read and set.
+struct LoopControl {
+    std::function<bool()> get;
+    std::function<void(bool)> set;
+};
+
 /// Joins the main view to the desktop: media keys and player controls do what the buttons do, through the
 /// same transport, and the computer does not suspend itself while a song plays. Main thread only.
 class DesktopMediaControls {
@@ -28,13 +34,13 @@ public:
     /// Both outlive the controls; `window` is the one that has the main view in it, and has been shown.
     /// `raise` brings it to the front.
     DesktopMediaControls(QWidget& window, std::function<void()> raise, MainViewController& controller,
-                         VolumeControl volume, const QDBusConnection& bus);
+                         VolumeControl volume, LoopControl loop, const QDBusConnection& bus);
     ~DesktopMediaControls();
     DesktopMediaControls(const DesktopMediaControls&) = delete;
     DesktopMediaControls& operator=(const DesktopMediaControls&) = delete;
 
-    /// Tells the desktop.
-    void volumeChanged() { service_.setState(state()); }
+    /// Tells the desktop: the volume or the loop.
+    void settingChanged() { service_.setState(state()); }
 
 private:
     void follow(PlaybackChange change);
@@ -46,6 +52,7 @@ private:
     std::function<void()> raise_;
     MainViewController& controller_;
     VolumeControl volume_;
+    LoopControl loop_;
     std::uint64_t songNumber_ = 0;
     MPRISService service_;
     SuspendInhibitor inhibitor_;

@@ -32,7 +32,8 @@ AfterLoad afterLoad(bool plays) {
     return plays ? AfterLoad::play : AfterLoad::wait;
 }
 
-constexpr const char* volumeKey = "Volume";       // 0 to 1.
+constexpr const char* volumeKey = "Volume"; // 0 to 1.
+constexpr const char* loopKey = "Loop";
 constexpr const char* soundBankKey = "SoundBank"; // A path; absent for the system's default.
 
 GeneralMIDIOptions engineOptions(const CommandLine& commandLine, const QSettings& settings) {
@@ -77,6 +78,7 @@ Program::Program(CommandLine commandLine, DesktopApplication& desktop)
       engine_(engineOptions(commandLine_, settings_)),
       delegate_(services(), log_) {
     engine_.setVolume(std::clamp(settings_.value(volumeKey, 1.0).toDouble(), 0.0, 1.0));
+    engine_.setLooping(settings_.value(loopKey, false).toBool());
     engine_.onNotice = [this](const std::string& sentence) {
         log_.procedure("GeneralMIDIEngine.watchOutput", sentence);
     };
@@ -97,6 +99,8 @@ AppDelegateServices Program::services() {
             .settings = settings_,
             .about = [this] { return aboutFacts(); },
             .showDebuggingWindow = [this] { log_.showDebugWindow(); },
+            .isLooping = [this] { return engine_.isLooping(); },
+            .setLooping = [this](bool isLooping) { setLooping(isLooping); },
             .didFinishLaunching = [this](MainViewController& view) { didFinishLaunching(view); },
             .purpose = picture_.isOn() ? LaunchPurpose::picture : LaunchPurpose::use};
 }
@@ -153,6 +157,8 @@ void Program::didFinishLaunching(MainViewController& view) {
         mediaControls_.emplace(
             *delegate_.window(), [this] { delegate_.raiseWindow(); }, view,
             VolumeControl{[this] { return engine_.volume(); }, [this](double volume) { setVolume(volume); }},
+            LoopControl{[this] { return engine_.isLooping(); },
+                        [this](bool isLooping) { setLooping(isLooping); }},
             sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     if (picture_.isOn())
@@ -203,7 +209,14 @@ void Program::setVolume(double volume) {
     engine_.setVolume(volume);
     settings_.setValue(volumeKey, volume);
     if (mediaControls_)
-        mediaControls_->volumeChanged();
+        mediaControls_->settingChanged();
+}
+
+void Program::setLooping(bool isLooping) {
+    engine_.setLooping(isLooping);
+    settings_.setValue(loopKey, isLooping);
+    if (mediaControls_)
+        mediaControls_->settingChanged();
 }
 
 // The bank's path, and where that leads to: a default bank is a link.

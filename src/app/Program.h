@@ -39,6 +39,7 @@ private:
     [[nodiscard]] SoundPageFacts soundFacts();
     void chooseSoundBank(const std::string& path);
     void setVolume(double volume);
+    void setLooping(bool isLooping);
     [[nodiscard]] std::string soundBankText() const;
 
     const CommandLine commandLine_;

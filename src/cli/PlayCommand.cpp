@@ -13,7 +13,9 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdint>
 #include <unistd.h>
+#include <utility>
 
 namespace tambrel::cli {
 namespace {
@@ -25,6 +27,7 @@ public:
         : options_(options),
           files_(std::move(files)),
           engine_({.soundBank = options.soundFont, .audioDrivers = options.audioDrivers}) {
+        engine_.setLooping(options.loop && files_.size() == 1);
         engine_.onFailure = [this](const std::string& reason) { fail(reason); };
         engine_.onNotice = [this](const std::string& sentence) { say("tambrel-midi: " + sentence + "\n"); };
     }
@@ -64,8 +67,7 @@ private:
             const MIDIData song = loadInput(files_[index_]).playbackData;
             player_ = engine_.makePlayer(options_.loudness ? MIDILoudnessProcessor::boostedDrumsAndBass(song)
                                                            : song);
-            if (!showsLine_)
-                print("Playing " + title() + " (" + clockText(player_->duration()) + ")\n");
+            announce();
             play();
             return true;
         } catch (const TambrelLoadCancelled&) {
@@ -76,12 +78,24 @@ private:
         return false;
     }
 
+    void announce() {
+        if (!showsLine_)
+            print("Playing " + title() + " (" + clockText(player_->duration()) + ")\n");
+    }
+
+    void noticeLap() {
+        const std::int64_t lap = player_ ? player_->lap() : 0;
+        if (std::exchange(lap_, lap) < lap)
+            announce();
+    }
+
     void play() {
         player_->play([this] { isOver_ = true; });
     }
 
     void tick() {
         keys_.resume();
+        noticeLap();
         if (isOver_ && (index_ + 1 < files_.size() || options_.loop || engine_.isSilent())) {
             isOver_ = false;
             const bool isLast = index_ + 1 == files_.size();
@@ -174,7 +188,8 @@ private:
     GeneralMIDIEngine engine_;
     std::unique_ptr<MIDIFilePlayer> player_;
     std::size_t index_ = 0;
-    bool isOver_ = false; // The song has ended; its release tail may still sound.
+    std::int64_t lap_ = 0; // Of a song that loops.
+    bool isOver_ = false;  // The song has ended; its release tail may still sound.
     std::string lineShown_;
     ExitStatus status_ = allWell;
 };

@@ -31,6 +31,13 @@ QString MPRISPlayer::playbackStatus() const {
     return "Stopped";
 }
 
+void MPRISPlayer::setLoopStatus(const QString& status) const {
+    if (status == "Track" || status == "Playlist")
+        controls_.setLooping(true);
+    else if (status == "None")
+        controls_.setLooping(false);
+}
+
 QVariantMap MPRISPlayer::metadata() const {
     if (!state_.song)
         return {};

@@ -50,13 +50,13 @@ private:
     QString desktopEntry_;
 };
 
-/// The song, its transport and the volume. Tambrel plays one song, once, at its own speed: there is no other
-/// track to go to, and rate, loop and shuffle can only be read.
+/// The song, its transport, the volume and the loop. Tambrel plays one song at its own speed: there is no
+/// other track to go to, rate and shuffle can only be read, and a list that repeats is a track that repeats.
 class MPRISPlayer : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
     Q_PROPERTY(QString PlaybackStatus READ playbackStatus)
-    Q_PROPERTY(QString LoopStatus READ loopStatus)
+    Q_PROPERTY(QString LoopStatus READ loopStatus WRITE setLoopStatus)
     Q_PROPERTY(double Rate READ one)
     Q_PROPERTY(double MinimumRate READ one)
     Q_PROPERTY(double MaximumRate READ one)
@@ -79,7 +79,9 @@ public:
     [[nodiscard]] bool no() const { return false; }
     [[nodiscard]] double one() const { return 1; }
     [[nodiscard]] QString playbackStatus() const;
-    [[nodiscard]] QString loopStatus() const { return "None"; }
+    [[nodiscard]] QString loopStatus() const { return state_.isLooping ? "Track" : "None"; }
+    /// What is no loop status changes nothing.
+    void setLoopStatus(const QString& status) const;
     [[nodiscard]] QVariantMap metadata() const;
     /// Microseconds; 0 without a song.
     [[nodiscard]] qlonglong position() const { return state_.song ? controls_.position().count() : 0; }

@@ -12,7 +12,8 @@ constexpr const char* path = "/org/mpris/MediaPlayer2";
 constexpr const char* sharedName = "org.mpris.MediaPlayer2.tambrel";
 
 // All other properties are constant, or have to be asked for.
-constexpr const char* changing[] = {"PlaybackStatus", "Metadata", "CanPlay", "CanPause", "CanSeek", "Volume"};
+constexpr const char* changing[] = {"PlaybackStatus", "LoopStatus", "Metadata", "CanPlay",
+                                    "CanPause",       "CanSeek",    "Volume"};
 
 } // namespace
 

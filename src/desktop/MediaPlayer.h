@@ -26,6 +26,7 @@ struct MediaPlayerState {
     MediaPlayerStatus status = MediaPlayerStatus::stopped;
     std::optional<MediaPlayerSong> song; ///< Without one there is nothing to play, to pause or to seek in.
     double volume = 1;                   ///< 0 to 1.
+    bool isLooping = false;              ///< The song begins again at its end.
 };
 
 /// What the desktop may ask of a media player. All are set, and called on the main thread.
@@ -41,6 +42,7 @@ struct MediaPlayerControls {
     std::function<bool(const QUrl&)> open;
     /// From 0 to 1.
     std::function<void(double volume)> setVolume;
+    std::function<void(bool isLooping)> setLooping;
     /// Brings the window to the front.
     std::function<void()> raise;
     std::function<void()> quit;

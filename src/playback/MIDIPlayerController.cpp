@@ -68,6 +68,7 @@ void MIDIPlayerController::pause() {
         return;
     }
     log_.procedure(name, "Pausing playback");
+    noticeLap();
     player_->stop();
     setMode(PlaybackMode::paused);
     stopTimer();
@@ -156,7 +157,15 @@ void MIDIPlayerController::tick() {
     if (!player_)
         return;
     reportProgress();
+    noticeLap();
     finishPlaybackIfNeeded();
+}
+
+// Nothing is logged of it, as of everything that polling finds but the end.
+void MIDIPlayerController::noticeLap() {
+    const std::int64_t lap = player_->lap();
+    if (std::exchange(lap_, lap) < lap && onChange)
+        onChange(PlaybackChange::position);
 }
 
 void MIDIPlayerController::finishPlaybackIfNeeded() {

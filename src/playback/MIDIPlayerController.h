@@ -6,6 +6,7 @@
 
 #include <QTimer>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -26,7 +27,7 @@ public:
     /// A song is ready, before its first progress report; or there is none any more (duration 0).
     std::function<void(double duration)> onLoaded;
     /// For listeners besides the window: the mode, after `onStateChange` and before the player follows; or
-    /// the position, unless it is that of a new song.
+    /// the position, unless it is that of a new song. A song that begins again by itself has moved, too.
     std::function<void(PlaybackChange)> onChange;
 
     /// `log` outlives the controller.
@@ -58,6 +59,7 @@ private:
     void stopTimer();
     void tick();
     void finishPlaybackIfNeeded();
+    void noticeLap();
 
     void setMode(PlaybackMode mode);
     void moveTo(double seconds);
@@ -70,6 +72,7 @@ private:
     std::unique_ptr<MIDIFilePlayer> player_; ///< Present while a song is loaded.
     QTimer timer_;                           ///< Active only while playing.
     PlaybackMode mode_ = PlaybackMode::idle;
+    std::int64_t lap_ = 0; ///< The player's, when it was last asked.
 };
 
 } // namespace tambrel

@@ -2,6 +2,7 @@
 
 #include "PlayableSong.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -29,6 +30,8 @@ public:
     /// Moves the playhead; playback, if running, goes on from there.
     virtual void setCurrentPosition(double seconds) = 0;
     [[nodiscard]] virtual double duration() const = 0;
+    /// How often the song has begun again by itself since `play` or a move of the playhead.
+    [[nodiscard]] virtual std::int64_t lap() const = 0;
 
     /// True from `play` to `stop` or to the end of the song, whichever comes first.
     [[nodiscard]] virtual bool isPlaying() const = 0;

@@ -56,6 +56,9 @@ public:
     }
 
     [[nodiscard]] double duration() const override { return song_->duration(); }
+    [[nodiscard]] std::int64_t lap() const override {
+        return engine_.playing_ == this ? engine_.sound().lap() : 0;
+    }
     [[nodiscard]] bool isPlaying() const override { return engine_.isPlaying(*this); }
     [[nodiscard]] const std::shared_ptr<const Timeline>& song() const { return song_; }
 
@@ -138,7 +141,7 @@ void GeneralMIDIEngine::pause(const Player& player, double seconds) {
     }
     playing_ = nullptr;
     sounding_ = nullptr;
-    paused_ = sequencer_.pause(seconds) ? &player : nullptr;
+    paused_ = sequencer_.pause(seconds, sound().lap()) ? &player : nullptr;
     output_->respond();
     pausedAt_ = seconds;
     lastUse_ = Clock::now();

@@ -63,6 +63,10 @@ public:
     void setVolume(double volume) { output_->setVolume(volume); }
     [[nodiscard]] double volume() const { return output_->volume(); }
 
+    /// Whether a song begins again at its end, without a gap. What has been rendered ahead stays as it is.
+    void setLooping(bool isLooping) { sequencer_.setLooping(isLooping); }
+    [[nodiscard]] bool isLooping() const { return sequencer_.isLooping(); }
+
     /// A player for the song, whose timeline is made here if it has none yet. Throws SoundBankError when
     /// there is no bank, std::invalid_argument when the data is no Standard MIDI File.
     [[nodiscard]] std::unique_ptr<MIDIFilePlayer> makePlayer(const PlayableSong& song);

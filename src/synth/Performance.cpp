@@ -13,6 +13,7 @@ Performance::Performance(const std::shared_ptr<const Timeline>& song, const Rend
       synthesizer_(*loaded_.synthesizer),
       sequencer_(options.format.rate),
       master_(options.format.rate),
+      ringOut_(options.format.rate),
       rate_(options.format.rate),
       partFrames_(expectedFrames(*song, options)) {
     sequencer_.setSynthesizer(synthesizer_);
@@ -68,21 +69,9 @@ int Performance::renderTail() {
     const auto frames = static_cast<int>(std::min<std::int64_t>(
         framesPerBlock, tailFrames_ ? *tailFrames_ - done : std::int64_t{framesPerBlock}));
     synthesizer_.render(left_.data(), right_.data(), frames);
-    isOver_ = !tailFrames_ && !rings(frames);
+    isOver_ =
+        !tailFrames_ && ringOut_.isOver(left_.data(), right_.data(), frames, synthesizer_.activeVoices());
     return frames;
-}
-
-bool Performance::rings(int frames) {
-    constexpr float inaudible = 1.0F / (1 << 15); // One step of a 16-bit sample.
-    constexpr double longestRinging = 10;         // Seconds; some banks have voices that never decay.
-    constexpr double quietSecondsToEnd = 0.1;
-    const auto isLoud = [](float sample) { return std::abs(sample) > inaudible; };
-    const bool heard = std::any_of(left_.begin(), left_.begin() + frames, isLoud) ||
-                       std::any_of(right_.begin(), right_.begin() + frames, isLoud);
-    quietFrames_ = heard ? 0 : quietFrames_ + frames;
-    const bool hasRungOut =
-        static_cast<double>(quietFrames_) > quietSecondsToEnd * rate_ && synthesizer_.activeVoices() == 0;
-    return !hasRungOut && static_cast<double>(frame_ - *cut_) < longestRinging * rate_;
 }
 
 } // namespace tambrel

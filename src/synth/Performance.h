@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MasterStage.h"
+#include "RingOut.h"
 #include "Sequencer.h"
 #include "SynthesizerFactory.h"
 #include "Timeline.h"
@@ -41,7 +42,6 @@ private:
     [[nodiscard]] Block mastered(int frames);
     [[nodiscard]] int renderSong();
     [[nodiscard]] int renderTail();
-    [[nodiscard]] bool rings(int frames);
 
     const BankedSynthesizer loaded_;
     Synthesizer& synthesizer_;
@@ -49,13 +49,13 @@ private:
     MasterStage master_;
     int early_ = master_.latency();   // Frames of silence that still come out before the song.
     int pending_ = master_.latency(); // Frames that are still in the master stage when the song is over.
+    RingOut ringOut_;
     int rate_;
     std::int64_t partFrames_;
     // Where the song is left though it might go on, and what follows; absent when it ends by itself.
     std::optional<std::int64_t> cut_;
     std::optional<std::int64_t> tailFrames_;
     std::int64_t frame_ = 0;
-    std::int64_t quietFrames_ = 0;
     bool isOver_ = false;
     std::array<float, framesPerBlock> left_{};
     std::array<float, framesPerBlock> right_{};

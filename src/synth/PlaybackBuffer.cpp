@@ -55,7 +55,7 @@ double PlaybackBuffer::position() const {
 }
 
 bool PlaybackBuffer::hasFinished() const {
-    return sequencer_.hasFinished() && songFrame() >= sequencer_.songFrames();
+    return sequencer_.hasFinished() && songFrame() >= sequencer_.endFrame();
 }
 
 // --- While no driver renders ---

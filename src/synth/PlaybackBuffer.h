@@ -30,6 +30,8 @@ public:
 
     /// Seconds into the song: what the loudspeaker plays at this moment.
     [[nodiscard]] double position() const;
+    /// How often the song has been heard to begin again.
+    [[nodiscard]] std::int64_t lap() const { return sequencer_.lapAt(songFrame()); }
     /// True once the end of the song has been heard; its last notes may still ring out.
     [[nodiscard]] bool hasFinished() const;
     /// True while nothing is heard and no order waits.

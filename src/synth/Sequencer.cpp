@@ -11,9 +11,6 @@ namespace tambrel {
 namespace {
 
 constexpr int fadeFrames = 5 * synthesizerBlock; // 7 ms at 48 kHz: short, and free of a click.
-constexpr float inaudible = 1.0F / (1 << 15);    // One step of a 16-bit sample.
-constexpr double quietSecondsToEnd = 0.1;
-constexpr double longestRinging = 10; // For banks with voices that never decay.
 
 } // namespace
 
@@ -32,10 +29,11 @@ struct Sequencer::Order {
     std::size_t firstEvent = 0;
     std::vector<Chased> chasedState;
     std::optional<TempoMap::Cursor> tempo;
+    std::optional<TempoMap::Cursor> tempoOfLap; // At the beginning of the song.
     Order* next = nullptr;
 };
 
-Sequencer::Sequencer(double sampleRate) : sampleRate_(sampleRate) {}
+Sequencer::Sequencer(double sampleRate) : sampleRate_(sampleRate), ringOut_(sampleRate) {}
 
 Sequencer::~Sequencer() {
     for (Order* order : {incoming_.load(), current_, waiting_})
@@ -49,6 +47,7 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     auto order = std::make_unique<Order>(Order::Kind::play);
     song_ = std::move(song);
     start_ = std::clamp(seconds, 0.0, song_->duration());
+    startLap_ = 0;
     order->song = song_;
     order->firstFrame = std::llround(start_ * sampleRate_);
     order->songFrames = songFrames_ = static_cast<std::int64_t>(std::ceil(song_->duration() * sampleRate_));
@@ -56,16 +55,18 @@ void Sequencer::play(std::shared_ptr<const Timeline> song, double seconds) {
     order->firstEvent = song_->firstEventAt(song_->tempoMap().firstTickFrom(start_));
     order->chasedState = chaseTo(*song_, order->firstEvent, start_);
     order->tempo.emplace(song_->tempoMap(), start_);
+    order->tempoOfLap.emplace(song_->tempoMap());
     send(std::move(order));
 }
 
-bool Sequencer::pause(double seconds) {
+bool Sequencer::pause(double seconds, std::int64_t lap) {
     // What has not begun yet has nothing to keep.
     if (!song_ || !(isSettled() || lastKind_ == OrderKind::resume)) {
         halt();
         return false;
     }
     start_ = seconds;
+    startLap_ = lap;
     send(std::make_unique<Order>(Order::Kind::pause));
     return true;
 }
@@ -98,7 +99,16 @@ double Sequencer::position() const {
 double Sequencer::positionAt(std::int64_t frame) const {
     if (!song_ || !isSettled() || lastKind_ == OrderKind::pause)
         return start_;
-    return std::clamp(static_cast<double>(frame) / sampleRate_, start_, song_->duration());
+    const std::int64_t lap = lapAt(frame);
+    return std::clamp(static_cast<double>(frame - lap * songFrames_) / sampleRate_,
+                      lap == startLap_ ? start_ : 0, song_->duration());
+}
+
+std::int64_t Sequencer::lapAt(std::int64_t frame) const {
+    if (!isSettled() || lastKind_ == OrderKind::pause)
+        return startLap_;
+    const std::int64_t rendered = lapBegins_.load(std::memory_order_acquire);
+    return rendered == 0 ? 0 : std::clamp<std::int64_t>(frame, 0, rendered) / songFrames_;
 }
 
 bool Sequencer::hasFinished() const {
@@ -144,10 +154,10 @@ void Sequencer::render(float* left, float* right, int frames) noexcept {
         } else {
             synthesizer_->render(left, right, step);
         }
-        if (phase_ == Phase::fading)
+        if (phase_ == Phase::fading || isLapEnding_)
             fadeOut(left, right, step);
-        if (phase_ == Phase::ringing)
-            listenToRinging(left, right, step);
+        if (phase_ == Phase::ringing && ringOut_.isOver(left, right, step, synthesizer_->activeVoices()))
+            startFading();
         blockOffset_ = (blockOffset_ + step) % synthesizerBlock;
         left += step;
         right += step;
@@ -183,8 +193,10 @@ void Sequencer::beginBlock() noexcept {
         carryOut();
     else if (hasFaded)
         goSilent();
-    if (phase_ == Phase::playing)
+    if (phase_ == Phase::playing) {
+        endLap();
         playEvents();
+    }
 }
 
 void Sequencer::carryOut() noexcept {
@@ -212,7 +224,8 @@ void Sequencer::carryOut() noexcept {
 }
 
 void Sequencer::begin() noexcept {
-    isOver_ = false;
+    isOver_ = isLapEnding_ = false;
+    lapBegins_.store(0, std::memory_order_relaxed);
     synthesizer_->reset();
     for (const Chased& chased : current_->chasedState) {
         if (chased.isNote)
@@ -227,7 +240,31 @@ void Sequencer::begin() noexcept {
     soundless_.store(false, std::memory_order_release);
 }
 
+// Does not ask again whether to begin anew once what sounds has begun to fade out.
+void Sequencer::endLap() noexcept {
+    if (!isLapEnding_ && isLooping() && current_->songFrames > fadeFrames &&
+        position_ + fadeFrames >= current_->songFrames) {
+        isLapEnding_ = true;
+        fadeLeft_ = fadeFrames;
+    }
+    if (isLapEnding_ && position_ >= current_->songFrames)
+        beginLap();
+}
+
+// The end lies within a block: what that has too much is gone of the next lap, so that laps are as long as
+// the song.
+void Sequencer::beginLap() noexcept {
+    isLapEnding_ = false;
+    const std::int64_t over = position_ - position_ % current_->songFrames;
+    position_ -= over;
+    lapBegins_.store(lapBegins_.load(std::memory_order_relaxed) + over, std::memory_order_release);
+    synthesizer_->reset();
+    feed_.begin(*current_->song, 0);
+    current_->tempo = current_->tempoOfLap;
+}
+
 void Sequencer::goSilent() noexcept {
+    isLapEnding_ = false;
     synthesizer_->reset();
     phase_ = Phase::silent;
     soundless_.store(true, std::memory_order_release);
@@ -239,26 +276,15 @@ void Sequencer::playEvents() noexcept {
     const double nearest = (static_cast<double>(position_) + synthesizerBlock / 2.0) / sampleRate_;
     constexpr std::uint32_t lastTick = std::numeric_limits<std::uint32_t>::max();
     feed_.play(*synthesizer_, isOver ? lastTick : current_->tempo->tickAt(nearest));
-    frame_.store(position_, std::memory_order_relaxed);
+    frame_.store(lapBegins_.load(std::memory_order_relaxed) + position_, std::memory_order_relaxed);
     position_ += synthesizerBlock;
     if (isOver && feed_.isOver()) {
         synthesizer_->releaseNotes();
         phase_ = Phase::ringing;
         isOver_ = true;
-        quietFrames_ = ringingFrames_ = 0;
+        ringOut_.begin();
         finishedSerial_.store(serialCarriedOut_, std::memory_order_release);
     }
-}
-
-void Sequencer::listenToRinging(const float* left, const float* right, int frames) noexcept {
-    const auto isLoud = [](float sample) { return std::abs(sample) > inaudible; };
-    const bool heard = std::any_of(left, left + frames, isLoud) || std::any_of(right, right + frames, isLoud);
-    quietFrames_ = heard ? 0 : quietFrames_ + frames;
-    ringingFrames_ += frames;
-    const bool hasRungOut = static_cast<double>(quietFrames_) > quietSecondsToEnd * sampleRate_ &&
-                            synthesizer_->activeVoices() == 0;
-    if (hasRungOut || static_cast<double>(ringingFrames_) > longestRinging * sampleRate_)
-        startFading();
 }
 
 void Sequencer::fadeOut(float* left, float* right, int frames) noexcept {

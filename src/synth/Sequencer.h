@@ -4,6 +4,7 @@
 #include "Chase.h"
 #include "EventFeed.h"
 #include "MIDIInstrument.h"
+#include "RingOut.h"
 #include "Timeline.h"
 
 #include <atomic>
@@ -41,19 +42,28 @@ public:
     /// are held there, then the song goes on.
     void play(std::shared_ptr<const Timeline> song, double seconds);
     /// Keeps everything as it sounds at `seconds`, so that `resume` can go on. False, and halted, when the
-    /// song of the latest `play` has not begun yet.
-    [[nodiscard]] bool pause(double seconds);
+    /// song of the latest `play` has not begun yet. `lap` is the one that is heard.
+    [[nodiscard]] bool pause(double seconds, std::int64_t lap = 0);
     /// Goes on after a `pause` that was true, with every note that sounded then.
     void resume();
     /// Fades out what sounds; nothing sounds any more after a few milliseconds of rendering.
     void halt();
+    /// Whether a song begins again when its end is rendered, without a gap: what still sounds is faded out in
+    /// its last 7 ms. Nothing shorter than that is repeated. Taken up when the end is rendered.
+    void setLooping(bool isLooping) { isLooping_.store(isLooping, std::memory_order_relaxed); }
+    [[nodiscard]] bool isLooping() const { return isLooping_.load(std::memory_order_relaxed); }
     /// Seconds into the song of the latest `play`: what has been rendered, never beyond the song's end.
     /// 0 after `halt`.
     [[nodiscard]] double position() const;
-    /// The same for a frame of the song that is heard, rather than rendered, at this moment.
+    /// The same for a frame that is heard, rather than rendered, at this moment. Frames are counted from the
+    /// beginning of the song on, through all its laps.
     [[nodiscard]] double positionAt(std::int64_t frame) const;
-    /// Of the song of the latest `play`.
-    [[nodiscard]] std::int64_t songFrames() const { return songFrames_; }
+    /// How often the song has begun again up to a frame.
+    [[nodiscard]] std::int64_t lapAt(std::int64_t frame) const;
+    /// Where the song of the latest `play` ends: in the lap that is rendered.
+    [[nodiscard]] std::int64_t endFrame() const {
+        return lapBegins_.load(std::memory_order_acquire) + songFrames_;
+    }
     /// True once the song of the latest `play` has been rendered to its end; its last notes may still ring
     /// out.
     [[nodiscard]] bool hasFinished() const;
@@ -96,10 +106,11 @@ private:
     void begin() noexcept;
     void retire(Order* order) noexcept;
     void beginBlock() noexcept;
+    void endLap() noexcept;
+    void beginLap() noexcept;
     void playEvents() noexcept;
     void startFading() noexcept;
     void goSilent() noexcept;
-    void listenToRinging(const float* left, const float* right, int frames) noexcept;
     void fadeOut(float* left, float* right, int frames) noexcept;
 
     const double sampleRate_;
@@ -109,7 +120,8 @@ private:
     OrderKind lastKind_ = OrderKind::halt;
     std::shared_ptr<const Timeline> song_; // Of the latest order; empty when that was to halt.
     std::int64_t songFrames_ = 0;
-    double start_ = 0;          // Where the latest order begins, in seconds.
+    double start_ = 0;          // Where the latest order begins, in seconds,
+    std::int64_t startLap_ = 0; // and in which lap.
     std::size_t ordersOut_ = 0; // Sent and not yet freed.
 
     // Hand-over.
@@ -120,6 +132,8 @@ private:
     std::atomic<std::int64_t> frame_{0};   // Rendered frames of its song.
     std::atomic<std::uint64_t> finishedSerial_{0};
     std::atomic<bool> soundless_{true};
+    std::atomic<bool> isLooping_{false};
+    std::atomic<std::int64_t> lapBegins_{0}; // Frames of the laps that are over: whole songs.
 
     // Rendering side.
     MIDIInstrument* synthesizer_ = nullptr;
@@ -132,9 +146,9 @@ private:
     int blockOffset_ = 0;       // Frames of the current block that have been given out.
     int fadeLeft_ = 0;          // Frames of the fade-out that are still to come.
     bool carriesOutByItself_ = false;
-    bool isOver_ = false; // The song.
-    std::int64_t quietFrames_ = 0;
-    std::int64_t ringingFrames_ = 0;
+    bool isOver_ = false;      // The song.
+    bool isLapEnding_ = false; // The song is about to begin again.
+    RingOut ringOut_;
 };
 
 } // namespace tambrel

@@ -80,6 +80,11 @@ QMenu* TambrelMenuBuilder::transportMenuItem(const MenuTargets& targets) {
     playPause->setShortcutContext(Qt::WindowShortcut);
     add(*menu, "Return to Zero", targets.rtz, Qt::CTRL | Qt::Key_R);
     add(*menu, "Stop", targets.stop, Qt::CTRL | Qt::Key_Period);
+    menu->addSeparator();
+    QAction* loop = add(*menu, "Loop", targets.toggleLoop);
+    loop->setCheckable(true);
+    QObject::connect(menu, &QMenu::aboutToShow, loop,
+                     [loop, isLooping = targets.isLooping] { loop->setChecked(isLooping()); });
     return menu;
 }
 

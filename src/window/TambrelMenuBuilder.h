@@ -16,6 +16,8 @@ struct MenuTargets {
     std::function<void()> playPause;
     std::function<void()> rtz;
     std::function<void()> stop;
+    std::function<void()> toggleLoop;
+    std::function<bool()> isLooping; ///< What the menu shows when it opens.
     /// Empty: there is no Debug menu.
     std::function<void()> showDebuggingWindow;
 };

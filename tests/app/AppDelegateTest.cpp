@@ -76,6 +76,7 @@ protected:
     int beeps = 0;
     int loads = 0;
     int debuggingWindows = 0;
+    bool loops = false;
     MainViewController* view = nullptr;
     AppDelegate delegate{
         {.view = {.makePlayer = script.factory(),
@@ -89,6 +90,8 @@ protected:
                  return AboutFacts{{.shortVersion = "1.2", .build = "34"}, "Qt", soundFacts()};
              },
          .showDebuggingWindow = [this] { ++debuggingWindows; },
+         .isLooping = [this] { return loops; },
+         .setLooping = [this](bool value) { loops = value; },
          .didFinishLaunching = [this](MainViewController& shown) { view = &shown; }},
         recorded.log};
 };
@@ -157,10 +160,14 @@ TEST_F(AppDelegateTest, HasTheWholeMenu) {
                 ElementsAre("Tambrel: [About Tambrel] [Get Info]Ctrl+I [off Services] [Hide Tambrel]Ctrl+H "
                             "[off Hide Others]Ctrl+Alt+H [Show All] [Quit Tambrel]Ctrl+Q",
                             "File: [Open MIDI File...]Ctrl+O",
-                            "Transport: [Play/Pause]Space [Return to Zero]Ctrl+R [Stop]Ctrl+.",
+                            "Transport: [Play/Pause]Space [Return to Zero]Ctrl+R [Stop]Ctrl+. [Loop]",
                             "Debug: [Debugging Window]Ctrl+B",
                             "Window: [Minimize]Ctrl+M [off Zoom] [Bring All to Front]",
                             "Help: [Tambrel Help]Ctrl+?"));
+    static_cast<void>(recorded.taken());
+    item("Loop")->trigger();
+    EXPECT_TRUE(loops);
+    EXPECT_THAT(recorded.taken(), ElementsAre("User Action: Enabled Loop | AppDelegate.toggleLoop"));
 }
 
 TEST_F(AppDelegateTest, IsSteeredAndHiddenByKeysWhateverHasTheFocus) {

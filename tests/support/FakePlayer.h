@@ -15,6 +15,7 @@ namespace tambrel {
 struct PlayerScript {
     double duration = 10;
     double position = 0;
+    std::int64_t lap = 0;
     bool playing = false;
     std::string refusal; ///< Why no player can be made; empty when one can.
     std::vector<std::string> calls;
@@ -49,6 +50,7 @@ public:
     [[nodiscard]] double currentPosition() const override { return script_.position; }
     void setCurrentPosition(double seconds) override { script_.position = seconds; }
     [[nodiscard]] double duration() const override { return script_.duration; }
+    [[nodiscard]] std::int64_t lap() const override { return script_.lap; }
     [[nodiscard]] bool isPlaying() const override { return script_.playing; }
 
 private:

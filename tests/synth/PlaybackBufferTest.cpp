@@ -185,6 +185,34 @@ TEST_P(PlaybackBufferTest, EveryOrderFadesWhatIsHeardAndTheSongFollows) {
     EXPECT_TRUE(buffer.isSilent());
 }
 
+TEST_P(PlaybackBufferTest, ASongThatLoopsIsHeardFromItsBeginningRightAfterItsEnd) {
+    speaker.sequencer.setLooping(true);
+    speaker.sequencer.play(song(), 1);
+    const std::size_t secondLap = speaker.respond() + rate;
+    speaker.listen(5.5);
+    for (const std::size_t lap : {0U, 1U}) {
+        float difference = 0; // The reverb keeps a trace of what was before.
+        for (std::size_t at = 108; at < 90'000; ++at)
+            difference =
+                std::max(difference, std::abs(speaker.sound[secondLap + lap * 2 * rate + at] - whole[at]));
+        EXPECT_LT(difference, peak(whole) / 100) << lap;
+    }
+    for (const std::int64_t lap : {3, 4}) {
+        EXPECT_EQ(buffer.lap(), lap);
+        EXPECT_NEAR(buffer.position(), 0.5, 0.03);
+        ASSERT_TRUE(speaker.sequencer.pause(buffer.position(), lap));
+        speaker.respond();
+        EXPECT_EQ(buffer.lap(), lap);
+        speaker.sequencer.resume();
+        speaker.respond();
+        speaker.listen(2);
+    }
+    speaker.sequencer.setLooping(false);
+    speaker.listen(2);
+    EXPECT_TRUE(buffer.hasFinished());
+    EXPECT_EQ(buffer.position(), 2);
+}
+
 TEST_P(PlaybackBufferTest, WhatALostServerHasNotPlayedIsPlayedByTheNext) {
     speaker.sequencer.play(song(), 0);
     const std::size_t began = speaker.respond();

@@ -282,6 +282,29 @@ TEST(SequencerTest, ACrowdAtOneMomentComesInOrderAndLeavesWhatAllOfItWould) {
     }
 }
 
+TEST(SequencerTest, BeginsAgainAtTheEndAndNeverLater) {
+    constexpr std::int64_t length = 4848, start = 4325; // Frames: 75.75 blocks, and a bit less.
+    const auto blockAt = [](std::int64_t frame) { return (frame + 63) / 64 * 64; };
+    const auto song = timeline({TrackBuilder().control(0, 0, 7, 9).noteOn(50, 0, 60).endOfTrack(51)});
+    Listener listener;
+    listener.sequencer.setLooping(true);
+    listener.play("Play", song, start / sampleRate);
+    const auto written = listener.record(2);
+    for (std::int64_t lap = 1; lap < 20; ++lap) {
+        const std::int64_t begins = lap * length - start;
+        const std::pair<std::int64_t, std::string> expected[] = {
+            {blockAt(begins), "reset"},
+            {blockAt(begins), "ch 1 control 7 9"},
+            {blockAt(begins + 2400 - 32), "ch 1 note on 60 64"}};
+        for (const auto& line : expected)
+            EXPECT_THAT(written, ::testing::Contains(line));
+    }
+    listener.sequencer.setLooping(false);
+    EXPECT_THAT(listener.record(0.2),
+                ::testing::Contains(std::pair(blockAt(21 * length - start), std::string("release"))));
+    EXPECT_TRUE(listener.sequencer.hasFinished());
+}
+
 TEST(SequencerTest, SendsTheSameWhateverTheDeviceAsksFor) {
     for (const Song& song : songs()) {
         std::string expected;
