@@ -161,6 +161,7 @@ void Program::didFinishLaunching(MainViewController& view) {
                         [this](bool isLooping) { setLooping(isLooping); }},
             sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
+    engine_.onOutputFailure = [this](const std::string& reason) { view_->playbackFailed(reason); };
     if (picture_.isOn())
         picture_.begin(view);
 }

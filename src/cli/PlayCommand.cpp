@@ -28,7 +28,7 @@ public:
           files_(std::move(files)),
           engine_({.soundBank = options.soundFont, .audioDrivers = options.audioDrivers}) {
         engine_.setLooping(options.loop && files_.size() == 1);
-        engine_.onFailure = [this](const std::string& reason) { fail(reason); };
+        engine_.onFailure = engine_.onOutputFailure = [this](const std::string& reason) { fail(reason); };
         engine_.onNotice = [this](const std::string& sentence) { say("tambrel-midi: " + sentence + "\n"); };
     }
 

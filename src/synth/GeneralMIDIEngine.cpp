@@ -97,7 +97,7 @@ GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     bank_.onNotice = [this](const std::string& sentence) { notice(sentence); };
     bank_.onChange = [this] { playOnNewBank(); };
     watch_.emplace(*output_);
-    watch_->onFailure = [this](const std::string& reason) { fail(reason); };
+    watch_->onFailure = [this](const std::string& reason) { failToPlay(reason); };
     watch_->onNotice = [this](const std::string& sentence) { notice(sentence); };
     nextLook_.setSingleShot(true);
     QObject::connect(&nextLook_, &QTimer::timeout, [this] { lookAgain(); });
@@ -197,7 +197,8 @@ void GeneralMIDIEngine::watchSong() {
 // Without a bank, the state of the device is no news.
 void GeneralMIDIEngine::giveUpBank(const std::string& reason) {
     output_->close();
-    fail(reason);
+    if (onFailure)
+        onFailure(reason);
 }
 
 void GeneralMIDIEngine::playOnNewBank() {
@@ -221,9 +222,10 @@ void GeneralMIDIEngine::releaseWhenIdle() {
         output_->silence();
 }
 
-void GeneralMIDIEngine::fail(const std::string& reason) {
-    if (onFailure)
-        onFailure(reason);
+// Nobody misses a device that was only opened ahead.
+void GeneralMIDIEngine::failToPlay(const std::string& reason) const {
+    if (playing_ != nullptr && onOutputFailure)
+        onOutputFailure(reason);
 }
 
 void GeneralMIDIEngine::notice(const std::string& sentence) const {

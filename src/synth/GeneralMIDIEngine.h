@@ -38,9 +38,11 @@ public:
     GeneralMIDIEngine(const GeneralMIDIEngine&) = delete;
     GeneralMIDIEngine& operator=(const GeneralMIDIEngine&) = delete;
 
-    /// Called when no bank can be loaded or no device can be opened, with the reason. Songs cannot
-    /// be played then; a player created later tries again.
+    /// Called when no bank can be loaded, with the reason. Songs cannot be played then; a player created
+    /// later tries again.
     std::function<void(const std::string& reason)> onFailure;
+    /// Called when a song is to play and no device can be opened, with what was tried. To play tries again.
+    std::function<void(const std::string& reason)> onOutputFailure;
     /// Called with a sentence when the device was lost, or is back, and when another bank is used than the
     /// one that was wanted.
     std::function<void(const std::string& sentence)> onNotice;
@@ -87,7 +89,7 @@ private:
     void releaseWhenIdle();
     [[nodiscard]] std::chrono::milliseconds untilNextLook() const;
     [[nodiscard]] const PlaybackBuffer& sound() const { return output_->sound(); }
-    void fail(const std::string& reason);
+    void failToPlay(const std::string& reason) const;
     void notice(const std::string& sentence) const;
 
     GeneralMIDIOptions options_;

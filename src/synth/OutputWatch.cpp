@@ -15,11 +15,10 @@ void OutputWatch::look(bool isPlaying) {
     if (output_.state() == AudioOutput::State::open)
         lookAtOpen(isPlaying);
     else if (output_.state() == AudioOutput::State::failed)
-        lookAtFailed(isPlaying);
+        lookAtFailed();
 }
 
 void OutputWatch::lookAtOpen(bool isPlaying) {
-    hasWorked_ = true;
     if (output_.hasDied()) {
         onNotice("Sound output lost; opening it again");
         wasLost_ = true;
@@ -33,9 +32,9 @@ void OutputWatch::lookAtOpen(bool isPlaying) {
         onNotice("Sound output ran out of sound; underruns so far " + std::to_string(underruns));
 }
 
-void OutputWatch::lookAtFailed(bool isPlaying) {
+void OutputWatch::lookAtFailed() {
     const auto now = std::chrono::steady_clock::now();
-    if (!hasWorked_ || (!isPlaying && !wasLost_)) {
+    if (!wasLost_) {
         const std::string reason = output_.failureReason();
         output_.close();
         onFailure(reason);

@@ -20,7 +20,7 @@ public:
     /// A sentence: the device was lost, is back, or has run out of sound.
     std::function<void(const std::string& sentence)> onNotice;
 
-    /// To be called regularly. A song that plays waits for a device that was lost.
+    /// To be called regularly. A device that was lost is tried again and again, until it is released.
     void look(bool isPlaying);
     /// True while it should be called often.
     [[nodiscard]] bool isWaiting() const {
@@ -31,10 +31,9 @@ public:
 
 private:
     void lookAtOpen(bool isPlaying);
-    void lookAtFailed(bool isPlaying);
+    void lookAtFailed();
 
     AudioOutput& output_;
-    bool hasWorked_ = false;
     bool wasLost_ = false;
     std::uint64_t underruns_ = 0;
     std::chrono::steady_clock::time_point lastAttempt_;

@@ -184,6 +184,10 @@ void MainViewController::fallSilent() {
         session_.player().stop();
 }
 
+void MainViewController::playbackFailed(const std::string& reason) {
+    spokenStatus_.songChanged(toQString(transportCoordinator_.playbackFailed(reason)));
+}
+
 void MainViewController::toggleLoudness() {
     transportCoordinator_.toggleLoudness();
 }

@@ -61,6 +61,9 @@ public:
     /// The song that is loaded cannot be played after all: unloads it and says why.
     void playbackPreparationFailed(const std::string& reason) { session_.playbackPreparationFailed(reason); }
 
+    /// The song is to play and cannot be heard: it rests where it is, and the window says why.
+    void playbackFailed(const std::string& reason);
+
     [[nodiscard]] const MIDIPlayerController& player() const { return session_.player(); }
     /// What has been loaded; null without a song.
     [[nodiscard]] const TambrelLoadedFile* loadedFile() const { return session_.loadedFile(); }

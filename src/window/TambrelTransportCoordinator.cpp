@@ -88,6 +88,7 @@ void TambrelTransportCoordinator::updatePlaybackMode(PlaybackMode mode) {
 
 void TambrelTransportCoordinator::playPause() {
     log_.userAction("Clicked Play/Pause button or menu item", "TambrelTransportCoordinator.playPause");
+    takeFailureBack();
     const bool isToPlay = controls_.player.mode() != PlaybackMode::playing;
     if (isToPlay && controls_.preparation != nullptr && !controls_.preparation->isReady())
         waitToPlay();
@@ -104,6 +105,7 @@ void TambrelTransportCoordinator::waitToPlay() {
 }
 
 void TambrelTransportCoordinator::dropWaitingPlay() {
+    takeFailureBack();
     if (!std::exchange(waitsToPlay_, false))
         return;
     controls_.activityView.setAnimating(false);
@@ -174,9 +176,30 @@ void TambrelTransportCoordinator::reloadFailed(const std::exception& error) {
     const auto loadError =
         TambrelLoadError::playbackPreparationFailed(TambrelLoadError::diagnosticReason(error));
     log_.procedure(preparing, [&loadError] { return loadError.diagnosticDescription(); });
-    controls_.statusLabel.setText(toQString(loadError.statusTitle()),
-                                  toQString(loadError.diagnosticDescription()));
+    showFailure(loadError);
+}
+
+void TambrelTransportCoordinator::showFailure(const TambrelLoadError& error) {
+    controls_.statusLabel.setText(toQString(error.statusTitle()), toQString(error.diagnosticDescription()));
     controls_.beep();
+}
+
+std::string TambrelTransportCoordinator::playbackFailed(const std::string& reason) {
+    const auto error = TambrelLoadError::playbackPreparationFailed(reason);
+    log_.procedure("TambrelTransportCoordinator.playbackFailed",
+                   [&error] { return error.diagnosticDescription(); });
+    if (controls_.player.position() > 0)
+        controls_.player.pause();
+    else
+        controls_.player.stop();
+    statusBeforeFailure_ = controls_.statusLabel.text();
+    showFailure(error);
+    return std::string(error.statusTitle()) + ": " + error.diagnosticDescription();
+}
+
+void TambrelTransportCoordinator::takeFailureBack() {
+    if (const QString status = std::exchange(statusBeforeFailure_, {}); !status.isEmpty())
+        controls_.statusLabel.setText(status);
 }
 
 } // namespace tambrel

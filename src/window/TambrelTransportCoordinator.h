@@ -2,8 +2,11 @@
 
 #include "PlaybackMode.h"
 
+#include <QString>
+
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace tambrel {
 
@@ -15,6 +18,7 @@ class RetroLabel;
 class RetroTimelineView;
 class SevenSegmentCounterView;
 class TambrelBetaLog;
+class TambrelLoadError;
 class TambrelPlaybackState;
 class VariantPreparation;
 
@@ -56,6 +60,9 @@ public:
     void dropWaitingPlay();
     void stop();
     void rtz();
+    /// What plays cannot be heard: it rests where it is, the status says why until something else is to be
+    /// said, and Play tries again. Returns what the status says.
+    std::string playbackFailed(const std::string& reason);
     /// Flips the Loudness switch; it takes effect at the next Play.
     void toggleLoudness();
     /// Shows where the Loudness switch stands.
@@ -69,10 +76,13 @@ private:
     void showSelectedVariant();
     void prepareSelectedPlaybackData();
     void reloadFailed(const std::exception& error);
+    void showFailure(const TambrelLoadError& error);
+    void takeFailureBack();
 
     TransportControls controls_;
     TambrelBetaLog& log_;
     bool waitsToPlay_ = false;
+    QString statusBeforeFailure_; // Empty while nothing has failed to play.
     // The player's callbacks hold this weakly, to know whether the coordinator is still there.
     std::shared_ptr<TambrelTransportCoordinator> alive_{this, [](TambrelTransportCoordinator*) {}};
 };

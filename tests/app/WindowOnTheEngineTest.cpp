@@ -20,8 +20,9 @@ std::string playTitle(PlaybackMode mode) {
 /// The real window on the real player, with a hand that never rests.
 class WindowOnTheEngineTest : public ::testing::Test {
 protected:
-    explicit WindowOnTheEngineTest(std::filesystem::path bank = "/usr/share/sounds/sf2/TimGM6mb.sf2")
-        : engine({.soundBank = std::move(bank), .audioDrivers = {std::string(silentDriverName)}}) {
+    explicit WindowOnTheEngineTest(std::filesystem::path bank = "/usr/share/sounds/sf2/TimGM6mb.sf2",
+                                   std::string driver = std::string(silentDriverName))
+        : engine({.soundBank = std::move(bank), .audioDrivers = {std::move(driver)}}) {
         engine.onFailure = [](const std::string& reason) { ADD_FAILURE() << reason; };
     }
 
@@ -149,6 +150,31 @@ TEST_F(WindowWithoutBankTest, SaysThatThereIsNoneAndKeepsNoSong) {
     ASSERT_TRUE(adopted);
     EXPECT_TRUE(QTest::qWaitFor([&] { return adopted->expired(); }));
     expectAgreement();
+}
+
+struct WindowWithoutSoundTest : WindowOnTheEngineTest {
+    WindowWithoutSoundTest() : WindowOnTheEngineTest("/usr/share/sounds/sf2/TimGM6mb.sf2", "no-such-driver") {
+        engine.onOutputFailure = [this](const std::string& reason) {
+            driven.controller->playbackFailed(reason);
+        };
+    }
+};
+
+TEST_F(WindowWithoutSoundTest, KeepsTheSongAndSaysAtEveryPlayWhatWasTried) {
+    ASSERT_TRUE(driven.load(songs.front()));
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        driven.controller->seek(attempt == 3 ? 0.1 : 0);
+        driven.click("playPauseButton");
+        EXPECT_EQ(driven.label("statusLabel"), "Loaded") << "until it has been tried again";
+        ASSERT_TRUE(QTest::qWaitFor([&] { return driven.beeps == attempt; }, 30'000));
+        EXPECT_EQ(driven.label("statusLabel"), "Playback Error");
+        EXPECT_THAT(driven.label("explanationLabel"), ::testing::HasSubstr("Tried no-such-driver: "));
+        EXPECT_EQ(driven.label("fileLabel"), "a.mid");
+        EXPECT_EQ(driven.controller->player().position(), attempt == 3 ? 0.1 : 0);
+        expectAgreement();
+    }
+    clear();
+    EXPECT_EQ(driven.label("statusLabel"), "READY");
 }
 
 } // namespace

@@ -71,7 +71,8 @@ protected:
     GeneralMIDIEngine& start(GeneralMIDIOptions options = {.soundBank = testBank,
                                                            .audioDrivers = {"silent"}}) {
         engine = std::make_unique<GeneralMIDIEngine>(std::move(options));
-        engine->onFailure = [this](const std::string& reason) { failures.push_back(reason); };
+        engine->onFailure =
+            engine->onOutputFailure = [this](const std::string& reason) { failures.push_back(reason); };
         engine->onNotice = [this](const std::string& notice) { notices.push_back(notice); };
         return *engine;
     }
@@ -308,6 +309,16 @@ TEST_F(GeneralMIDIEngineTest, TheDeviceIsReleasedWhenNothingPlaysAndIsThereAgain
         EXPECT_EQ(server.openDevices, 1);
         if (turn == 1) {
             ASSERT_TRUE(isSoon([&] { return server.openDevices == 0; }));
+            server.isUp = false;
+            player->prepareToPlay();
+            ASSERT_TRUE(isSoon([&] { return server.attempts == 2; }));
+            EXPECT_THAT(failures, IsEmpty()) << "as nobody is to hear anything";
+            player->play({});
+            ASSERT_TRUE(isSoon([&] { return !failures.empty(); }));
+            EXPECT_THAT(std::exchange(failures, {}), ElementsAre("down"));
+            player->stop();
+            server.isUp = true;
+            server.attempts = 1;
         }
     }
     EXPECT_EQ(server.attempts, 2);
