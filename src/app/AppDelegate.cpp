@@ -99,6 +99,8 @@ void AppDelegate::finishLaunching() {
     mainViewController_ = &window_->controller();
     if (services_.didFinishLaunching)
         services_.didFinishLaunching(*mainViewController_);
+    if (const std::string explanation = pending_.takeExplanation(); !explanation.empty())
+        mainViewController_->explain(explanation);
     openPendingMIDIURLs();
     for (const QString& action : pending_.takeActions())
         performAction(action);
@@ -153,6 +155,7 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, A
     if (supported.empty()) {
         log_.procedure(opening, "No supported MIDI URLs found");
         services_.view.beep();
+        explainRefusal(urls);
         return;
     }
     if (!mainViewController_) {
@@ -163,6 +166,17 @@ void AppDelegate::openMIDIURLs(const std::vector<std::filesystem::path>& urls, A
     const std::filesystem::path& first = supported.front();
     log_.procedure(opening, [&] { return "Loading " + UTF8::repaired(first.filename().native()); });
     mainViewController_->load(first, after);
+}
+
+void AppDelegate::explainRefusal(const std::vector<std::filesystem::path>& urls) {
+    if (urls.empty())
+        return;
+    const std::string name = UTF8::repaired(urls.front().filename().native());
+    const std::string why = (name.empty() ? "" : name + ": ") + "Not a file that Tambrel opens.";
+    if (mainViewController_)
+        mainViewController_->explain(why);
+    else
+        pending_.setExplanation(why);
 }
 
 void AppDelegate::openPendingMIDIURLs() {

@@ -94,6 +94,7 @@ private:
     void finishLaunching();
     void openMIDIURLs(const std::vector<std::filesystem::path>& urls, AfterLoad after,
                       const QString& activationToken = {});
+    void explainRefusal(const std::vector<std::filesystem::path>& urls);
     void openPendingMIDIURLs();
 
     AppDelegateServices services_;

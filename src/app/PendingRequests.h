@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -27,13 +28,17 @@ public:
         std::ranges::move(paths, std::back_inserter(files_.paths));
     }
     void addAction(const QString& name) { actions_ << name; }
+    /// Why something has been refused.
+    void setExplanation(std::string text) { explanation_ = std::move(text); }
 
     [[nodiscard]] Files takeFiles() { return std::exchange(files_, {}); }
+    [[nodiscard]] std::string takeExplanation() { return std::exchange(explanation_, {}); }
     [[nodiscard]] QStringList takeActions() { return std::exchange(actions_, {}); }
 
 private:
     Files files_;
     QStringList actions_;
+    std::string explanation_;
 };
 
 } // namespace tambrel

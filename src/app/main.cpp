@@ -26,8 +26,8 @@ int main(int argc, char** argv) {
     prepareForScreenshot(*commandLine);
     const auto identifier = toQString(ApplicationInfo::current().identifier.value_or("tambrel"));
     DesktopApplication desktop(identifier);
-    if (handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
-        return EXIT_SUCCESS;
+    if (const auto done = handOver(*commandLine, desktop, LaunchContext::fromEnvironment()))
+        return *done;
     if (!hasDisplay(argc, argv)) {
         std::cerr << "tambrel: There is no display.\n";
         return EXIT_FAILURE;

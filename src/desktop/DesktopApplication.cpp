@@ -15,7 +15,7 @@ constexpr const char* playKey = "play";
 
 // The D-Bus daemon answers at once. Another program may be busy, but the user is waiting.
 constexpr int busTimeout = 5'000;   // Milliseconds.
-constexpr int otherTimeout = 8'000; // Milliseconds.
+constexpr int otherTimeout = 2'000; // Milliseconds.
 
 QDBusMessage busCall(const char* method) {
     return QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -67,14 +67,18 @@ DesktopApplication::Standing DesktopApplication::claim() {
     return reply.isValid() && reply.value() == isOwnedByAnother ? Standing::another : Standing::alone;
 }
 
-bool DesktopApplication::handOver(const QStringList& uris, const LaunchContext& context) const {
+DesktopApplication::Answer DesktopApplication::handOver(const QStringList& uris,
+                                                        const LaunchContext& context) const {
     auto call = QDBusMessage::createMethodCall(identifier_, path_, interfaceName,
                                                uris.isEmpty() ? "Activate" : "Open");
     call.setAutoStartService(false); // If the other one has just ended, this one takes its place.
     if (!uris.isEmpty())
         call << uris;
     call << platformData(context);
-    return bus_.call(call, QDBus::Block, otherTimeout).type() == QDBusMessage::ReplyMessage;
+    const QDBusMessage reply = bus_.call(call, QDBus::Block, otherTimeout);
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return Answer::taken;
+    return QDBusError(reply).type() == QDBusError::NoReply ? Answer::none : Answer::refused;
 }
 
 void DesktopApplication::release() {

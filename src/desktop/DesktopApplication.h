@@ -43,9 +43,14 @@ public:
     /// Takes a millisecond.
     [[nodiscard]] Standing claim();
 
-    /// Has the first program open these addresses, or only come to the front when there are none. Blocks up
-    /// to 8 seconds. False when it has ended meanwhile or does not answer.
-    [[nodiscard]] bool handOver(const QStringList& uris, const LaunchContext& context) const;
+    enum class Answer {
+        taken,
+        refused, ///< The other program has ended meanwhile, or is about to.
+        none,    ///< It is stuck, and carries the request out if it ever goes on; or it has ended.
+    };
+    /// Has the first program open these addresses, or only come to the front when there are none. Waits two
+    /// seconds for the answer.
+    [[nodiscard]] Answer handOver(const QStringList& uris, const LaunchContext& context) const;
 
     /// Gives the name up before the program ends. From now on every call fails, so that the caller can turn
     /// to the next program, or become it. Does nothing without the name.

@@ -183,6 +183,10 @@ void MainView::showLoading() {
     activityView_->setAnimating(true);
 }
 
+void MainView::explainStatus(const QString& explanation) {
+    showStatus(statusLabel_->text(), explanation);
+}
+
 void MainView::say(const QString& text) {
     announcer_->say(text);
 }

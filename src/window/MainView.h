@@ -61,6 +61,8 @@ public:
     /// Shows a song, or that there is none, all at once.
     void show(const MainViewFacts& facts);
     void showLoading();
+    /// Says more beside the status, until that is another one.
+    void explainStatus(const QString& explanation);
     /// Says it to users who do not see the window.
     void say(const QString& text);
 

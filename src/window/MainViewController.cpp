@@ -184,6 +184,11 @@ void MainViewController::fallSilent() {
         session_.player().stop();
 }
 
+void MainViewController::explain(const std::string& text) {
+    view_->explainStatus(toQString(text));
+    spokenStatus_.songChanged(toQString(text));
+}
+
 void MainViewController::playbackFailed(const std::string& reason) {
     spokenStatus_.songChanged(toQString(transportCoordinator_.playbackFailed(reason)));
 }

@@ -61,6 +61,8 @@ public:
     /// The song that is loaded cannot be played after all: unloads it and says why.
     void playbackPreparationFailed(const std::string& reason) { session_.playbackPreparationFailed(reason); }
 
+    /// Says something beside the status, which stays.
+    void explain(const std::string& text);
     /// The song is to play and cannot be heard: it rests where it is, and the window says why.
     void playbackFailed(const std::string& reason);
 

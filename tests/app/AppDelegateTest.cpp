@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QFileOpenEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -103,7 +104,11 @@ TEST_F(AppDelegateTest, ComesUpWhateverIsOpenedAndHoweverItComes) {
     delegate.window()->installEventFilter(&raises);
     const std::function<void()> ways[] = {
         [&] { delegate.applicationOpen({"file://localhost" + one}, AfterLoad::play, "a token"); },
-        [&] { EXPECT_TRUE(delegate.applicationOpenFile("/a.txt")); },
+        [&] {
+            EXPECT_TRUE(delegate.applicationOpenFile("/a.txt"));
+            EXPECT_EQ(delegate.window()->findChild<QLabel*>("explanationLabel")->text(),
+                      "a.txt: Not a file that Tambrel opens.");
+        },
         [&] {
             QFileOpenEvent event(one);
             QCoreApplication::sendEvent(qApp, &event);

@@ -6,6 +6,8 @@
 #include <QDBusMessage>
 #include <QRegularExpression>
 
+#include <csignal>
+
 namespace tambrel {
 namespace {
 
@@ -226,6 +228,8 @@ TEST_F(SessionBusTest, NeedsADisplayForAWindowOnly) {
     } rows[] = {
         {"a window of its own", {"--new-instance", "song.mid"}, 1, "tambrel: There is no display.\n"},
         {"a window that is there", {"song.mid"}, 0, ""},
+        {"a file that is not", {"none.mid"}, 1, "tambrel: none.mid: No such file or directory\n"},
+        {"one of two", {"none.mid", "song.mid"}, 1, "tambrel: none.mid: No such file or directory\n"},
         {"a picture", {"--screenshot", "a.png", "song.mid"}, 0, ""},
     };
     for (const auto& row : rows) {
@@ -277,14 +281,23 @@ TEST_F(SessionBusTest, LosesNothingThatComesWhenTheWindowHasBeenClosed) {
     QDBusConnection::disconnectFromBus("asking");
 }
 
-TEST_F(SessionBusTest, HasAWindowOfItsOwnWhereTheOwnerOfTheNameDoesNotAnswer) {
+TEST_F(SessionBusTest, HasAWindowOfItsOwnWhereTheFirstIsStuckWhichIsAskedOnce) {
+    const std::string opened = "User Action: Opened Tambrel from Finder with 1 URL(s)";
     session.writeSong("a.mid");
-    auto mute = QDBusConnection::connectToBus(session.busAddress(), "mute");
-    EXPECT_TRUE(mute.registerService(DesktopSession::identifier));
-    const auto tambrel = session.start({"a.mid"});
+    const auto first = session.start({});
+    ASSERT_TRUE(session.logs(begun));
+    kill(static_cast<pid_t>(first->processId()), SIGSTOP);
+    const auto second = session.start({"a.mid"});
     EXPECT_TRUE(session.logs("Loaded a.mid; "));
-    expectNormalEnd(*tambrel);
-    QDBusConnection::disconnectFromBus("mute");
+    EXPECT_EQ(DesktopSession::end(*second), 0);
+    EXPECT_EQ(DesktopSession::errorsOf(*second),
+              "tambrel: The window that is open does not answer; this is another one.\n");
+    kill(static_cast<pid_t>(first->processId()), SIGCONT);
+    EXPECT_TRUE(session.logs(opened));
+    EXPECT_EQ(session.run({"a.mid"}).status, 0);
+    EXPECT_TRUE(session.logs(opened, 2));
+    EXPECT_EQ(session.count(opened), 2);
+    expectNormalEnd(*first);
 }
 
 TEST_F(SessionBusTest, ReopensWhereItWas) {
