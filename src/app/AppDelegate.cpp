@@ -189,13 +189,14 @@ void AppDelegate::openPendingMIDIURLs() {
 
 void AppDelegate::performAction(const QString& name) {
     if (!mainViewController_)
-        pending_.addAction(name);
-    else if (name == "play-pause")
-        mainViewController_->playPause();
+        return pending_.addAction(name);
+    log_.userAction([&] { return "Desktop asked for " + name.toStdString(); }, "AppDelegate.performAction");
+    if (name == "play-pause")
+        mainViewController_->carryOutPlayPause();
     else if (name == "stop")
-        mainViewController_->stop();
+        mainViewController_->carryOutStop();
     else if (name == "open")
-        mainViewController_->openFile();
+        mainViewController_->carryOutOpen();
 }
 
 void AppDelegate::raiseWindow(const QString& activationToken) {

@@ -68,7 +68,7 @@ public:
     void applicationOpenFiles(const std::vector<std::filesystem::path>& paths,
                               AfterLoad after = AfterLoad::wait);
 
-    /// Carries out "play-pause", "stop" or "open"; no other name does anything.
+    /// Carries out "play-pause", "stop" or "open", which the desktop asks for; no other name does anything.
     void performAction(const QString& name);
 
     /// Brings the window to the front, also from an icon; `activationToken` is what the one who wants that

@@ -2,9 +2,12 @@
 
 #include "AppDelegate.h"
 #include "ApplicationInfo.h"
+#include "DecimalText.h"
 #include "LocalPath.h"
 #include "MainViewController.h"
 #include "QtText.h"
+#include "TambrelBetaLog.h"
+#include "UTF8.h"
 
 #include <QGuiApplication>
 
@@ -50,12 +53,13 @@ QString portalIdentifier(const QWidget& window) {
 
 DesktopMediaControls::DesktopMediaControls(QWidget& window, std::function<void()> raise,
                                            MainViewController& controller, VolumeControl volume,
-                                           LoopControl loop, const QDBusConnection& bus)
+                                           LoopControl loop, TambrelBetaLog& log, const QDBusConnection& bus)
     : window_(window),
       raise_(std::move(raise)),
       controller_(controller),
       volume_(std::move(volume)),
       loop_(std::move(loop)),
+      log_(log),
       service_(toQString(ApplicationInfo::current().identifier.value_or("")), controls(), state(), bus),
       inhibitor_(portalIdentifier(window), "A song is playing", bus) {
     controller_.onPlaybackChange = [this](PlaybackChange change) { follow(change); };
@@ -90,20 +94,52 @@ MediaPlayerState DesktopMediaControls::state() const {
 
 MediaPlayerControls DesktopMediaControls::controls() {
     return {
-        .playPause = [this] { controller_.playPause(); },
-        .stop = [this] { controller_.stop(); },
-        .seek = [this](microseconds place) { controller_.seek(toSeconds(place)); },
+        .play =
+            [this] {
+                note("play", "play");
+                controller_.carryOutPlay();
+            },
+        .pause =
+            [this] {
+                note("pause", "pause");
+                controller_.carryOutPause();
+            },
+        .playPause =
+            [this] {
+                note("playPause", "play or pause");
+                return controller_.carryOutPlayPause();
+            },
+        .stop =
+            [this] {
+                note("stop", "stop");
+                controller_.carryOutStop();
+            },
+        .seek =
+            [this](microseconds place) {
+                note("seek", "seek to " + decimalText(toSeconds(place)));
+                controller_.seek(toSeconds(place));
+            },
         .position = [this] { return toMicroseconds(controller_.player().position()); },
         .open = [this](const QUrl& url) { return open(url); },
         .setVolume = [this](double volume) { volume_.set(volume); },
-        .setLooping = [this](bool isLooping) { loop_.set(isLooping); },
+        .setLooping =
+            [this](bool isLooping) {
+                note("setLooping", isLooping ? "loop" : "end the loop");
+                loop_.set(isLooping);
+            },
         .raise = raise_,
         .quit = [this] { window_.close(); },
     };
 }
 
+void DesktopMediaControls::note(const char* control, const std::string& wish) {
+    log_.userAction([&] { return "Desktop asked to " + wish; },
+                    std::string("DesktopMediaControls.") + control);
+}
+
 bool DesktopMediaControls::open(const QUrl& url) {
     const std::filesystem::path file = localPath(url);
+    note("open", "open " + UTF8::repaired(file.filename().native()));
     if (!AppDelegate::isSupportedMIDIURL(file))
         return false;
     controller_.load(file, AfterLoad::play);

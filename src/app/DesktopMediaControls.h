@@ -8,12 +8,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 class QWidget;
 
 namespace tambrel {
 
 class MainViewController;
+class TambrelBetaLog;
 
 /// The volume of the user, from 0 to 1.
 struct VolumeControl {
@@ -28,13 +30,15 @@ struct LoopControl {
 };
 
 /// Joins the main view to the desktop: media keys and player controls do what the buttons do, through the
-/// same transport, and the computer does not suspend itself while a song plays. Main thread only.
+/// same transport and with log lines of their own, and the computer does not suspend itself while a song
+/// plays. Main thread only.
 class DesktopMediaControls {
 public:
-    /// Both outlive the controls; `window` is the one that has the main view in it, and has been shown.
+    /// All outlive the controls; `window` is the one that has the main view in it, and has been shown.
     /// `raise` brings it to the front.
     DesktopMediaControls(QWidget& window, std::function<void()> raise, MainViewController& controller,
-                         VolumeControl volume, LoopControl loop, const QDBusConnection& bus);
+                         VolumeControl volume, LoopControl loop, TambrelBetaLog& log,
+                         const QDBusConnection& bus);
     ~DesktopMediaControls();
     DesktopMediaControls(const DesktopMediaControls&) = delete;
     DesktopMediaControls& operator=(const DesktopMediaControls&) = delete;
@@ -46,6 +50,7 @@ private:
     void follow(PlaybackChange change);
     [[nodiscard]] MediaPlayerState state() const;
     [[nodiscard]] MediaPlayerControls controls();
+    void note(const char* control, const std::string& wish);
     [[nodiscard]] bool open(const QUrl& url);
 
     QWidget& window_;
@@ -53,6 +58,7 @@ private:
     MainViewController& controller_;
     VolumeControl volume_;
     LoopControl loop_;
+    TambrelBetaLog& log_;
     std::uint64_t songNumber_ = 0;
     MPRISService service_;
     SuspendInhibitor inhibitor_;

@@ -159,7 +159,7 @@ void Program::didFinishLaunching(MainViewController& view) {
             VolumeControl{[this] { return engine_.volume(); }, [this](double volume) { setVolume(volume); }},
             LoopControl{[this] { return engine_.isLooping(); },
                         [this](bool isLooping) { setLooping(isLooping); }},
-            sessionBus());
+            log_, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     engine_.onOutputFailure = [this](const std::string& reason) { view_->playbackFailed(reason); };
     if (picture_.isOn())

@@ -47,19 +47,8 @@ QVariantMap MPRISPlayer::metadata() const {
             {"xesam:url", QString::fromLatin1(state_.song->address)}};
 }
 
-void MPRISPlayer::Play() const {
-    if (state_.status != MediaPlayerStatus::playing)
-        controls_.playPause();
-}
-
-void MPRISPlayer::Pause() const {
-    if (state_.status == MediaPlayerStatus::playing)
-        controls_.playPause();
-}
-
 void MPRISPlayer::PlayPause(const QDBusMessage& call) const {
-    controls_.playPause();
-    if (!hasSong())
+    if (!controls_.playPause())
         refuse(call, "There is no song.");
 }
 

@@ -94,8 +94,8 @@ public:
 
     Q_SLOT void Next() const {}
     Q_SLOT void Previous() const {}
-    Q_SLOT void Play() const;
-    Q_SLOT void Pause() const;
+    Q_SLOT void Play() const { controls_.play(); }
+    Q_SLOT void Pause() const { controls_.pause(); }
     Q_SLOT void PlayPause(const QDBusMessage& call) const;
     Q_SLOT void Stop() const { controls_.stop(); }
     Q_SLOT void Seek(qlonglong Offset) const;

@@ -31,7 +31,11 @@ struct MediaPlayerState {
 
 /// What the desktop may ask of a media player. All are set, and called on the main thread.
 struct MediaPlayerControls {
-    std::function<void()> playPause;
+    // A song that is on its way counts: it plays when it is there, or does not.
+    std::function<void()> play;
+    std::function<void()> pause;
+    /// False without a song.
+    std::function<bool()> playPause;
     std::function<void()> stop;
     /// Moves the playhead to a place within the song.
     std::function<void(std::chrono::microseconds)> seek;

@@ -16,6 +16,8 @@
 namespace tambrel {
 namespace {
 
+constexpr std::string_view openingFile = "MainViewController.openFile";
+
 MainViewFacts factsOf(const TambrelLoadedFile& file, double duration) {
     const MIDIFileInfo& info = file.info;
     MainViewFacts facts{.file = toQString(file.fileName),
@@ -119,7 +121,7 @@ SongSessionEvents MainViewController::sessionEvents() {
                     if (services_.loadFinished)
                         services_.loadFinished(failure);
                 },
-            .playWanted = [this] { playPause(); }};
+            .playWanted = [this] { transportCoordinator_.carryOutPlayPause(); }};
 }
 
 void MainViewController::showLoaded(const TambrelLoadedFile& file) {
@@ -144,14 +146,17 @@ void MainViewController::load(const std::filesystem::path& url, AfterLoad after)
 }
 
 void MainViewController::openFile() {
-    constexpr std::string_view name = "MainViewController.openFile";
-    log_.userAction("Clicked Open MIDI File menu item", name);
+    log_.userAction("Clicked Open MIDI File menu item", openingFile);
+    carryOutOpen();
+}
+
+void MainViewController::carryOutOpen() {
     const auto file = services_.chooseFile(loadedFile() ? loadedFile()->url : std::filesystem::path());
     if (!file) {
-        log_.procedure(name, "Open MIDI File panel cancelled");
+        log_.procedure(openingFile, "Open MIDI File panel cancelled");
         return;
     }
-    log_.procedure(name,
+    log_.procedure(openingFile,
                    [&file] { return "Open panel selected " + UTF8::repaired(file->filename().native()); });
     load(*file);
 }
@@ -163,14 +168,47 @@ void MainViewController::clearLoadedMIDI() {
 
 void MainViewController::playPause() {
     if (player().mode() == PlaybackMode::playing)
-        session_.waitAfterLoad();
+        session_.setAfterLoad(AfterLoad::wait);
     transportCoordinator_.playPause();
 }
 
+bool MainViewController::carryOutPlayPause() {
+    const bool isToPlay = session_.isLoading() && session_.afterLoad() == AfterLoad::play;
+    if (player().mode() == PlaybackMode::playing || isToPlay)
+        carryOutPause();
+    else
+        carryOutPlay();
+    return session_.isLoading() || loadedFile() != nullptr;
+}
+
+void MainViewController::carryOutPlay() {
+    if (player().mode() == PlaybackMode::playing)
+        return;
+    if (session_.isLoading())
+        session_.setAfterLoad(AfterLoad::play);
+    else
+        transportCoordinator_.carryOutPlayPause();
+}
+
+void MainViewController::carryOutPause() {
+    session_.setAfterLoad(AfterLoad::wait);
+    if (player().mode() == PlaybackMode::playing)
+        transportCoordinator_.carryOutPlayPause();
+}
+
 void MainViewController::stop() {
-    session_.waitAfterLoad();
-    spokenStatus_.stopping();
+    noteStop();
     transportCoordinator_.stop();
+}
+
+void MainViewController::carryOutStop() {
+    noteStop();
+    transportCoordinator_.carryOutStop();
+}
+
+void MainViewController::noteStop() {
+    session_.setAfterLoad(AfterLoad::wait);
+    spokenStatus_.stopping();
 }
 
 void MainViewController::rtz() {
@@ -178,7 +216,7 @@ void MainViewController::rtz() {
 }
 
 void MainViewController::fallSilent() {
-    session_.waitAfterLoad();
+    session_.setAfterLoad(AfterLoad::wait);
     session_.dropWhatWaits();
     if (player().mode() == PlaybackMode::playing)
         session_.player().stop();

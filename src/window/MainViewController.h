@@ -46,12 +46,21 @@ public:
     /// Begins to load a file; what was being loaded is dropped. A song that is to play does not when the
     /// user stops or pauses while it is loading.
     void load(const std::filesystem::path& url, AfterLoad after = AfterLoad::wait);
-    /// Asks for a file and loads it.
+    // What the buttons and the menu do; each logs the click.
     void openFile();
     void clearLoadedMIDI();
     void playPause();
     void stop();
     void rtz();
+    // The same, for whoever else asks. A song that is loading is played when it is there, unless it was to
+    // play already.
+    /// Asks for a file and loads it.
+    void carryOutOpen();
+    /// False without a song to play.
+    bool carryOutPlayPause();
+    void carryOutPlay();
+    void carryOutPause();
+    void carryOutStop();
     /// Ends what plays, and what is to play when it is loaded, for the program ends.
     void fallSilent();
     void toggleLoudness();
@@ -76,6 +85,7 @@ public:
 private:
     [[nodiscard]] MainView* makeView();
     [[nodiscard]] SongSessionEvents sessionEvents();
+    void noteStop();
     void showLoaded(const TambrelLoadedFile& file);
     void showFailure(const TambrelLoadError& error);
     void report(PlaybackChange change);

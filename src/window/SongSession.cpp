@@ -30,6 +30,7 @@ void SongSession::load(const std::filesystem::path& url, AfterLoad after) {
     log_.function(loading, [&url] { return "Loading MIDI file " + UTF8::repaired(url.filename().native()); });
     const std::int64_t generation = loadCoordinator_.begin();
     afterLoad_ = after;
+    isLoading_ = true;
     dropWhatWaits();
     events_.loading();
     const std::stop_source task;
@@ -40,6 +41,7 @@ void SongSession::load(const std::filesystem::path& url, AfterLoad after) {
 
 void SongSession::takeOutcome(std::int64_t generation, const LoadOutcome& outcome) {
     if (generation == loadCoordinator_.generation()) {
+        isLoading_ = false;
         try {
             if (outcome.error)
                 std::rethrow_exception(outcome.error);
@@ -107,15 +109,20 @@ void SongSession::fail(const std::exception& error) {
 }
 
 void SongSession::playbackPreparationFailed(const std::string& reason) {
-    loadCoordinator_.cancel();
+    cancelLoad();
     fail(TambrelLoadError::playbackPreparationFailed(reason));
 }
 
 void SongSession::clear() {
-    loadCoordinator_.cancel();
+    cancelLoad();
     forgetSong();
     events_.cleared();
     replaceSong(nullptr);
+}
+
+void SongSession::cancelLoad() {
+    loadCoordinator_.cancel();
+    isLoading_ = false;
 }
 
 void SongSession::dropWhatWaits() {

@@ -56,8 +56,10 @@ public:
 
     /// Begins to load a file; what was being loaded is dropped.
     void load(const std::filesystem::path& url, AfterLoad after);
-    /// A song that is loading will not play by itself.
-    void waitAfterLoad() { afterLoad_ = AfterLoad::wait; }
+    [[nodiscard]] bool isLoading() const { return isLoading_; }
+    /// What becomes of a song that is loading.
+    [[nodiscard]] AfterLoad afterLoad() const { return afterLoad_; }
+    void setAfterLoad(AfterLoad after) { afterLoad_ = after; }
     /// Stops all preparation of the present song; it does not begin to play by itself.
     void dropWhatWaits();
     /// Ends the song, and what is loading.
@@ -80,6 +82,7 @@ private:
     void logImport(const TambrelLoadedFile& file);
     void takePlaybackData(LoadedSong& song);
     void fail(const std::exception& error);
+    void cancelLoad();
     void forgetSong();
     void replaceSong(std::shared_ptr<const LoadedSong> song);
 
@@ -93,6 +96,7 @@ private:
     SongLoader loader_;
     VariantPreparation preparation_{loader_, playbackState_};
     AfterLoad afterLoad_ = AfterLoad::wait; // Of the newest load.
+    bool isLoading_ = false;
 };
 
 } // namespace tambrel

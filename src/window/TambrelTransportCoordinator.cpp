@@ -88,6 +88,10 @@ void TambrelTransportCoordinator::updatePlaybackMode(PlaybackMode mode) {
 
 void TambrelTransportCoordinator::playPause() {
     log_.userAction("Clicked Play/Pause button or menu item", "TambrelTransportCoordinator.playPause");
+    carryOutPlayPause();
+}
+
+void TambrelTransportCoordinator::carryOutPlayPause() {
     takeFailureBack();
     const bool isToPlay = controls_.player.mode() != PlaybackMode::playing;
     if (isToPlay && controls_.preparation != nullptr && !controls_.preparation->isReady())
@@ -124,6 +128,10 @@ void TambrelTransportCoordinator::showSelectedVariant() {
 
 void TambrelTransportCoordinator::stop() {
     log_.userAction("Clicked Stop button or menu item", "TambrelTransportCoordinator.stop");
+    carryOutStop();
+}
+
+void TambrelTransportCoordinator::carryOutStop() {
     dropWaitingPlay();
     controls_.player.stop();
 }

@@ -53,13 +53,17 @@ public:
     /// Installs the player's callbacks, which do nothing to the controls once the coordinator is gone.
     void wirePlayer();
 
-    /// A Play that comes before the selected variant is there is carried out as soon as it is; `stop`, or the
-    /// switch turned, takes it back.
+    // What the buttons and the menu do; each logs the click.
     void playPause();
-    /// Takes back a Play that waits.
-    void dropWaitingPlay();
     void stop();
     void rtz();
+    // The same, for whoever else asks.
+    /// A Play that comes before the selected variant is there is carried out as soon as it is; `stop`, or the
+    /// switch turned, takes it back.
+    void carryOutPlayPause();
+    void carryOutStop();
+    /// Takes back a Play that waits.
+    void dropWaitingPlay();
     /// What plays cannot be heard: it rests where it is, the status says why until something else is to be
     /// said, and Play tries again. Returns what the status says.
     std::string playbackFailed(const std::string& reason);

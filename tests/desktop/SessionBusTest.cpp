@@ -255,10 +255,21 @@ TEST_F(SessionBusTest, NeedsADisplayForAWindowOnly) {
 TEST_F(SessionBusTest, LosesNothingThatTheBusBringsAtItsStart) {
     session.makeActivatable();
     session.writeSong("a.mid");
-    EXPECT_EQ(session.callApplication("Open", {"['" + address("a.mid") + "']", "{}"}).status, 0);
+    auto bus = QDBusConnection::connectToBus(session.busAddress(), "asking");
+    const auto ask = [&bus](const char* method, const QVariantList& words) {
+        auto call = QDBusMessage::createMethodCall(DesktopSession::identifier, DesktopSession::objectPath,
+                                                   "org.freedesktop.Application", method);
+        call.setArguments(words);
+        bus.send(call);
+    };
+    ask("Open", {QStringList(address("a.mid")), QVariantMap()});
+    ask("ActivateAction", {"play-pause", QVariantList(), QVariantMap()});
     EXPECT_TRUE(session.logs("Loaded a.mid; "));
+    EXPECT_TRUE(session.logs(plays)) << "when it is there";
+    EXPECT_EQ(session.count("User Action: Clicked"), 0);
     EXPECT_EQ(session.callPlayer("org.mpris.MediaPlayer2.Quit").status, 0);
     EXPECT_TRUE(session.logs("Application Session Ended Normally"));
+    QDBusConnection::disconnectFromBus("asking");
 }
 
 TEST_F(SessionBusTest, LosesNothingThatComesWhenTheWindowHasBeenClosed) {
