@@ -8,7 +8,8 @@
 
 namespace tambrel {
 
-/// Reads regular files as a whole. Any thread; blocks on the disk.
+/// Reads regular files as a whole. Any thread; blocks on the disk until a stop is requested: then it returns
+/// at once, and a read that stalls is left behind on a thread of its own.
 namespace WholeFile {
 
 /// A larger file is refused: 2 GiB less one byte.

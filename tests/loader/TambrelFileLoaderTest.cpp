@@ -9,6 +9,8 @@
 
 #include <csignal>
 #include <functional>
+#include <future>
+#include <semaphore>
 #include <system_error>
 
 #include <fcntl.h>
@@ -196,6 +198,24 @@ TEST(TambrelLoadCoordinator, numbersTheLoadsAndStopsThoseThatAreOutdatedCancelle
     coordinator->setTask(left);
     coordinator.reset();
     EXPECT_TRUE(left.stop_requested());
+}
+
+TEST(TambrelFileLoader, leavesAReadThatStallsBehind) {
+    static std::binary_semaphore stalls(0), goesOn(0); // Of a thread that may outlive the test.
+    const TestFiles files;
+    const auto song = files.write("a.mid", smfBytes(0, 480, {TrackBuilder().noteOn(0, 0, 60)}));
+    afterStat = [] {
+        stalls.release();
+        goesOn.acquire();
+    };
+    std::stop_source task;
+    auto load = std::async(std::launch::async, TambrelFileLoader::load, song, task.get_token(), nullptr);
+    stalls.acquire();
+    task.request_stop();
+    EXPECT_EQ(load.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+    EXPECT_EQ(failure(song), "none") << "although the other one still stalls";
+    goesOn.release();
+    EXPECT_THROW(load.get(), TambrelLoadCancelled);
 }
 
 } // namespace
