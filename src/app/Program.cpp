@@ -162,6 +162,7 @@ void Program::didFinishLaunching(MainViewController& view) {
             log_, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     engine_.onOutputFailure = [this](const std::string& reason) { view_->playbackFailed(reason); };
+    engine_.onOutputLoss = [this](bool isLost) { view_->showOutputLoss(isLost); };
     if (picture_.isOn())
         picture_.begin(view);
 }

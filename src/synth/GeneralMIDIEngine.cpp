@@ -99,6 +99,10 @@ GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
     watch_.emplace(*output_);
     watch_->onFailure = [this](const std::string& reason) { failToPlay(reason); };
     watch_->onNotice = [this](const std::string& sentence) { notice(sentence); };
+    watch_->onLoss = [this](bool isLost) {
+        if (onOutputLoss)
+            onOutputLoss(isLost);
+    };
     nextLook_.setSingleShot(true);
     QObject::connect(&nextLook_, &QTimer::timeout, [this] { lookAgain(); });
 }

@@ -46,6 +46,9 @@ public:
     /// Called with a sentence when the device was lost, or is back, and when another bank is used than the
     /// one that was wanted.
     std::function<void(const std::string& sentence)> onNotice;
+    /// Called when the device was lost and is waited for, and when that is over: it is back, or nothing has
+    /// played for some time.
+    std::function<void(bool isLost)> onOutputLoss;
 
     /// Begins to load the bank, unless that was done. Throws SoundBankError when there is none.
     void loadSoundBank() { bank_.load(); }

@@ -21,12 +21,13 @@ void OutputWatch::look(bool isPlaying) {
 void OutputWatch::lookAtOpen(bool isPlaying) {
     if (output_.hasDied()) {
         onNotice("Sound output lost; opening it again");
-        wasLost_ = true;
+        setLost(true);
         output_.reopen();
         return;
     }
-    if (std::exchange(wasLost_, false))
+    if (isLost_)
         onNotice("Sound output opened again");
+    setLost(false);
     const std::uint64_t underruns = output_.underruns();
     if (std::exchange(underruns_, underruns) < underruns && isPlaying)
         onNotice("Sound output ran out of sound; underruns so far " + std::to_string(underruns));
@@ -34,20 +35,24 @@ void OutputWatch::lookAtOpen(bool isPlaying) {
 
 void OutputWatch::lookAtFailed() {
     const auto now = std::chrono::steady_clock::now();
-    if (!wasLost_) {
+    if (!isLost_) {
         const std::string reason = output_.failureReason();
         output_.close();
         onFailure(reason);
     } else if (now - lastAttempt_ > retryInterval) {
         lastAttempt_ = now;
-        wasLost_ = true;
         output_.reopen();
     }
 }
 
 void OutputWatch::release() {
-    wasLost_ = false;
+    setLost(false);
     output_.close();
+}
+
+void OutputWatch::setLost(bool isLost) {
+    if (std::exchange(isLost_, isLost) != isLost && onLoss)
+        onLoss(isLost);
 }
 
 } // namespace tambrel

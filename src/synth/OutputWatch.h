@@ -19,6 +19,8 @@ public:
     std::function<void(const std::string& reason)> onFailure;
     /// A sentence: the device was lost, is back, or has run out of sound.
     std::function<void(const std::string& sentence)> onNotice;
+    /// The device was lost and is waited for, or that is over. May be empty.
+    std::function<void(bool isLost)> onLoss;
 
     /// To be called regularly. A device that was lost is tried again and again, until it is released.
     void look(bool isPlaying);
@@ -32,9 +34,10 @@ public:
 private:
     void lookAtOpen(bool isPlaying);
     void lookAtFailed();
+    void setLost(bool isLost);
 
     AudioOutput& output_;
-    bool wasLost_ = false;
+    bool isLost_ = false;
     std::uint64_t underruns_ = 0;
     std::chrono::steady_clock::time_point lastAttempt_;
 };

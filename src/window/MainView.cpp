@@ -87,23 +87,29 @@ void MainView::buildInterface() {
     wireViews();
 }
 
-// Explains every status below the file's label, without repeating what that says.
 void MainView::buildExplanation() {
     namespace Layout = MainViewLayout;
-    const QPoint panel = Layout::dropPanel.topLeft();
-    auto* label = addView<RetroLabel>(dropPanel_, "explanationLabel", Layout::explanation.translated(-panel),
-                                      QString(), RetroTheme::small(), Qt::AlignHCenter | Qt::AlignTop);
-    label->setOverflow(RetroLabelOverflow::wrapThenTruncate);
-    label->hide();
-    statusLabel_->onExplanation = [this, label, panel](const QString& explanation) {
-        const bool isThere = !explanation.isEmpty();
-        QString said = fileLabel_->text();
-        said.chop(1); // The full stop.
-        said += ": ";
-        label->setText(explanation.startsWith(said) ? explanation.sliced(said.size()) : explanation);
-        label->setVisible(isThere);
-        fileLabel_->setGeometry((isThere ? Layout::explainedFile : Layout::file).translated(-panel));
-    };
+    explanationLabel_ = addView<RetroLabel>(dropPanel_, "explanationLabel",
+                                            Layout::explanation.translated(-Layout::dropPanel.topLeft()),
+                                            QString(), RetroTheme::small(), Qt::AlignHCenter | Qt::AlignTop);
+    explanationLabel_->setOverflow(RetroLabelOverflow::wrapThenTruncate);
+    explanationLabel_->hide();
+    statusLabel_->onExplanation = [this](const QString&) { showExplanation(); };
+}
+
+// Explains every status below the file's label, without repeating what that says.
+void MainView::showExplanation() {
+    namespace Layout = MainViewLayout;
+    const QString ofStatus = statusLabel_->accessibleDescription();
+    const QString explanation = ofStatus.isEmpty() ? notice_ : ofStatus;
+    const bool isThere = !explanation.isEmpty();
+    QString said = fileLabel_->text();
+    said.chop(1); // The full stop.
+    said += ": ";
+    explanationLabel_->setText(explanation.startsWith(said) ? explanation.sliced(said.size()) : explanation);
+    explanationLabel_->setVisible(isThere);
+    fileLabel_->setGeometry(
+        (isThere ? Layout::explainedFile : Layout::file).translated(-Layout::dropPanel.topLeft()));
 }
 
 void MainView::buildLabels() {
@@ -185,6 +191,11 @@ void MainView::showLoading() {
 
 void MainView::explainStatus(const QString& explanation) {
     showStatus(statusLabel_->text(), explanation);
+}
+
+void MainView::showNotice(const QString& notice) {
+    notice_ = notice;
+    showExplanation();
 }
 
 void MainView::say(const QString& text) {

@@ -63,6 +63,8 @@ public:
     void showLoading();
     /// Says more beside the status, until that is another one.
     void explainStatus(const QString& explanation);
+    /// Shows a sentence below the file for as long as no status has an explanation of its own; or none.
+    void showNotice(const QString& notice);
     /// Says it to users who do not see the window.
     void say(const QString& text);
 
@@ -72,6 +74,7 @@ public:
 private:
     void buildInterface();
     void buildExplanation();
+    void showExplanation();
     void buildLabels();
     void buildButtons();
     void wireViews();
@@ -79,10 +82,12 @@ private:
     void showTexts(const MainViewFacts& facts);
 
     const MainViewActions actions_;
+    QString notice_;
 
     // Children, owned by this widget.
     DropTargetPanel* dropPanel_;
     RetroLabel* fileLabel_;
+    RetroLabel* explanationLabel_;
     RetroLabel* statusLabel_;
     SevenSegmentCounterView* counterView_;
     QWidget* logoView_;

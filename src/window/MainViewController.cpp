@@ -141,6 +141,12 @@ void MainViewController::showFailure(const TambrelLoadError& error) {
     services_.beep();
 }
 
+void MainViewController::showOutputLoss(bool isLost) {
+    const QString notice = "Sound output lost; waiting for it to come back";
+    view_->showNotice(isLost ? notice : QString());
+    view_->say(isLost ? notice : QString("Sound output is back"));
+}
+
 void MainViewController::load(const std::filesystem::path& url, AfterLoad after) {
     session_.load(url, after);
 }

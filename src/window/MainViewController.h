@@ -69,6 +69,8 @@ public:
 
     /// The song that is loaded cannot be played after all: unloads it and says why.
     void playbackPreparationFailed(const std::string& reason) { session_.playbackPreparationFailed(reason); }
+    /// The sound output was lost and is waited for, or that is over.
+    void showOutputLoss(bool isLost);
 
     /// Says something beside the status, which stays.
     void explain(const std::string& text);

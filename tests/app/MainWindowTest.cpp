@@ -136,6 +136,16 @@ TEST_F(MainWindowTest, ExplainsAFailureWhereItNamesIt) {
     EXPECT_FALSE(driven.view("explanationLabel").isVisible());
     driven.controller->playbackPreparationFailed("no device");
     EXPECT_EQ(driven.label("explanationLabel"), "no device") << "the file's label says the rest";
+
+    driven.controller->showOutputLoss(true);
+    EXPECT_EQ(driven.label("explanationLabel"), "no device") << "while there is something worse to say";
+    for (int song = 1; song <= 2; ++song) {
+        ASSERT_TRUE(driven.load(files.write("song.mid", smallSong())));
+        EXPECT_EQ(driven.label("explanationLabel"), "Sound output lost; waiting for it to come back");
+        EXPECT_TRUE(driven.view("explanationLabel").isVisible());
+    }
+    driven.controller->showOutputLoss(false);
+    EXPECT_FALSE(driven.view("explanationLabel").isVisible());
 }
 
 TEST_F(MainWindowTest, RepaintsOnlyWhatATickChanges) {

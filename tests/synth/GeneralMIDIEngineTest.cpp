@@ -74,6 +74,7 @@ protected:
         engine->onFailure =
             engine->onOutputFailure = [this](const std::string& reason) { failures.push_back(reason); };
         engine->onNotice = [this](const std::string& notice) { notices.push_back(notice); };
+        engine->onOutputLoss = [this](bool isLost) { notices.emplace_back(isLost ? "lost" : "back"); };
         return *engine;
     }
     GeneralMIDIEngine& startOnServer() {
@@ -290,9 +291,9 @@ TEST_F(GeneralMIDIEngineTest, ALostDeviceIsOpenedAgainAndTheSongGoesOn) {
             EXPECT_GE(player->currentPosition(), lostAt);
             return player->currentPosition() > lostAt;
         }));
-        ASSERT_TRUE(isSoon([&] { return notices.size() == 2; }));
-        EXPECT_THAT(std::exchange(notices, {}),
-                    ElementsAre("Sound output lost; opening it again", "Sound output opened again"));
+        ASSERT_TRUE(isSoon([&] { return notices.size() == 4; }));
+        EXPECT_THAT(std::exchange(notices, {}), ElementsAre("Sound output lost; opening it again", "lost",
+                                                            "Sound output opened again", "back"));
         EXPECT_EQ(server.openDevices, 1);
         server.attempts = 1;
     }
