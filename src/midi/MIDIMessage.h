@@ -25,7 +25,16 @@ enum class SystemMessage : std::uint8_t {
     // Of a key in all channels; always sent as a pair, in this order.
     keyTuning,         ///< The key `data2` sounds at the semitone `data3`,
     keyTuningFraction, ///< and `data3` parts of 128 above.
+    // Of the drum with the key `data2` in the first drum setup; `data3` is the value.
+    drumPitch,                       ///< Semitones; 64 is none.
+    drumLevel,                       ///< 127 is as the sound bank has it.
+    drumPan,                         ///< 1 is left, 64 the middle, 127 right; 0 as the sound bank has it.
+    drumReverb,                      ///< Parts of 127 of what the channel sends.
+    drumChorus,                      ///< The same.
+    secondDrumPitch,                 ///< The same five of the second setup.
+    lastDrumSetting = drumPitch + 9, ///< The second setup's chorus.
     // Of the channel `data2`; `data3` is the value.
+    bendRange,       ///< Semitones.
     keyShift,        ///< Semitones; 64 is none.
     modulationDepth, ///< Depth of the full modulation wheel, in tens of cents.
     scaleTuning,     ///< Cents of every C, 64 being none; the kinds that follow are of C#, D, up to B.

@@ -86,17 +86,17 @@ void ChasedState::applySetting(MIDIMessage message) {
         channels_[message.data2 & 0x0F].ofPart[kind - firstOfPart] = message.data3;
     else if (kind >= firstMaster && kind < firstMaster + masterKinds)
         master_[kind - firstMaster] = message;
-    else if (message.systemKind() == SystemMessage::keyTuning)
-        keyTuning_[message.data2 & 0x7F] = message.data3;
-    else if (message.systemKind() == SystemMessage::keyTuningFraction)
-        keyTuningFraction_[message.data2 & 0x7F] = message.data3;
+    else if (kind >= firstOfKey && kind < firstOfKey + kindsOfKey)
+        ofKeys_[kind - firstOfKey][message.data2 & 0x7F] = message.data3;
+    else if (message.systemKind() == SystemMessage::bendRange)
+        setParameter(channels_[message.data2 & 0x0F], {bendRange, message.data3, 0});
 }
 
 // Puts fresh values in place: there are songs that send resets by the thousand.
 void ChasedState::reset() {
     masterVolume_ = {};
     master_ = {};
-    keyTuning_ = keyTuningFraction_ = unsetValues();
+    ofKeys_ = unsetValuesOfKeys();
     for (Channel& channel : channels_) {
         static_cast<ChannelSettings&>(channel) = {};
         channel.controllers = channel.keyPressure = unsetValues();

@@ -71,7 +71,17 @@ private:
     static constexpr auto kindsOfPart =
         static_cast<std::size_t>(SystemMessage::lastScaleTuning) + 1 - firstOfPart;
     static constexpr auto firstMaster = static_cast<std::size_t>(SystemMessage::masterTuning);
-    static constexpr auto masterKinds = static_cast<std::size_t>(SystemMessage::keyTuning) - firstMaster;
+    static constexpr auto firstOfKey = static_cast<std::size_t>(SystemMessage::keyTuning);
+    static constexpr auto masterKinds = firstOfKey - firstMaster;
+    static constexpr auto kindsOfKey =
+        static_cast<std::size_t>(SystemMessage::lastDrumSetting) + 1 - firstOfKey;
+    using ValuesOfKeys = std::array<Values, kindsOfKey>;
+
+    static constexpr ValuesOfKeys unsetValuesOfKeys() {
+        ValuesOfKeys values{};
+        values.fill(unsetValues());
+        return values;
+    }
 
     struct Channel : ChannelSettings {
         std::array<std::uint8_t, kindsOfPart> ofPart = unsetArray<kindsOfPart>(); // System messages.
@@ -94,8 +104,7 @@ private:
     MIDIMessage reset_;
     MIDIMessage masterVolume_;
     std::array<MIDIMessage, masterKinds> master_;
-    Values keyTuning_ = unsetValues();
-    Values keyTuningFraction_ = unsetValues();
+    ValuesOfKeys ofKeys_ = unsetValuesOfKeys();
     std::array<Channel, channelCount> channels_;
 };
 

@@ -141,13 +141,12 @@ void ChasedState::writeWhole(std::vector<ChasedMessage>& messages) const {
         if (message.isSystem())
             messages.push_back({message});
     }
-    const auto tell = [&](SystemMessage kind, std::uint8_t key, std::uint8_t value) {
-        if (value != unset)
-            messages.push_back({MIDIMessage::system(kind, key, value)});
-    };
     for (std::uint8_t key = 0; key < valueCount; ++key) {
-        tell(SystemMessage::keyTuning, key, keyTuning_[key]);
-        tell(SystemMessage::keyTuningFraction, key, keyTuningFraction_[key]);
+        for (std::size_t kind = 0; kind < kindsOfKey; ++kind) {
+            if (const std::uint8_t value = ofKeys_[kind][key]; value != unset)
+                messages.push_back(
+                    {MIDIMessage::system(static_cast<SystemMessage>(firstOfKey + kind), key, value)});
+        }
     }
 }
 

@@ -79,10 +79,23 @@ void readPart(bool isXG, int parameter, std::uint8_t channel, std::uint8_t value
         messages.push_back(row->effect.message(channel, value));
 }
 
+// GS: 41 mx rr, with the key last. XG: 3m rr xx.
+void readDrum(bool isXG, ByteView address, std::size_t at, std::uint8_t value, Messages& messages) {
+    const auto last = static_cast<std::uint8_t>(address[2] + at);
+    const int parameter = isXG ? last : address[1] & 0x0F;
+    const int setup = isXG ? address[0] & 0x0F : address[1] >> 4;
+    const auto row =
+        std::ranges::find(drumParameters(), parameter, isXG ? &DrumParameter::xg : &DrumParameter::gs);
+    if (row != drumParameters().end() && setup <= 1)
+        messages.push_back(row->message(setup == 1, isXG ? address[1] & 0x7F : last, value));
+}
+
 // Data from an address on, a byte each.
 void readParameters(bool isXG, ByteView address, ByteView data, Messages& messages) {
+    const int block = address[1] >> 4; // Of GS parts.
     const bool isPart = isXG ? address[0] == 0x08 && address[1] < channelCount
-                             : address[0] == 0x40 && (address[1] & 0xF0) == 0x10;
+                             : address[0] == 0x40 && (block == 1 || block == 2);
+    const bool isDrum = isXG ? (address[0] & 0xF0) == 0x30 : address[0] == 0x41;
     const int start = address[0] << 16 | address[1] << 8 | address[2];
     if (start == (isXG ? 0x000000 : 0x400000))
         readMasterTuning(data, messages);
@@ -90,8 +103,15 @@ void readParameters(bool isXG, ByteView address, ByteView data, Messages& messag
         const std::uint8_t value = data[at] & 0x7F;
         if (isPart) {
             const std::uint8_t part = address[1] & 0x0F;
-            readPart(isXG, address[2] + static_cast<int>(at), isXG ? part : channelOfPart(part), value,
-                     messages);
+            const int parameter = address[2] + static_cast<int>(at);
+            if (isXG)
+                readPart(isXG, parameter, part, value, messages);
+            else
+                readPart(isXG, (block - 1) * 0x80 + parameter, channelOfPart(part), value, messages);
+            continue;
+        }
+        if (isDrum) {
+            readDrum(isXG, address, at, value, messages);
             continue;
         }
         const auto row = std::ranges::find(masterParameters(), start + static_cast<int>(at),

@@ -51,6 +51,8 @@ struct Unreadable {
 
     void take(MIDIMessage message) {
         const int channel = message.status & 0x0F;
+        if (message.isSystem() && message.systemKind() == SystemMessage::bendRange)
+            return; // The synthesizer can be asked for it.
         if (message.isSystem() && message.systemKind() == SystemMessage::masterVolume)
             masterVolume = message.data2 | message.data3 << 7;
         else if (message.isSystem() && message.isReset())

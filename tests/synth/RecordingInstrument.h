@@ -16,16 +16,19 @@ namespace tambrel::testing {
 [[nodiscard]] inline std::string text(MIDIMessage message) {
     const char* const kinds[] = {"note off", "note on",          "key pressure", "control",
                                  "program",  "channel pressure", "bend",         "nothing"};
-    const char* const systems[] = {"nothing",       "GM reset",    "GS reset",         "XG reset",
-                                   "master volume", "rhythm map",  "master tuning",    "master key shift",
-                                   "balance",       "reverb type", "chorus type",      "key tuning",
-                                   "key fraction",  "key shift",   "modulation depth", "scale tuning"};
+    const char* const systems[] = {
+        "nothing",       "GM reset",         "GS reset",    "XG reset",      "master volume", "rhythm map",
+        "master tuning", "master key shift", "balance",     "reverb type",   "chorus type",   "key tuning",
+        "key fraction",  "drum pitch",       "drum level",  "drum pan",      "drum reverb",   "drum chorus",
+        "second pitch",  "second level",     "second pan",  "second reverb", "second chorus", "bend range",
+        "key shift",     "modulation depth", "scale tuning"};
     const int kind = message.status >> 4;
     char line[80];
     if (message.isSystem() && message.data1 <= 3)
         return systems[message.data1];
     if (message.isSystem())
-        std::snprintf(line, sizeof line, "%s %d %d", systems[std::min<int>(message.data1, 15)], message.data2,
+        std::snprintf(line, sizeof line, "%s %d %d",
+                      systems[std::min<std::size_t>(message.data1, std::size(systems) - 1)], message.data2,
                       message.data3);
     else if (kind == 12 || kind == 13)
         std::snprintf(line, sizeof line, "ch %d %s %d", (message.status & 15) + 1, kinds[kind & 7],

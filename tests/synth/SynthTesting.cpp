@@ -31,6 +31,7 @@ const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>>& systemExclusives(
                            static_cast<std::uint8_t>(value), 0};
     };
     const auto scale = [](int note) { return static_cast<Kind>(static_cast<int>(Kind::scaleTuning) + note); };
+    const auto secondSetup = [](Kind kind) { return static_cast<Kind>(static_cast<int>(kind) + 5); };
     std::vector<MIDIMessage> octave;
     octave.reserve(12);
     for (int note = 0; note < 12; ++note)
@@ -60,6 +61,12 @@ const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>>& systemExclusives(
         {gs({0x40, 0, 0, 0, 4, 0, 0, 100}),
          {system(Kind::masterTuning, 0, 64), system(Kind::masterVolume, 100, 100)}},
         {xg({0, 0, 6, 70}), {system(Kind::masterKeyShift, 0, 70)}},
+        {gs({0x40, 0x22, 0x10, 0x40 + 12}), {system(Kind::bendRange, 1, 12)}},
+        {xg({8, 0, 0x23, 0x30}), {system(Kind::bendRange, 0, 0)}},
+        {gs({0x41, 0x02, 60, 40, 50}), {system(Kind::drumLevel, 60, 40), system(Kind::drumLevel, 61, 50)}},
+        {gs({0x41, 0x14, 60, 1}), {system(secondSetup(Kind::drumPan), 60, 1)}},
+        {xg({0x30, 60, 5, 1, 2}), {system(Kind::drumReverb, 60, 1), system(Kind::drumChorus, 60, 2)}},
+        {xg({0x31, 60, 0, 70}), {system(secondSetup(Kind::drumPitch), 60, 70)}},
         {gs({0x40, 1, 0x30, 5}), {system(Kind::reverbType, 0, 5)}},
         {xg({2, 1, 0x20, 0x43, 0}), {system(Kind::chorusType, 0, 5)}},
         {{0x7F, 0x7F, 0x04, 0x02, 0x00, 0x20, 0xF7}, {system(Kind::masterBalance, 0, 32)}},
@@ -78,6 +85,8 @@ const std::vector<std::pair<Bytes, std::vector<MIDIMessage>>>& systemExclusives(
         {{0x41, 0x10, 0x42, 0x12, 0x40, 0x21, 0x15, 0x01, 0x00, 0xF7}, {}},
         {{0x43, 0x10, 0x4C, 0x00, 0x00, 0x7F, 0x00, 0xF7}, {}},
         {xg({8, 16, 0x0B, 50}), {}},
+        {gs({0x40, 0x32, 0x10, 0x4C}), {}},
+        {xg({0x32, 60, 0, 70}), {}},
     };
     return all;
 }

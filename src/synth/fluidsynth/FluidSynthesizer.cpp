@@ -86,7 +86,7 @@ void FluidSynthesizer::send(MIDIMessage message) noexcept {
     case MIDIStatus::noteOn:
         makeRoom();
         fluid_synth_noteon(synth, channel, message.data1, message.data2);
-        tuneNote(channel, message.data1);
+        shapeNote(channel, message.data1);
         break;
     case MIDIStatus::polyphonicPressure:
         fluid_synth_key_pressure(synth, channel, message.data1, message.data2);
@@ -165,7 +165,7 @@ void FluidSynthesizer::sendSystem(MIDIMessage message) noexcept {
     case SystemMessage::rhythmPart: {
         releaseNotes(message.data2);
         const bool isMelodic = message.data3 == 0;
-        song_->setDrums(message.data2, !isMelodic);
+        song_->setDrums(message.data2, message.data3);
         fluid_synth_bank_select(synth, message.data2, isMelodic ? 0 : drumBank);
         fluid_synth_program_change(synth, message.data2, 0);
         break;

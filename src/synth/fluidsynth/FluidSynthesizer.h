@@ -39,8 +39,9 @@ private:
     /// Calls with every voice of the channel that sounds.
     template<class Call>
     void eachVoice(int channel, Call call);
-    /// Gives the voices that a note has just begun the tuning of its key.
-    void tuneNote(int channel, int key) noexcept;
+    [[nodiscard]] bool playsDrums(int channel) const noexcept;
+    /// Gives the voices that a note has just begun what the song has set for its key.
+    void shapeNote(int channel, int key) noexcept;
     void sendController(int channel, std::uint8_t number, std::uint8_t value) noexcept;
     void sendSystem(MIDIMessage message) noexcept;
     void resetTo(SystemMessage standard) noexcept;
@@ -52,7 +53,7 @@ private:
     std::optional<ParameterSetter> parameters_;
     const SynthesizerOptions options_;
     int mostVoices_ = maximumVoices;
-    unsigned latestTuned_ = 0; // The latest voice that was given a tuning.
+    unsigned latestShaped_ = 0; // The latest voice of which that is true.
 };
 
 } // namespace tambrel

@@ -30,32 +30,40 @@ void FluidSynthesizer::eachVoice(int channel, Call call) {
     static_cast<void>(fluid_synth_get_polyphony(synth_.get()));
 }
 
+bool FluidSynthesizer::playsDrums(int channel) const noexcept {
+    fluid_preset_t* preset = fluid_synth_get_channel_preset(synth_.get(), channel);
+    return preset != nullptr && fluid_preset_get_banknum(preset) == drumBank;
+}
+
 // The voices of one note share their number, and later ones have a larger one.
-void FluidSynthesizer::tuneNote(int channel, int key) noexcept {
+void FluidSynthesizer::shapeNote(int channel, int key) noexcept {
     const float cents = song_->tuningOf(channel, key);
-    if (cents == 0)
+    const bool isDrum = song_->changesDrums() && playsDrums(channel);
+    if (cents == 0 && !isDrum)
         return;
-    unsigned latest = latestTuned_;
+    unsigned latest = latestShaped_;
     eachVoice(channel, [&](fluid_voice_t* voice) {
         if (fluid_voice_get_key(voice) == key)
             latest = std::max(latest, fluid_voice_get_id(voice));
     });
-    if (latest == latestTuned_)
+    if (latest == latestShaped_)
         return;
     eachVoice(channel, [&](fluid_voice_t* each) {
         FluidVoice voice(each);
-        if (fluid_voice_get_id(each) == latest)
-            voice.set(GEN_FINETUNE, voice.get(GEN_FINETUNE) + cents);
+        if (fluid_voice_get_id(each) != latest)
+            return;
+        voice.set(GEN_FINETUNE, voice.get(GEN_FINETUNE) + cents);
+        if (isDrum)
+            song_->shapeDrum(voice, channel, key);
     });
-    latestTuned_ = latest;
+    latestShaped_ = latest;
 }
 
 // After a reset there is no other voice of the same channel and key.
 void FluidSynthesizer::resumeNote(MIDIMessage noteOn, double age) noexcept {
     const int channel = MIDIStatus::channel(noteOn.status);
     fluid_synth_t* synth = synth_.get();
-    fluid_preset_t* preset = fluid_synth_get_channel_preset(synth, channel);
-    if (preset == nullptr || fluid_preset_get_banknum(preset) == drumBank)
+    if (fluid_synth_get_channel_preset(synth, channel) == nullptr || playsDrums(channel))
         return;
     send(noteOn);
     eachVoice(channel, [&](fluid_voice_t* voice) {

@@ -53,6 +53,7 @@ void SongSettings::reset(SystemMessage standard) noexcept {
     channels_ = {};
     channels_[drumChannel].isDrums = true;
     keyTuning_ = keyTuningFraction_ = {};
+    drums_.reset();
     masterKeyShift_ = 0;
     masterTuning_ = 0;
     setBalance(centre);
@@ -84,6 +85,10 @@ void SongSettings::apply(MIDIMessage message) noexcept {
         keyTuning_[key] = 100.0F * (static_cast<float>(message.data3) - static_cast<float>(key));
     else if (kind == SystemMessage::keyTuningFraction)
         keyTuningFraction_[key] = static_cast<float>(message.data3) * 100.0F / 128;
+    else if (kind >= drumPitch && kind <= lastDrumSetting)
+        drums_.apply(message);
+    else if (kind == bendRange)
+        fluid_synth_pitch_wheel_sens(&synth_, message.data2 & 0x0F, message.data3);
     else if (kind == SystemMessage::keyShift)
         channel.keyShift = message.data3;
     else if (kind == modulationDepth)
@@ -114,9 +119,10 @@ void SongSettings::selectBank(int channel, std::uint8_t msb) noexcept {
         fluid_synth_bank_select(&synth_, channel, isDrums ? drumBank : 0);
 }
 
-void SongSettings::setDrums(int channel, bool areDrums) noexcept {
+void SongSettings::setDrums(int channel, std::uint8_t map) noexcept {
     Channel& settings = channels_[static_cast<std::size_t>(channel)];
-    settings.isDrums = areDrums;
+    settings.isDrums = map > 0;
+    settings.drumSetup = map > (isXG_ ? 2 : 1) ? 1 : 0;
     settings.isDrumsByBank = false;
     setChannelType(channel);
 }
@@ -141,6 +147,14 @@ void SongSettings::restoreControllers(int channel) noexcept {
     set(PrivateController::modulationDepth, settings.depth - usualDepth);
     set(PrivateController::keyShift, semitones + settings.keyShift - centre);
     set(PrivateController::fineTuning, static_cast<int>(std::lround(cents - semitones * 100)));
+}
+
+void SongSettings::shapeDrum(FluidVoice voice, int channel, int key) const noexcept {
+    EffectSends sends;
+    fluid_synth_get_cc(&synth_, channel, Controller::reverbSend, &sends.reverb);
+    fluid_synth_get_cc(&synth_, channel, Controller::chorusSend, &sends.chorus);
+    drums_.shape(voice, channels_[static_cast<std::size_t>(channel)].drumSetup, static_cast<std::size_t>(key),
+                 sends);
 }
 
 float SongSettings::tuningOf(int channel, int key) const noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DrumSettings.h"
 #include "MIDIMessage.h"
 
 #include <fluidsynth.h>
@@ -22,11 +23,15 @@ public:
     void apply(MIDIMessage message) noexcept;
     /// GM2's bank of drum kits, for the programs to come; called before the synthesizer is told.
     void selectBank(int channel, std::uint8_t msb) noexcept;
-    /// The channel is a drum part now, or is not.
-    void setDrums(int channel, bool areDrums) noexcept;
+    /// The channel is a drum part of this map of GS or XG now, or with 0 is none.
+    void setDrums(int channel, std::uint8_t map) noexcept;
     /// Puts the private controllers back that a reset of controllers takes away.
     void restoreControllers(int channel) noexcept;
 
+    /// Whether single drums are to sound otherwise than in the bank.
+    [[nodiscard]] bool changesDrums() const noexcept { return drums_.areSet(); }
+    /// Changes a voice that has just begun for this key of a drum part.
+    void shapeDrum(FluidVoice voice, int channel, int key) const noexcept;
     /// Cents by which this key is to sound higher.
     [[nodiscard]] float tuningOf(int channel, int key) const noexcept;
     /// Applies the balance.
@@ -42,6 +47,7 @@ private:
     struct Channel {
         bool isDrums = false;
         bool isDrumsByBank = false;
+        std::size_t drumSetup = 0;
         std::uint8_t keyShift = centre;
         std::uint8_t depth = usualDepth;
         bool isTuned = false;
@@ -56,6 +62,7 @@ private:
     fluid_synth_t& synth_;
     bool isXG_ = false;
     std::array<Channel, channelCount> channels_;
+    DrumSettings drums_;
     std::array<float, keyCount> keyTuning_{}; // Cents.
     std::array<float, keyCount> keyTuningFraction_{};
     int masterKeyShift_ = 0;  // Semitones.
