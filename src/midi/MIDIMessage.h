@@ -34,6 +34,7 @@ enum class SystemMessage : std::uint8_t {
     secondDrumPitch,                 ///< The same five of the second setup.
     lastDrumSetting = drumPitch + 9, ///< The second setup's chorus.
     // Of the channel `data2`; `data3` is the value.
+    receiveChannel,  ///< The channel that this part, `data2`, receives from now on; 16 is none.
     bendRange,       ///< Semitones.
     keyShift,        ///< Semitones; 64 is none.
     modulationDepth, ///< Depth of the full modulation wheel, in tens of cents.

@@ -1,5 +1,7 @@
 #include "SongParameters.h"
 
+#include "PartRouter.h"
+
 #include <algorithm>
 
 namespace tambrel {
@@ -20,6 +22,7 @@ constexpr std::array partTable{
     PartParameter{"bank", 0x00, 0x01, noAddress, control(Controller::bankSelectMSB)},
     PartParameter{"bank, low half", noAddress, 0x02, noAddress, control(Controller::bankSelectLSB)},
     PartParameter{"program", 0x01, 0x03, noAddress, {MIDIStatus::programChange}},
+    PartParameter{"receive channel", 0x02, 0x04, noAddress, part(SystemMessage::receiveChannel)},
     PartParameter{"part mode", 0x15, 0x07, noAddress, part(SystemMessage::rhythmPart)},
     PartParameter{"bend range", controllersOfPart + 0x10, 0x23, noAddress, part(SystemMessage::bendRange)},
     PartParameter{"key shift", 0x16, 0x08, noAddress, part(SystemMessage::keyShift)},
@@ -66,6 +69,8 @@ MIDIMessage SongEffect::message(std::uint8_t channel, std::uint8_t value) const 
     constexpr std::uint8_t none = 64, mostSemitones = 24;
     if (*this == part(SystemMessage::bendRange))
         value = static_cast<std::uint8_t>(std::clamp<int>(value - none, 0, mostSemitones));
+    if (*this == part(SystemMessage::receiveChannel))
+        value = std::min(value, PartRouter::noChannel);
     if (kind == MIDIStatus::systemExclusive)
         return MIDIMessage::system(static_cast<SystemMessage>(number), channel, value);
     const auto status = static_cast<std::uint8_t>(kind | channel);

@@ -1,5 +1,7 @@
 #include "Timeline.h"
 
+#include "PackedEvent.h"
+#include "PartRouter.h"
 #include "SMFHeader.h"
 #include "SMFTrackMerger.h"
 #include "SongParameters.h"
@@ -8,40 +10,22 @@
 #include <algorithm>
 
 namespace tambrel {
-
 namespace {
 
-// A message on its way through the merge, packed into one number that stays in a register.
-struct PackedEvent {
-    std::uint32_t tick;
-    std::uint32_t message;
-};
-
-constexpr std::uint32_t pack(MIDIMessage message) {
-    return std::uint32_t{message.data3} << 24 | std::uint32_t{message.data2} << 16 |
-           std::uint32_t{message.data1} << 8 | message.status;
-}
-
-// The synthesizer ignores a data byte that is out of range, which would leave a note hanging.
-constexpr std::uint32_t packInRange(MIDIMessage message) {
-    return pack(message) & 0x7F7F7FFF;
-}
-
-constexpr MIDIMessage unpack(std::uint32_t packed) {
-    return {static_cast<std::uint8_t>(packed), static_cast<std::uint8_t>(packed >> 8),
-            static_cast<std::uint8_t>(packed >> 16), static_cast<std::uint8_t>(packed >> 24)};
-}
-
-/// System-exclusive payloads that are several messages. One travels through the merge as a number in the
-/// three data bytes.
+/// System-exclusive payloads that are several messages, a message of a part, or the channel that a part
+/// receives. One travels through the merge as a number in the three data bytes.
 using LongMessages = std::vector<ByteView>;
 constexpr std::uint8_t longMessage = MIDIStatus::systemExclusiveContinuation;
 constexpr std::size_t mostLongMessages = 1 << 24;
 
 std::uint32_t readSystemMessage(ByteView payload, LongMessages& longMessages) {
     const std::vector<MIDIMessage> messages = readSystemExclusive(payload);
-    if (messages.size() <= 1 || longMessages.size() == mostLongMessages)
-        return messages.empty() ? 0 : packInRange(messages.front());
+    if (messages.empty())
+        return 0;
+    const MIDIMessage first = messages.front();
+    const bool isPlain = first.isSystem() && first.systemKind() != SystemMessage::receiveChannel;
+    if ((messages.size() == 1 && isPlain) || longMessages.size() == mostLongMessages)
+        return packInRange(first);
     longMessages.push_back(payload);
     return static_cast<std::uint32_t>(longMessages.size() - 1) << 8 | longMessage;
 }
@@ -72,14 +56,6 @@ bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& pa
     return true;
 }
 
-bool isTempo(MIDIMessage message) {
-    return message.status == MIDIStatus::meta;
-}
-
-std::uint32_t microsecondsPerQuarter(MIDIMessage tempo) {
-    return std::uint32_t{tempo.data1} << 16 | std::uint32_t{tempo.data2} << 8 | tempo.data3;
-}
-
 } // namespace
 
 /// Takes in the messages of a song in order of time.
@@ -91,9 +67,10 @@ public:
     void add(std::span<const PackedEvent> events) {
         while (!events.empty()) {
             const std::size_t room = checkpointInterval - size() % checkpointInterval;
-            const auto part = upToLongMessage(events.first(std::min(events.size(), room)));
+            const auto part = router_.isUsual() ? upToLongMessage(events.first(std::min(events.size(), room)))
+                                                : std::span<const PackedEvent>();
             if (part.empty())
-                addLongMessage(events.front());
+                addOne(events.front());
             else
                 addPart(part);
             events = events.subspan(std::max<std::size_t>(part.size(), 1));
@@ -154,12 +131,53 @@ private:
         }
     }
 
-    void addLongMessage(PackedEvent packed) {
-        for (const MIDIMessage each : readSystemExclusive(longMessages_[packed.message >> 8])) {
-            const MIDIMessage message = unpack(packInRange(each));
-            timeline_.events_.push_back({packed.tick, message});
-            state_.apply(message, packed.tick);
+    void addOne(PackedEvent packed) {
+        const MIDIMessage message = unpack(packed.message);
+        if (message.status == longMessage) {
+            for (const MIDIMessage each : readSystemExclusive(longMessages_[packed.message >> 8]))
+                addMessage(packed.tick, unpack(packInRange(each)));
+        } else if (isTempo(message)) {
+            timeline_.tempoMap_.setTempo(packed.tick, microsecondsPerQuarter(message));
+        } else if (message.isSystem()) {
+            addMessage(packed.tick, message);
+        } else {
+            addToParts(packed.tick, message);
         }
+    }
+
+    // A song that has grown that long goes on with the first part that listens.
+    void addToParts(std::uint32_t tick, MIDIMessage message) {
+        constexpr std::size_t mostEvents = 1 << 24;
+        const std::uint8_t channel = MIDIStatus::channel(message.status);
+        for (std::uint8_t part = 0; part < PartRouter::parts; ++part) {
+            if (!router_.receives(part, channel))
+                continue;
+            message.status = static_cast<std::uint8_t>(MIDIStatus::kind(message.status) | part);
+            addMessage(tick, message);
+            if (size() >= mostEvents)
+                return;
+        }
+    }
+
+    // The channel of the message is the part.
+    void addMessage(std::uint32_t tick, MIDIMessage message) {
+        if (message.isSystem() && message.systemKind() == SystemMessage::receiveChannel) {
+            if (router_.setChannel(message.data2, message.data3))
+                endNotes(tick, message.data2);
+            return;
+        }
+        if (message.isSystem() && message.isReset())
+            router_ = {};
+        timeline_.events_.push_back({tick, parameters_.read(message)});
+        state_.apply(timeline_.events_.back().message, tick);
+    }
+
+    // What ends them would come on the channel that was received before.
+    void endNotes(std::uint32_t tick, std::uint8_t part) {
+        const auto status = static_cast<std::uint8_t>(MIDIStatus::controlChange | part);
+        for (const std::uint8_t number :
+             {Controller::sostenuto, Controller::sustain, Controller::allNotesOff})
+            addMessage(tick, {status, number, 0, 0});
     }
 
     void applyNotes(std::span<const TimelineEvent> notes) {
@@ -196,6 +214,7 @@ private:
     const std::stop_token& stop_;
     ChasedState state_;
     ParameterReader parameters_;
+    PartRouter router_;
     std::vector<std::uint32_t> indices_;
     std::size_t sharedCount_ = 0; // Events that are with the original.
 };

@@ -16,12 +16,13 @@ namespace tambrel::testing {
 [[nodiscard]] inline std::string text(MIDIMessage message) {
     const char* const kinds[] = {"note off", "note on",          "key pressure", "control",
                                  "program",  "channel pressure", "bend",         "nothing"};
-    const char* const systems[] = {
-        "nothing",       "GM reset",         "GS reset",    "XG reset",      "master volume", "rhythm map",
-        "master tuning", "master key shift", "balance",     "reverb type",   "chorus type",   "key tuning",
-        "key fraction",  "drum pitch",       "drum level",  "drum pan",      "drum reverb",   "drum chorus",
-        "second pitch",  "second level",     "second pan",  "second reverb", "second chorus", "bend range",
-        "key shift",     "modulation depth", "scale tuning"};
+    const char* const systems[] = {"nothing",       "GM reset",      "GS reset",         "XG reset",
+                                   "master volume", "rhythm map",    "master tuning",    "master key shift",
+                                   "balance",       "reverb type",   "chorus type",      "key tuning",
+                                   "key fraction",  "drum pitch",    "drum level",       "drum pan",
+                                   "drum reverb",   "drum chorus",   "second pitch",     "second level",
+                                   "second pan",    "second reverb", "second chorus",    "receive channel",
+                                   "bend range",    "key shift",     "modulation depth", "scale tuning"};
     const int kind = message.status >> 4;
     char line[80];
     if (message.isSystem() && message.data1 <= 3)

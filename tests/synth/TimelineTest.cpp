@@ -1,4 +1,5 @@
 #include "MIDILoudnessProcessor.h"
+#include "RecordingInstrument.h"
 #include "SynthTesting.h"
 
 #include <gmock/gmock.h>
@@ -210,6 +211,29 @@ TEST(TimelineTest, SharesTheEventsWithALoudnessVariant) {
             ASSERT_TRUE(std::ranges::equal(apart->events(), song->events()));
         }
     }
+}
+
+TEST(TimelineTest, GivesThePartsTheChannelsThatTheyReceive) {
+    const auto song = timeline({TrackBuilder()
+                                    .noteOn(0, 4, 60)
+                                    .sysex(0, gs({0x40, 0x12, 0x02, 4})) // Part 2 as well as part 5.
+                                    .noteOn(0, 4, 61)
+                                    .noteOn(0, 1, 62)                 // No part listens.
+                                    .sysex(0, xg({8, 4, 0x04, 0x7F})) // Part 5 to none.
+                                    .tempo(0, 300'000)
+                                    .noteOff(0, 4, 61)
+                                    .sysex(0, gs({0x40, 0x12, 0x19, 50})) // Of the part, not the channel.
+                                    .sysex(0, gs({0x40, 0x15, 0x02, 16}))
+                                    .sysex(0, gmOn)
+                                    .noteOn(0, 4, 63)});
+    std::string events;
+    for (const TimelineEvent& event : song->events())
+        events += text(event.message) + "; ";
+    EXPECT_EQ(events, "ch 5 note on 60 64; "
+                      "ch 2 control 66 0; ch 2 control 64 0; ch 2 control 123 0; "
+                      "ch 2 note on 61 64; ch 5 note on 61 64; "
+                      "ch 5 control 66 0; ch 5 control 64 0; ch 5 control 123 0; "
+                      "ch 2 note off 61 64; ch 2 control 7 50; GM reset; ch 5 note on 63 64; ");
 }
 
 TEST(TimelineTest, IsEmptyForDataThatIsNoStandardMIDIFile) {
