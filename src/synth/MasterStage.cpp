@@ -99,18 +99,23 @@ float MasterStage::truePeak(const Channel& channel) const noexcept {
     return peak;
 }
 
+// No candidate asks for unity, which is what there is without one.
 MasterStage::Gain MasterStage::smallestAhead(Gain required) noexcept {
+    const std::uint64_t frame = frame_++;
+    if (candidateCount_ == 0 && required == unity)
+        return unity;
     const auto at = [this](std::size_t index) -> Required& {
         return candidates_[(firstCandidate_ + index) % candidates_.size()];
     };
     while (candidateCount_ > 0 && at(candidateCount_ - 1).gain >= required)
         --candidateCount_;
-    if (candidateCount_ > 0 && at(0).frame + lookAhead_ < frame_) {
+    if (candidateCount_ > 0 && at(0).frame + lookAhead_ < frame) {
         firstCandidate_ = (firstCandidate_ + 1) % candidates_.size();
         --candidateCount_;
     }
-    at(candidateCount_++) = {frame_++, required};
-    return at(0).gain;
+    if (required < unity)
+        at(candidateCount_++) = {frame, required};
+    return candidateCount_ > 0 ? at(0).gain : unity;
 }
 
 // Down as far as the loudest frame ahead asks for and back up slowly; the mean over the look-ahead turns the

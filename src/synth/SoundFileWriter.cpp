@@ -35,6 +35,12 @@ int containerOf(const SoundFormat& format) {
     return containers.at(static_cast<std::size_t>(format.container));
 }
 
+// std::nearbyint is a call for each sample. Beyond 2^52 a double has no digits after the point.
+double nearestWhole(double value) {
+    constexpr double many = 6755399441055744.0; // 1.5 times 2^52, so that it serves both signs.
+    return value + many - many;
+}
+
 bool isOgg(const SoundFormat& format) {
     return format.container == SoundContainer::vorbis || format.container == SoundContainer::opus;
 }
@@ -180,7 +186,7 @@ void SoundFileWriter::writeFixedPoint(std::span<const float> samples) {
     fixedPoint_.resize(samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double exact = samples[i] * fullScale + (is16Bit ? dither() : 0);
-        const double step = std::clamp(std::nearbyint(exact), -fullScale, fullScale - 1);
+        const double step = std::clamp(nearestWhole(exact), -fullScale, fullScale - 1);
         fixedPoint_[i] = static_cast<std::int32_t>(step) * (1 << unusedBits);
     }
     if (sf_write_int(sound_, fixedPoint_.data(), static_cast<sf_count_t>(samples.size())) !=
