@@ -2,9 +2,12 @@
 
 #include "SoundModulators.h"
 
+#include <algorithm>
 #include <array>
 #include <dlfcn.h>
+#include <fstream>
 #include <mutex>
+#include <thread>
 
 namespace tambrel {
 namespace {
@@ -26,6 +29,22 @@ bool silenceGLib() {
         return setHandler != nullptr;
     }();
     return isSilent;
+}
+
+// FluidSynth has OpenMP decode compressed samples (SoundFont 3) by several threads. Where there is nothing to
+// decode, they cost more than they gain.
+bool isCompressed(const std::filesystem::path& bank) {
+    constexpr std::size_t versionAt = 32; // RIFF, sfbk, LIST, INFO, ifil, each with its size.
+    std::array<char, versionAt + 1> begin{};
+    std::ifstream(bank, std::ios::binary).read(begin.data(), begin.size());
+    return begin[versionAt] == 3;
+}
+
+void decodeBy(int threads) {
+    using SetThreads = void (*)(int);
+    static const auto set = reinterpret_cast<SetThreads>(dlsym(RTLD_DEFAULT, "omp_set_num_threads"));
+    if (set != nullptr)
+        set(threads);
 }
 
 constexpr int drumBank = 128;
@@ -70,6 +89,7 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, const SynthesizerOptions& 
 void FluidSynthesizer::loadSoundBank(const std::filesystem::path& bank) {
     FluidMessageGatherer messages;
     static_cast<void>(silenceGLib());
+    decodeBy(isCompressed(bank) ? static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U)) : 1);
     constexpr int resetPresets = 1;
     if (fluid_synth_sfload(synth_.get(), bank.c_str(), resetPresets) == FLUID_FAILED)
         throw SoundBankError("The sound bank " + bank.string() + " could not be loaded: " +
