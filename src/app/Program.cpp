@@ -14,6 +14,7 @@
 #include "TambrelBetaLog.h"
 #include "TambrelLoadError.h"
 #include "TerminationSignals.h"
+#include "ThreadPriority.h"
 #include "Timeline.h"
 
 #include <QApplication>
@@ -162,6 +163,7 @@ void Program::didFinishLaunching(MainViewController& view) {
             log_, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
     engine_.onOutputFailure = [this](const std::string& reason) { view_->playbackFailed(reason); };
+    engine_.onUsualThread = [](std::uint64_t thread) { ThreadPriority().raise(thread); };
     engine_.onOutputLoss = [this](bool isLost) { view_->showOutputLoss(isLost); };
     if (picture_.isOn())
         picture_.begin(view);

@@ -39,6 +39,9 @@ public:
     virtual void respond() noexcept {}
     /// True when the device is gone. Any thread.
     [[nodiscard]] virtual bool hasFailed() const noexcept { return false; }
+    /// The kernel's number of the thread that renders, where that is the driver's and of usual priority; else
+    /// 0. Any thread.
+    [[nodiscard]] virtual std::uint64_t usualThread() const noexcept { return 0; }
     /// Underruns since the driver was opened. Any thread.
     [[nodiscard]] virtual std::uint64_t underruns() const noexcept { return 0; }
 };

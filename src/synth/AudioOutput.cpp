@@ -93,6 +93,11 @@ std::uint64_t AudioOutput::underruns() const {
     return driver == nullptr ? 0 : driver->underruns();
 }
 
+std::uint64_t AudioOutput::usualThread() const {
+    const AudioDriver* const driver = openDriver();
+    return driver == nullptr ? 0 : driver->usualThread();
+}
+
 // Without a device that renders, carries out the order to halt, which lets go of the song.
 void AudioOutput::silence() {
     std::array<float, synthesizerBlock> left{};

@@ -53,6 +53,8 @@ public:
     [[nodiscard]] bool hasDied();
     /// How often the open device has run out of sound; 0 without one.
     [[nodiscard]] std::uint64_t underruns() const;
+    /// The kernel's number of the open device's thread, if it might do with a higher priority; else 0.
+    [[nodiscard]] std::uint64_t usualThread() const;
 
 private:
     void renderAudio(float* left, float* right, int frames) noexcept override;

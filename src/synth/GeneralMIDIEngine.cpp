@@ -103,6 +103,10 @@ GeneralMIDIEngine::GeneralMIDIEngine(GeneralMIDIOptions options)
         if (onOutputLoss)
             onOutputLoss(isLost);
     };
+    watch_->onThread = [this](std::uint64_t thread) {
+        if (onUsualThread)
+            onUsualThread(thread);
+    };
     nextLook_.setSingleShot(true);
     QObject::connect(&nextLook_, &QTimer::timeout, [this] { lookAgain(); });
 }

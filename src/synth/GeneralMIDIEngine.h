@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -49,6 +50,8 @@ public:
     /// Called when the device was lost and is waited for, and when that is over: it is back, or nothing has
     /// played for some time.
     std::function<void(bool isLost)> onOutputLoss;
+    /// Called when a device is open that renders by a thread, by the kernel's number, of usual priority.
+    std::function<void(std::uint64_t thread)> onUsualThread;
 
     /// Begins to load the bank, unless that was done. Throws SoundBankError when there is none.
     void loadSoundBank() { bank_.load(); }

@@ -28,6 +28,9 @@ void OutputWatch::lookAtOpen(bool isPlaying) {
     if (isLost_)
         onNotice("Sound output opened again");
     setLost(false);
+    const std::uint64_t thread = output_.usualThread();
+    if (std::exchange(thread_, thread) != thread && thread != 0 && onThread)
+        onThread(thread);
     const std::uint64_t underruns = output_.underruns();
     if (std::exchange(underruns_, underruns) < underruns && isPlaying)
         onNotice("Sound output ran out of sound; underruns so far " + std::to_string(underruns));
@@ -47,6 +50,7 @@ void OutputWatch::lookAtFailed() {
 
 void OutputWatch::release() {
     setLost(false);
+    thread_ = 0;
     output_.close();
 }
 

@@ -22,6 +22,10 @@ public:
     /// The device was lost and is waited for, or that is over. May be empty.
     std::function<void(bool isLost)> onLoss;
 
+    /// The device that has been opened renders by this thread, which might do with a higher priority. May be
+    /// empty.
+    std::function<void(std::uint64_t thread)> onThread;
+
     /// To be called regularly. A device that was lost is tried again and again, until it is released.
     void look(bool isPlaying);
     /// True while it should be called often.
@@ -39,6 +43,7 @@ private:
     AudioOutput& output_;
     bool isLost_ = false;
     std::uint64_t underruns_ = 0;
+    std::uint64_t thread_ = 0;
     std::chrono::steady_clock::time_point lastAttempt_;
 };
 

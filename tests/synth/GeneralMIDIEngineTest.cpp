@@ -52,6 +52,9 @@ private:
         }
         ~Device() override { --server_.openDevices; }
         [[nodiscard]] std::string name() const override { return "second"; }
+        [[nodiscard]] std::uint64_t usualThread() const noexcept override {
+            return static_cast<std::uint64_t>(server_.attempts);
+        }
 
     private:
         void renderAudio(float* left, float* right, int frames) noexcept override {
@@ -74,6 +77,7 @@ protected:
         engine->onFailure =
             engine->onOutputFailure = [this](const std::string& reason) { failures.push_back(reason); };
         engine->onNotice = [this](const std::string& notice) { notices.push_back(notice); };
+        engine->onUsualThread = [this](std::uint64_t thread) { threads.push_back(thread); };
         engine->onOutputLoss = [this](bool isLost) { notices.emplace_back(isLost ? "lost" : "back"); };
         return *engine;
     }
@@ -97,6 +101,7 @@ protected:
     QTemporaryDir folder;
     SoundServer server;
     std::vector<std::string> failures, notices;
+    std::vector<std::uint64_t> threads;
     std::unique_ptr<GeneralMIDIEngine> engine;
 };
 
@@ -323,6 +328,7 @@ TEST_F(GeneralMIDIEngineTest, TheDeviceIsReleasedWhenNothingPlaysAndIsThereAgain
         }
     }
     EXPECT_EQ(server.attempts, 2);
+    EXPECT_THAT(threads, ElementsAre(1, 2)) << "one for each device";
     EXPECT_THAT(notices, IsEmpty());
 }
 

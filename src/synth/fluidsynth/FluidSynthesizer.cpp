@@ -72,7 +72,9 @@ FluidSynthesizer::FluidSynthesizer(double sampleRate, const SynthesizerOptions& 
     fluid_settings_setnum(settings, "synth.gain", synthesizerGain);
     fluid_settings_setint(settings, "synth.device-id", deviceNumber);
     fluid_settings_setint(settings, "synth.threadsafe-api", 0); // No lock in the audio callback.
-    fluid_settings_setint(settings, "synth.lock-memory", 0);
+    // The samples stay in memory while they are played, as far as the user's limit allows.
+    fluid_settings_setint(settings, "synth.lock-memory",
+                          options.underLoad == UnderLoad::giveUpVoices ? 1 : 0);
     fluid_settings_setint(settings, "synth.polyphony", maximumVoices);
     for (const char* effect : {"synth.reverb.active", "synth.chorus.active"})
         fluid_settings_setint(settings, effect, options.effects == Effects::on ? 1 : 0);

@@ -112,6 +112,7 @@ void PulseAudioDriver::listenTo(pa_stream* stream) {
         stream,
         [](pa_stream* changed, void* self) {
             auto& driver = *static_cast<Self*>(self);
+            driver.thread_.store(static_cast<std::uint64_t>(gettid()), std::memory_order_relaxed);
             if (!PA_STREAM_IS_GOOD(pa_stream_get_state(changed)))
                 driver.hasFailed_.store(true, std::memory_order_relaxed);
             driver.connection_.wake();

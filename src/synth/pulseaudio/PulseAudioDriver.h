@@ -22,6 +22,9 @@ public:
     [[nodiscard]] bool hasFailed() const noexcept override {
         return hasFailed_.load(std::memory_order_relaxed);
     }
+    [[nodiscard]] std::uint64_t usualThread() const noexcept override {
+        return thread_.load(std::memory_order_relaxed);
+    }
     [[nodiscard]] std::uint64_t underruns() const noexcept override {
         return underruns_.load(std::memory_order_relaxed);
     }
@@ -64,6 +67,7 @@ private:
     std::array<float, framesPerChunk> right_{};
     std::atomic<bool> hasFailed_{false};
     std::atomic<std::uint64_t> underruns_{0};
+    std::atomic<std::uint64_t> thread_{0};
 };
 
 } // namespace tambrel
