@@ -4,6 +4,7 @@
 #include "AudioDrivers.h"
 #include "DesktopApplication.h"
 #include "DiagnosticServices.h"
+#include "LocalPath.h"
 #include "MainWindow.h"
 #include "QtText.h"
 #include "SessionBus.h"
@@ -173,7 +174,9 @@ void Program::loadFinished(const std::string& failure) {
     if (picture_.isOn())
         return picture_.take(*view_, failure);
     if (!failure.empty())
-        complain(failure);
+        return complain(failure);
+    const TambrelLoadedFile& file = *view_->loadedFile();
+    recentFiles_.add({fileURI(file.url), file.importSummary ? "audio/x-midi2-clip" : "audio/midi"});
 }
 
 AboutFacts Program::aboutFacts() {

@@ -5,6 +5,7 @@
 #include "DesktopMediaControls.h"
 #include "GeneralMIDIEngine.h"
 #include "PictureMode.h"
+#include "RecentFiles.h"
 
 #include <QSettings>
 
@@ -51,6 +52,7 @@ private:
     AppDelegate delegate_;               // Destroyed before the engine, which its players are on.
     MainViewController* view_ = nullptr; // The window's, once launching is over.
     std::optional<DesktopMediaControls> mediaControls_;
+    RecentFiles recentFiles_;
 };
 
 } // namespace tambrel

@@ -2,6 +2,7 @@
 #include "FileRevealer.h"
 #include "PortalEmail.h"
 #include "PrivateSessionBus.h"
+#include "RecentFiles.h"
 #include "SessionBus.h"
 #include "TestFiles.h"
 
@@ -208,6 +209,13 @@ TEST(FileRevealer, AsksTheFileManagerOrOpensTheFolder) {
     revealFile(QDBusConnection("without a bus"), file, open);
     EXPECT_TRUE(QTest::qWaitFor([&] { return opened.size() == 2; }, 30'000));
     EXPECT_THAT(opened, ElementsAre(QUrl::fromLocalFile("/home/a b/Beta Logs"), QUrl("file:///refused")));
+}
+
+TEST(RecentFilesTest, LeaveAloneWhatIsNoListOfThem) {
+    const RecentFile file{"file:///a.mid", "audio/midi"};
+    for (const char* list : {"A text.", "<xbel>", "<html/>", "<xbel></bel>"})
+        EXPECT_EQ(RecentFiles::withFile(list, file, QDateTime::currentDateTime()), "") << list;
+    EXPECT_NE(RecentFiles::withFile("", file, QDateTime::currentDateTime()), "");
 }
 
 } // namespace

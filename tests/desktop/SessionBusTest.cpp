@@ -61,10 +61,34 @@ private:
     DesktopSession::Program monitor_;
 };
 
+/// A list in which a song is already.
+QByteArray recentFilesOfOthers(const QString& song) {
+    return QByteArray(R"(<?xml version="1.0"?>
+<!DOCTYPE xbel>
+<xbel version="1.0" xmlns:bookmark="http://www.freedesktop.org/standards/desktop-bookmarks"
+ xmlns:mime="http://www.freedesktop.org/standards/shared-mime-info"><!-- Ours & theirs -->
+  <bookmark href="file:///a&amp;b.txt" added="2020-01-01T00:00:00Z" modified="2020-01-01T00:00:00Z">
+    <title>A &lt; B</title>
+    <info><metadata owner="http://freedesktop.org"><mime:mime-type type="text/plain"/><bookmark:applications>
+      <bookmark:application name="Tambrel" exec="&apos;tambrel %u&apos;" count="1"/></bookmark:applications></metadata></info>
+  </bookmark>
+  <bookmark href=")") +
+           song.toUtf8() + R"(" added="2020-01-01T00:00:00Z" visited="2020-01-01T00:00:00Z">
+    <info><metadata owner="http://freedesktop.org"><mime:mime-type type="audio/midi"/><bookmark:applications>
+      <bookmark:application name="Tambrel" exec="&apos;tambrel %u&apos;" count="4"/>
+      <bookmark:application name="Files" exec="&apos;files %u&apos;" count="3"/></bookmark:applications></metadata></info>
+  </bookmark>
+</xbel>
+)";
+}
+
 TEST_F(SessionBusTest, AnswersAndTellsWhatItDidBefore) {
     session.writeSong("minute \xC3\xA9.mid");
     session.writeSong("second.mid", 1);
     session.write("songs/broken.mid", "MThd");
+    const QString recentFiles = ".local/share/recently-used.xbel";
+    session.home().mkpath(".local/share");
+    session.write(recentFiles, recentFilesOfOthers(address("second.mid")));
     StandInPortal portal(QDBusConnection::connectToBus(session.busAddress(), "portal"));
     const auto tambrel = session.start({});
     BusMonitor monitor(session, "org.mpris.MediaPlayer2.tambrel");
@@ -164,7 +188,9 @@ TEST_F(SessionBusTest, AnswersAndTellsWhatItDidBefore) {
             seen += "portal: " + QString::fromStdString(portal.last()) + '\n';
     }
     seen += QString("status %1\n").arg(DesktopSession::statusOf(*tambrel)) +
-            QString::fromStdString(DesktopSession::errorsOf(*tambrel));
+            QString::fromStdString(DesktopSession::errorsOf(*tambrel)) +
+            QString::fromStdString(session.content(recentFiles))
+                .replace(QRegularExpression("\"20(?!20)[^\"]*Z\""), "\"(now)\"");
     EXPECT_TRUE(isExpected(masked(), expected));
     QDBusConnection::disconnectFromBus("portal");
 }
@@ -200,6 +226,8 @@ TEST_F(SessionBusTest, OpensFilesOfEveryNameInTheWindowThatIsThere) {
     }
     EXPECT_EQ(session.count(launched), 1);
     expectNormalEnd(*first);
+    EXPECT_EQ(QFile::permissions(session.home().filePath(".local/share/recently-used.xbel")),
+              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
 }
 
 TEST_F(SessionBusTest, PlaysWithoutTheBusThatWasThere) {
