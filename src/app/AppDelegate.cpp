@@ -45,6 +45,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     log_.function("AppDelegate.applicationDidFinishLaunching", "Application launch procedure started");
     log_.procedure("AppDelegate.installRuntimeAppIcon", "Installing runtime app icon if available");
     QMenuBar* menuBar = installMenu();
+    services_.view.songChanged = [this] { songChanged(); };
     window_ = std::make_unique<MainWindow>(new MainViewController(services_.view, log_));
     window_->setMenuBar(menuBar);
     if (services_.purpose == LaunchPurpose::use)
@@ -221,6 +222,16 @@ void AppDelegate::showInfo(InfoPage page) {
     if (mainViewController_)
         facts.song = mainViewController_->songFacts();
     TambrelAboutPanel::show(*window_, facts, page);
+}
+
+void AppDelegate::songChanged() {
+    if (auto* panel = TambrelAboutPanel::of(*window_); panel != nullptr && mainViewController_ != nullptr)
+        panel->showSong(mainViewController_->songFacts());
+}
+
+void AppDelegate::soundChanged() {
+    if (auto* panel = window_ ? TambrelAboutPanel::of(*window_) : nullptr)
+        panel->refreshSound();
 }
 
 void AppDelegate::showDebuggingWindow() {

@@ -78,6 +78,8 @@ public:
     /// Has songs begin again at their end, or not any more.
     void toggleLoop();
     void showInfo(InfoPage page = InfoPage::song);
+    /// The volume, the sound bank or the output is another: an open panel shows it.
+    void soundChanged();
     void showDebuggingWindow();
 
     /// Present from launch to the end of the delegate.
@@ -96,6 +98,7 @@ private:
                       const QString& activationToken = {});
     void explainRefusal(const std::vector<std::filesystem::path>& urls);
     void openPendingMIDIURLs();
+    void songChanged();
 
     AppDelegateServices services_;
     TambrelBetaLog& log_;

@@ -47,13 +47,6 @@ GeneralMIDIOptions engineOptions(const CommandLine& commandLine, const QSettings
     return options;
 }
 
-std::string outputText(const std::vector<std::string>& named) {
-    std::string text;
-    for (const std::string& driver : named.empty() ? defaultAudioDrivers() : named)
-        text += (text.empty() ? "" : ", else ") + driver;
-    return text;
-}
-
 std::shared_ptr<const Timeline> buildTimeline(const MIDIData& song, const std::stop_token& stop,
                                               std::shared_ptr<const Timeline> original) {
     try {
@@ -163,6 +156,7 @@ void Program::didFinishLaunching(MainViewController& view) {
                         [this](bool isLooping) { setLooping(isLooping); }},
             log_, sessionBus());
     engine_.onFailure = [this](const std::string& reason) { view_->playbackPreparationFailed(reason); };
+    engine_.onOutputChange = [this] { delegate_.soundChanged(); };
     engine_.onOutputFailure = [this](const std::string& reason) { view_->playbackFailed(reason); };
     engine_.onUsualThread = [](std::uint64_t thread) { ThreadPriority().raise(thread); };
     engine_.onOutputLoss = [this](bool isLost) { view_->showOutputLoss(isLost); };
@@ -189,8 +183,8 @@ AboutFacts Program::aboutFacts() {
 SoundPageFacts Program::soundFacts() {
     SoundPageFacts facts{.banks = {{"System's default", ""}},
                          .bankInUse = [this] { return soundBankText(); },
-                         .output = outputText(commandLine_.audioDrivers),
-                         .volume = engine_.volume(),
+                         .output = [this] { return outputText(); },
+                         .volume = [this] { return engine_.volume(); },
                          .chooseBank = [this](const std::string& path) { chooseSoundBank(path); },
                          .setVolume = [this](double volume) { setVolume(volume); }};
     const auto& [named, preferred] = engine_.soundBankWish();
@@ -215,6 +209,7 @@ void Program::chooseSoundBank(const std::string& path) {
 void Program::setVolume(double volume) {
     engine_.setVolume(volume);
     settings_.setValue(volumeKey, volume);
+    delegate_.soundChanged();
     if (mediaControls_)
         mediaControls_->settingChanged();
 }
@@ -224,6 +219,15 @@ void Program::setLooping(bool isLooping) {
     settings_.setValue(loopKey, isLooping);
     if (mediaControls_)
         mediaControls_->settingChanged();
+}
+
+std::string Program::outputText() const {
+    const auto& named = commandLine_.audioDrivers;
+    std::string tried;
+    for (const std::string& driver : named.empty() ? defaultAudioDrivers() : named)
+        tried += (tried.empty() ? "Tried: " : ", else ") + driver;
+    const std::string inUse = engine_.output();
+    return (inUse.empty() ? "None while nothing plays" : inUse) + "\n" + tried;
 }
 
 // The bank's path, and where that leads to: a default bank is a link.

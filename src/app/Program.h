@@ -42,6 +42,7 @@ private:
     void setVolume(double volume);
     void setLooping(bool isLooping);
     [[nodiscard]] std::string soundBankText() const;
+    [[nodiscard]] std::string outputText() const;
 
     const CommandLine commandLine_;
     PictureMode picture_{commandLine_};

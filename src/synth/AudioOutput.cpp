@@ -88,6 +88,11 @@ void AudioOutput::setVolume(double volume) {
     respond();
 }
 
+std::string AudioOutput::driverName() const {
+    const AudioDriver* const driver = openDriver();
+    return driver == nullptr ? std::string() : driver->name();
+}
+
 std::uint64_t AudioOutput::underruns() const {
     const AudioDriver* const driver = openDriver();
     return driver == nullptr ? 0 : driver->underruns();

@@ -51,6 +51,8 @@ public:
 
     /// True when an open device has given up or has asked for no sound for too long. To be asked regularly.
     [[nodiscard]] bool hasDied();
+    /// Of the open device; empty without one.
+    [[nodiscard]] std::string driverName() const;
     /// How often the open device has run out of sound; 0 without one.
     [[nodiscard]] std::uint64_t underruns() const;
     /// The kernel's number of the open device's thread, if it might do with a higher priority; else 0.

@@ -176,6 +176,7 @@ void GeneralMIDIEngine::lookAgain() {
     watchSong();
     watch_->look(playing_ != nullptr);
     releaseWhenIdle();
+    noticeOutput();
     const bool isCollected = sequencer_.collect() && bank_.collect(); // What is not played is given back.
     const bool isBeginning = playing_ != nullptr && !sequencer_.isSettled();
     if (isBeginning) // The bank may have come since.
@@ -228,6 +229,12 @@ void GeneralMIDIEngine::releaseWhenIdle() {
         watch_->release();
     if (playing_ == nullptr && output_->isClosed() && bank_.isReady())
         output_->silence();
+}
+
+void GeneralMIDIEngine::noticeOutput() {
+    std::string inUse = output_->driverName();
+    if (std::exchange(outputInUse_, inUse) != inUse && onOutputChange)
+        onOutputChange();
 }
 
 // Nobody misses a device that was only opened ahead.

@@ -44,6 +44,8 @@ public:
     std::function<void(const std::string& reason)> onFailure;
     /// Called when a song is to play and no device can be opened, with what was tried. To play tries again.
     std::function<void(const std::string& reason)> onOutputFailure;
+    /// Called when `output` is another.
+    std::function<void()> onOutputChange;
     /// Called with a sentence when the device was lost, or is back, and when another bank is used than the
     /// one that was wanted.
     std::function<void(const std::string& sentence)> onNotice;
@@ -67,6 +69,8 @@ public:
     /// True while no song plays, no note rings out and none is about to.
     [[nodiscard]] bool isSilent() const { return sound().isSilent(); }
 
+    /// The name of the audio driver in use; empty while there is none.
+    [[nodiscard]] const std::string& output() const { return outputInUse_; }
     /// 0 (silence) to 1 (as it comes), for everything that is played.
     void setVolume(double volume) { output_->setVolume(volume); }
     [[nodiscard]] double volume() const { return output_->volume(); }
@@ -93,6 +97,7 @@ private:
     void giveUpBank(const std::string& reason);
     void watchSong();
     void releaseWhenIdle();
+    void noticeOutput();
     [[nodiscard]] std::chrono::milliseconds untilNextLook() const;
     [[nodiscard]] const PlaybackBuffer& sound() const { return output_->sound(); }
     void failToPlay(const std::string& reason) const;
@@ -112,6 +117,7 @@ private:
     SoundBankLoader bank_;
     std::unique_ptr<AudioOutput> output_;
     std::optional<OutputWatch> watch_;
+    std::string outputInUse_;
 };
 
 } // namespace tambrel

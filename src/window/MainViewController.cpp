@@ -115,7 +115,12 @@ SongSessionEvents MainViewController::sessionEvents() {
                     view_->show(MainViewFacts());
                     spokenStatus_.songChanged("Cleared");
                 },
-            .changed = [this] { report(PlaybackChange::song); },
+            .changed =
+                [this] {
+                    report(PlaybackChange::song);
+                    if (services_.songChanged)
+                        services_.songChanged();
+                },
             .finished =
                 [this](const std::string& failure) {
                     if (services_.loadFinished)

@@ -26,6 +26,8 @@ struct MainViewServices {
     std::function<std::optional<std::filesystem::path>(const std::filesystem::path& loaded)> chooseFile;
     /// Called when a file has been loaded, or has failed to (an empty reason means success). May be empty.
     std::function<void(const std::string& failure)> loadFinished;
+    /// Called when another song is there, or none any more. May be empty.
+    std::function<void()> songChanged = {};
 };
 
 /// Joins the content of the main window to the song session and the transport: carries out what the user asks

@@ -15,19 +15,27 @@ QString textOf(const std::vector<SongFact>& facts) {
 
 } // namespace
 
-SongPage::SongPage(const std::optional<SongPageFacts>& song)
-    : WholeLinesText("Song", song ? textOf(song->facts) : QString("No song is loaded.")) {
-    if (!song)
-        return;
-    executor_.run(
-        [data = song->data, stop = closing_.get_token()] {
-            return textOf(songFacts(SongDetails::gather(data.view(), stop)));
-        },
-        [this](const QString& more) { setPlainText(toPlainText() + '\n' + more); });
+SongPage::SongPage(const std::optional<SongPageFacts>& song) : WholeLinesText("Song", {}) {
+    setSong(song);
 }
 
 SongPage::~SongPage() {
-    closing_.request_stop(); // The executor waits for what it does.
+    search_.request_stop(); // The executor waits for what it does.
+}
+
+void SongPage::setSong(const std::optional<SongPageFacts>& song) {
+    search_.request_stop();
+    search_ = std::stop_source();
+    setPlainText(song ? textOf(song->facts) : QString("No song is loaded."));
+    if (!song)
+        return;
+    const std::stop_token stop = search_.get_token();
+    executor_.run(
+        [data = song->data, stop] { return textOf(songFacts(SongDetails::gather(data.view(), stop))); },
+        [this, stop](const QString& more) {
+            if (!stop.stop_requested())
+                setPlainText(toPlainText() + '\n' + more);
+        });
 }
 
 } // namespace tambrel

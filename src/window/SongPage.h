@@ -15,8 +15,11 @@ public:
     explicit SongPage(const std::optional<SongPageFacts>& song);
     ~SongPage() override;
 
+    /// Lists what another song says.
+    void setSong(const std::optional<SongPageFacts>& song);
+
 private:
-    std::stop_source closing_;
+    std::stop_source search_{std::nostopstate}; ///< For what the song that is shown says.
     SerialExecutor executor_;
 };
 

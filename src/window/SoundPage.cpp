@@ -5,6 +5,7 @@
 #include "WholeLinesText.h"
 
 #include <QComboBox>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QVBoxLayout>
 
@@ -25,11 +26,23 @@ SoundPage::SoundPage(SoundPageFacts facts) : facts_(std::move(facts)) {
     auto* column = new QVBoxLayout(this);
     addBanks();
     addCaption(*this, "OUTPUT");
-    auto* output = new WholeLinesText("Output", toQString(facts_.output), this);
-    output->setFixedLines(2);
-    column->addWidget(output);
+    output_ = new WholeLinesText("Output", {}, this);
+    output_->setFixedLines(2);
+    column->addWidget(output_);
     addVolume();
     column->addStretch();
+    refresh();
+}
+
+void SoundPage::refresh() {
+    const auto show = [](WholeLinesText& place, const QString& text) {
+        if (place.toPlainText() != text) // Which a reader may be selecting.
+            place.setPlainText(text);
+    };
+    show(*bankInUse_, toQString(facts_.bankInUse()));
+    show(*output_, toQString(facts_.output()));
+    const QSignalBlocker isNoWish(*volume_);
+    volume_->setValue(qRound(facts_.volume() * percent));
 }
 
 void SoundPage::addBanks() {
@@ -43,26 +56,25 @@ void SoundPage::addBanks() {
         banks->addItem(toQString(bank.name));
     banks->setCurrentIndex(static_cast<int>(facts_.chosenBank));
     layout()->addWidget(banks);
-    auto* inUse = new WholeLinesText("Sound bank in use", toQString(facts_.bankInUse()), this);
-    inUse->setFixedLines(3);
-    layout()->addWidget(inUse);
-    connect(banks, &QComboBox::activated, this, [this, inUse](int index) {
+    bankInUse_ = new WholeLinesText("Sound bank in use", {}, this);
+    bankInUse_->setFixedLines(3);
+    layout()->addWidget(bankInUse_);
+    connect(banks, &QComboBox::activated, this, [this](int index) {
         facts_.chooseBank(facts_.banks[static_cast<std::size_t>(index)].path);
-        inUse->setPlainText(toQString(facts_.bankInUse()));
+        refresh();
     });
 }
 
 void SoundPage::addVolume() {
     addCaption(*this, "VOLUME");
-    auto* volume = new QSlider(Qt::Horizontal, this);
-    volume->setObjectName("volume");
-    volume->setAccessibleName("Volume");
-    volume->setRange(0, percent);
-    volume->setPageStep(percent / 10);
-    volume->setValue(qRound(facts_.volume * percent));
-    connect(volume, &QSlider::valueChanged, this,
+    volume_ = new QSlider(Qt::Horizontal, this);
+    volume_->setObjectName("volume");
+    volume_->setAccessibleName("Volume");
+    volume_->setRange(0, percent);
+    volume_->setPageStep(percent / 10);
+    connect(volume_, &QSlider::valueChanged, this,
             [this](int value) { facts_.setVolume(1.0 * value / percent); });
-    layout()->addWidget(volume);
+    layout()->addWidget(volume_);
 }
 
 } // namespace tambrel

@@ -106,8 +106,10 @@ QTabWidget* TambrelAboutPanel::makePages(const AboutFacts& facts, InfoPage page)
     pages->setObjectName("pages");
     pages->setStyleSheet(lookOfPages());
     pages->tabBar()->setAccessibleName("Pages");
-    pages->addTab(pageOf(new SongPage(facts.song)), "Song");
-    pages->addTab(new SoundPage(facts.sound), "Sound");
+    songPage_ = new SongPage(facts.song);
+    soundPage_ = new SoundPage(facts.sound);
+    pages->addTab(pageOf(songPage_), "Song");
+    pages->addTab(soundPage_, "Sound");
     pages->addTab(pageOf(new WholeLinesText("Keys", keysText())), "Keys");
     pages->addTab(programPage(facts), "Tambrel");
     pages->setCurrentIndex(static_cast<int>(page));
@@ -115,11 +117,16 @@ QTabWidget* TambrelAboutPanel::makePages(const AboutFacts& facts, InfoPage page)
 }
 
 void TambrelAboutPanel::show(QWidget& owner, const AboutFacts& facts, InfoPage page) {
-    delete owner.findChild<QDialog*>("aboutPanel", Qt::FindDirectChildrenOnly);
+    delete of(owner);
     QDialog* panel = new TambrelAboutPanel(owner, facts, page);
     panel->setVisible(true);
     panel->raise();
     panel->activateWindow();
+}
+
+TambrelAboutPanel* TambrelAboutPanel::of(const QWidget& owner) {
+    return dynamic_cast<TambrelAboutPanel*>(
+        owner.findChild<QDialog*>("aboutPanel", Qt::FindDirectChildrenOnly));
 }
 
 } // namespace tambrel

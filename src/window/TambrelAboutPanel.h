@@ -30,10 +30,20 @@ class TambrelAboutPanel : public QDialog {
 public:
     /// Shows the owner's panel in front, at a page, with these facts.
     static void show(QWidget& owner, const AboutFacts& facts, InfoPage page);
+    /// The owner's panel; null when there is none.
+    [[nodiscard]] static TambrelAboutPanel* of(const QWidget& owner);
+
+    // It follows what changes while it is open.
+    void showSong(const std::optional<SongPageFacts>& song) { songPage_->setSong(song); }
+    void refreshSound() { soundPage_->refresh(); }
 
 private:
     TambrelAboutPanel(QWidget& owner, const AboutFacts& facts, InfoPage page);
     [[nodiscard]] QTabWidget* makePages(const AboutFacts& facts, InfoPage page);
+
+    // Children.
+    SongPage* songPage_ = nullptr;
+    SoundPage* soundPage_ = nullptr;
 };
 
 } // namespace tambrel

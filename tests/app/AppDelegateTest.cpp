@@ -61,8 +61,8 @@ protected:
     [[nodiscard]] SoundPageFacts soundFacts() {
         return {.banks = {{"System's default", ""}, {"small", "/banks/small.sf2"}},
                 .bankInUse = [this] { return bank; },
-                .output = "silent",
-                .volume = volume,
+                .output = [this] { return output; },
+                .volume = [this] { return volume; },
                 .chooseBank = [this](const std::string& path) { bank = path; },
                 .setVolume = [this](double value) { volume = value; }};
     }
@@ -72,6 +72,7 @@ protected:
     RecordedLog recorded;
     std::string bank = "/banks/default.sf2";
     double volume = 0.8;
+    std::string output = "silent";
     QTemporaryDir home;
     QSettings settings{home.filePath("settings.ini"), QSettings::IniFormat};
     int beeps = 0;
@@ -261,13 +262,27 @@ TEST_F(AppDelegateTest, SaysEverythingInThePanelToTheKeyboardAlone) {
         all.replace(at, folder.size(), "");
     EXPECT_TRUE(isExpected(all, "window/info-panel.txt"));
 
-    QTest::keyClick(aboutPanel()->findChild<QSlider*>(), Qt::Key_PageDown);
+    auto& slider = *aboutPanel()->findChild<QSlider*>();
+    QTest::keyClick(&slider, Qt::Key_PageDown);
     EXPECT_EQ(volume, 0.7);
+    volume = 0.254;
+    output = "alsa";
+    delegate.soundChanged();
+    EXPECT_EQ(slider.value(), 25);
+    EXPECT_EQ(volume, 0.254) << "as somebody else has set it";
+    EXPECT_EQ(aboutPanel()->findChild<QPlainTextEdit*>("Output")->toPlainText(), "alsa");
     auto& banks = *aboutPanel()->findChild<QComboBox*>();
     QTest::keyClick(&banks, Qt::Key_Down);
     EXPECT_EQ(bank, "/banks/small.sf2");
     EXPECT_EQ(aboutPanel()->findChild<QPlainTextEdit*>("Sound bank in use")->toPlainText(),
               "/banks/small.sf2");
+
+    view->load(files.write("b.mid", smallSong(false)));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return song.toPlainText().contains("b.mid") && song.toPlainText().contains("Division"); }));
+    EXPECT_FALSE(song.toPlainText().contains("a.mid"));
+    view->clearLoadedMIDI();
+    EXPECT_EQ(song.toPlainText(), "No song is loaded.");
 }
 
 } // namespace

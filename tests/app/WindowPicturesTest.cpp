@@ -106,8 +106,8 @@ TEST_F(WindowPicturesTest, ShowsThePagesOfTheInfoPanelAsTheyWereWhenSomebodyLook
                            .builtOn = "Qt, FluidSynth and ICU",
                            .sound = {.banks = {{"System's default", ""}},
                                      .bankInUse = [] { return std::string("/banks/default.sf2"); },
-                                     .output = "pulseaudio, else alsa, else jack",
-                                     .volume = 0.8,
+                                     .output = [] { return std::string("pulseaudio, else alsa, else jack"); },
+                                     .volume = [] { return 0.8; },
                                      .chooseBank = {},
                                      .setVolume = {}},
                            .song =
