@@ -154,7 +154,8 @@ void Sequencer::render(float* left, float* right, int frames) noexcept {
         } else {
             synthesizer_->render(left, right, step);
         }
-        if (phase_ == Phase::fading || isLapEnding_)
+        tail_.addTo(left, right, step);
+        if (phase_ == Phase::fading)
             fadeOut(left, right, step);
         if (phase_ == Phase::ringing && ringOut_.isOver(left, right, step, synthesizer_->activeVoices()))
             startFading();
@@ -194,7 +195,9 @@ void Sequencer::beginBlock() noexcept {
     else if (hasFaded)
         goSilent();
     if (phase_ == Phase::playing) {
-        endLap();
+        const bool isRepeated = isLooping() && current_->songFrames > std::int64_t{LapTail::frames};
+        if (isRepeated && position_ >= current_->songFrames)
+            beginLap();
         playEvents();
     }
 }
@@ -224,7 +227,8 @@ void Sequencer::carryOut() noexcept {
 }
 
 void Sequencer::begin() noexcept {
-    isOver_ = isLapEnding_ = false;
+    isOver_ = false;
+    tail_.drop();
     lapBegins_.store(0, std::memory_order_relaxed);
     synthesizer_->reset();
     for (const Chased& chased : current_->chasedState) {
@@ -240,31 +244,20 @@ void Sequencer::begin() noexcept {
     soundless_.store(false, std::memory_order_release);
 }
 
-// Does not ask again whether to begin anew once what sounds has begun to fade out.
-void Sequencer::endLap() noexcept {
-    if (!isLapEnding_ && isLooping() && current_->songFrames > fadeFrames &&
-        position_ + fadeFrames >= current_->songFrames) {
-        isLapEnding_ = true;
-        fadeLeft_ = fadeFrames;
-    }
-    if (isLapEnding_ && position_ >= current_->songFrames)
-        beginLap();
-}
-
 // The end lies within a block: what that has too much is gone of the next lap, so that laps are as long as
 // the song.
 void Sequencer::beginLap() noexcept {
-    isLapEnding_ = false;
     const std::int64_t over = position_ - position_ % current_->songFrames;
     position_ -= over;
     lapBegins_.store(lapBegins_.load(std::memory_order_relaxed) + over, std::memory_order_release);
+    tail_.take(*synthesizer_);
     synthesizer_->reset();
     feed_.begin(*current_->song, 0);
     current_->tempo = current_->tempoOfLap;
 }
 
 void Sequencer::goSilent() noexcept {
-    isLapEnding_ = false;
+    tail_.drop();
     synthesizer_->reset();
     phase_ = Phase::silent;
     soundless_.store(true, std::memory_order_release);

@@ -3,6 +3,7 @@
 #include "AudioDriver.h"
 #include "Chase.h"
 #include "EventFeed.h"
+#include "LapTail.h"
 #include "MIDIInstrument.h"
 #include "RingOut.h"
 #include "Timeline.h"
@@ -48,8 +49,8 @@ public:
     void resume();
     /// Fades out what sounds; nothing sounds any more after a few milliseconds of rendering.
     void halt();
-    /// Whether a song begins again when its end is rendered, without a gap: what still sounds is faded out in
-    /// its last 7 ms. Nothing shorter than that is repeated. Taken up when the end is rendered.
+    /// Whether a song begins again when its end is rendered, without a gap: what sounds there fades out
+    /// within the first 21 ms of the next lap. Nothing shorter than that is repeated.
     void setLooping(bool isLooping) { isLooping_.store(isLooping, std::memory_order_relaxed); }
     [[nodiscard]] bool isLooping() const { return isLooping_.load(std::memory_order_relaxed); }
     /// Seconds into the song of the latest `play`: what has been rendered, never beyond the song's end.
@@ -106,7 +107,6 @@ private:
     void begin() noexcept;
     void retire(Order* order) noexcept;
     void beginBlock() noexcept;
-    void endLap() noexcept;
     void beginLap() noexcept;
     void playEvents() noexcept;
     void startFading() noexcept;
@@ -146,8 +146,8 @@ private:
     int blockOffset_ = 0;       // Frames of the current block that have been given out.
     int fadeLeft_ = 0;          // Frames of the fade-out that are still to come.
     bool carriesOutByItself_ = false;
-    bool isOver_ = false;      // The song.
-    bool isLapEnding_ = false; // The song is about to begin again.
+    bool isOver_ = false; // The song.
+    LapTail tail_;
     RingOut ringOut_;
 };
 
