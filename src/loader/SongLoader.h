@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
-#include <utility>
 
 namespace tambrel {
 
@@ -39,7 +38,7 @@ struct LoadOutcome {
 /// background. Main thread only.
 class SongLoader {
 public:
-    explicit SongLoader(TimelineBuilder buildTimeline) : buildTimeline_(std::move(buildTimeline)) {}
+    explicit SongLoader(TimelineBuilder buildTimeline);
 
     /// Calls `then` on the main thread when the load is done, has failed or was stopped, unless the loader is
     /// gone by then.

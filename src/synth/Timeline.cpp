@@ -61,12 +61,16 @@ bool readMessage(ByteView data, const SMFTimedTrackEvent& event, PackedEvent& pa
 /// Takes in the messages of a song in order of time.
 class Timeline::Builder {
 public:
-    Builder(Timeline& timeline, const LongMessages& longMessages, const std::stop_token& stop)
-        : timeline_(timeline), longMessages_(longMessages), stop_(stop) {}
+    Builder(Timeline& timeline, const LongMessages& longMessages, std::size_t trackBytes,
+            const std::stop_token& stop)
+        : timeline_(timeline),
+          longMessages_(longMessages),
+          stop_(stop),
+          checkpointInterval_(std::max(shortestInterval, trackBytes / mostCheckpoints)) {}
 
     void add(std::span<const PackedEvent> events) {
         while (!events.empty()) {
-            const std::size_t room = checkpointInterval - size() % checkpointInterval;
+            const std::size_t room = checkpointInterval_ - size() % checkpointInterval_;
             const auto part = router_.isUsual() ? upToLongMessage(events.first(std::min(events.size(), room)))
                                                 : std::span<const PackedEvent>();
             if (part.empty())
@@ -74,7 +78,7 @@ public:
             else
                 addPart(part);
             events = events.subspan(std::max<std::size_t>(part.size(), 1));
-            if (size() / checkpointInterval > timeline_.checkpoints_.size())
+            if (size() / checkpointInterval_ > timeline_.checkpoints_.size())
                 addCheckpoint();
         }
     }
@@ -212,6 +216,7 @@ private:
     Timeline& timeline_;
     const LongMessages& longMessages_;
     const std::stop_token& stop_;
+    const std::size_t checkpointInterval_; // In events.
     ChasedState state_;
     ParameterReader parameters_;
     PartRouter router_;
@@ -249,7 +254,7 @@ void Timeline::read(ByteView data, std::uint16_t trackCount, const std::stop_tok
         events_.reserve(trackBytes / 2);
 
     LongMessages longMessages;
-    Builder builder(*this, longMessages, stop);
+    Builder builder(*this, longMessages, trackBytes, stop);
     const std::uint32_t lastTick = SMFTrackMerger::merge<PackedEvent>(
         data, tracks, SMFMalformedEventPolicy::stop,
         [data, &longMessages](const SMFTimedTrackEvent& event, PackedEvent& packed) {
