@@ -23,13 +23,14 @@ void SoundBankLoader::begin() {
     wanted_ = banks.front();
     ++loads_;
     executor_.run(
-        [banks = std::move(banks), rate = sampleRate_]() -> Result {
+        [banks = std::move(banks), rate = sampleRate_] {
+            Result result;
             try {
-                return {.loaded = loadSynthesizer(rate, banks, {.underLoad = UnderLoad::giveUpVoices}),
-                        .failure = {}};
+                result.loaded = loadSynthesizer(rate, banks, {.underLoad = UnderLoad::giveUpVoices});
             } catch (const SoundBankError& error) {
-                return {.loaded = {}, .failure = error.what()};
+                result.failure = error.what();
             }
+            return result;
         },
         [this](Result result) { take(std::move(result)); });
 }
