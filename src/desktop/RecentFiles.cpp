@@ -2,6 +2,7 @@
 
 #include "NewFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QXmlStreamReader>
@@ -124,8 +125,9 @@ private:
 };
 
 void enter(const RecentFile& file) {
-    const QString path =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/recently-used.xbel";
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    QDir().mkpath(folder); // A new user has none yet.
+    const QString path = folder + "/recently-used.xbel";
     QFile old(path);
     if (old.exists() && !old.open(QIODevice::ReadOnly))
         return;
