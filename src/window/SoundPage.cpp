@@ -28,6 +28,7 @@ SoundPage::SoundPage(SoundPageFacts facts) : facts_(std::move(facts)) {
     addCaption(*this, "OUTPUT");
     output_ = new WholeLinesText("Output", {}, this);
     output_->setFixedLines(2);
+    output_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // Qt wants one for two lines in two.
     column->addWidget(output_);
     addVolume();
     column->addStretch();
