@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -223,11 +224,15 @@ void Program::setLooping(bool isLooping) {
 
 std::string Program::outputText() const {
     const auto& named = commandLine_.audioDrivers;
-    std::string tried;
-    for (const std::string& driver : named.empty() ? defaultAudioDrivers() : named)
-        tried += (tried.empty() ? "Tried: " : ", else ") + driver;
+    const auto drivers = named.empty() ? defaultAudioDrivers() : named;
     const std::string inUse = engine_.output();
-    return (inUse.empty() ? "None while nothing plays" : inUse) + "\n" + tried;
+    if (drivers.size() == 1 && !inUse.empty())
+        return inUse;
+    std::string text =
+        (inUse.empty() ? "None while nothing plays" : inUse) + "\nTried in turn: " + drivers.front();
+    for (const std::string& driver : drivers | std::views::drop(1))
+        text += ", " + driver;
+    return text;
 }
 
 // The bank's path, and where that leads to: a default bank is a link.
