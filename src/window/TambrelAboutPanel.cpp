@@ -47,8 +47,8 @@ QLayout* heading(QWidget& page, const ApplicationInfo& info) {
     icon->setPixmap(QApplication::windowIcon().pixmap(pictureSize));
     icon->setAccessibleName("Tambrel icon");
     icon->setVisible(!icon->pixmap().isNull());
-    auto* logo = new PictureView(":/MIDI_LOGO.svg", &page);
-    logo->setAccessibleName("MIDI logo");
+    auto* logo = new PictureView(":/KESTRUNE_LOGO.svg", &page);
+    logo->setAccessibleName("Kestrune Software logo");
     logo->setFixedSize(pictureSize, pictureSize);
     auto* texts = new QVBoxLayout;
     texts->addWidget(new RetroLabel("TAMBREL", RetroTheme::songName(), Qt::AlignLeft, &page));
