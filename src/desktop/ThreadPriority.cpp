@@ -9,7 +9,7 @@ namespace {
 
 constexpr int niceness = -11;
 
-void askRealtimeKit(QDBusConnection bus, quint64 thread) {
+void askRealtimeKit(const QDBusConnection& bus, quint64 thread) {
     constexpr const char* name = "org.freedesktop.RealtimeKit1";
     auto question =
         QDBusMessage::createMethodCall(name, "/org/freedesktop/RealtimeKit1", name, "MakeThreadHighPriority");
