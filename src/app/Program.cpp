@@ -24,7 +24,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <ranges>
+#include <span>
 #include <system_error>
 #include <utility>
 
@@ -225,12 +225,12 @@ void Program::setLooping(bool isLooping) {
 std::string Program::outputText() const {
     const auto& named = commandLine_.audioDrivers;
     const auto drivers = named.empty() ? defaultAudioDrivers() : named;
-    const std::string inUse = engine_.output();
+    std::string inUse = engine_.output();
     if (drivers.size() == 1 && !inUse.empty())
         return inUse;
     std::string text =
         (inUse.empty() ? "None while nothing plays" : inUse) + "\nTried in turn: " + drivers.front();
-    for (const std::string& driver : drivers | std::views::drop(1))
+    for (const std::string& driver : std::span(drivers).subspan(1))
         text += ", " + driver;
     return text;
 }
