@@ -84,8 +84,9 @@ void SongSession::takePlaybackData(LoadedSong& song) {
     if (file.importedMIDI2ClipData)
         playbackState_.cacheImportedMIDI2ClipCompanion(*file.importedMIDI2ClipData);
     else if (file.midi2ClipCompanionSummary)
-        playbackState_.cacheGeneratedMIDI2ClipCompanion(std::exchange(file.midi2ClipCompanionData, {}),
+        playbackState_.cacheGeneratedMIDI2ClipCompanion(file.midi2ClipCompanionData,
                                                         *file.midi2ClipCompanionSummary, false, loading);
+    file.midi2ClipCompanionData.reset();
     try {
         player_.load(song.song);
     } catch (const std::exception& error) {
