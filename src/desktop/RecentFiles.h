@@ -17,7 +17,7 @@ struct RecentFile {
 };
 
 /// The desktop's list of recent files: `recently-used.xbel` in the user's data folder, by the Desktop
-/// Bookmark specification of freedesktop.org, which file managers and Open panels read. Main thread only; the
+/// Bookmark format of freedesktop.org, which file managers and Open panels read. Main thread only; the
 /// list is read and written on a thread of its own, for the last time before the object is gone.
 class RecentFiles {
 public:

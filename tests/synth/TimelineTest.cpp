@@ -216,10 +216,10 @@ TEST(TimelineTest, SharesTheEventsWithALoudnessVariant) {
 TEST(TimelineTest, GivesThePartsTheChannelsThatTheyReceive) {
     const auto song = timeline({TrackBuilder()
                                     .noteOn(0, 4, 60)
-                                    .sysex(0, gs({0x40, 0x12, 0x02, 4})) // Part 2 as well as part 5.
+                                    .sysex(0, gs({0x40, 0x12, 0x02, 4})) // GS part 2 as well as 5.
                                     .noteOn(0, 4, 61)
                                     .noteOn(0, 1, 62)                 // No part listens.
-                                    .sysex(0, xg({8, 4, 0x04, 0x7F})) // Part 5 to none.
+                                    .sysex(0, xg({8, 4, 0x04, 0x7F})) // XG part 5 to none.
                                     .tempo(0, 300'000)
                                     .noteOff(0, 4, 61)
                                     .sysex(0, gs({0x40, 0x12, 0x19, 50})) // Of the part, not the channel.
