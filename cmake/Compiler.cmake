@@ -17,6 +17,9 @@ if(TAMBREL_SANITIZERS)
   target_compile_options(tambrel_compiler INTERFACE
     -fsanitize=${TAMBREL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tambrel_compiler INTERFACE -fsanitize=${TAMBREL_SANITIZERS})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # Which takes what a sanitizer checks for what is not initialized.
+    target_compile_options(tambrel_compiler INTERFACE -Wno-maybe-uninitialized)
+  endif()
 endif()
 
 find_program(CCACHE_PROGRAM ccache)
