@@ -114,7 +114,7 @@ MIDIData readInput(const std::filesystem::path& file) {
 TambrelLoadedFile loadInput(const std::filesystem::path& file) {
     if (isStream(file))
         return TambrelFileLoader::loadBytes(readInput(file), file, Interruption::token());
-    return TambrelFileLoader::load(file, Interruption::token());
+    return TambrelFileLoader::load(file, Interruption::token(), {}, WholeFile::read);
 }
 
 } // namespace tambrel::cli

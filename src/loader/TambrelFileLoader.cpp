@@ -6,7 +6,6 @@
 #include "SMFTrackChunk.h"
 #include "TambrelMIDIFileSupport.h"
 #include "UTF8.h"
-#include "WholeFile.h"
 
 #include <future>
 #include <new>
@@ -105,9 +104,9 @@ void loadClip(TambrelLoadedFile& file, const MIDIData& clip, const std::stop_tok
     file.importedMIDI2ClipData = clip;
 }
 
-MIDIData readFile(const std::filesystem::path& url, const std::stop_token& stop) {
+MIDIData readFile(const std::filesystem::path& url, const std::stop_token& stop, FileReader reader) {
     try {
-        return WholeFile::read(url, stop);
+        return reader(url, stop);
     } catch (const TambrelLoadCancelled&) {
         throw;
     } catch (const std::exception& error) {
@@ -118,8 +117,8 @@ MIDIData readFile(const std::filesystem::path& url, const std::stop_token& stop)
 } // namespace
 
 TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop,
-                       const PlaybackDataHook& onPlaybackData) {
-    return loadBytes(readFile(url, stop), url, stop, onPlaybackData);
+                       const PlaybackDataHook& onPlaybackData, FileReader reader) {
+    return loadBytes(readFile(url, stop, reader), url, stop, onPlaybackData);
 }
 
 TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& url,

@@ -2,6 +2,7 @@
 
 #include "TambrelLoadError.h"
 #include "TambrelLoadedFile.h"
+#include "WholeFile.h"
 
 #include <filesystem>
 #include <functional>
@@ -17,8 +18,12 @@ namespace TambrelFileLoader {
 /// then be built beside the rest of the load.
 using PlaybackDataHook = std::function<void(const MIDIData& playbackData)>;
 
+/// `WholeFile::readOrLeave`, or `WholeFile::read` where no user waits at a window.
+using FileReader = MIDIData (*)(const std::filesystem::path& file, const std::stop_token& stop);
+
 [[nodiscard]] TambrelLoadedFile load(const std::filesystem::path& url, const std::stop_token& stop = {},
-                                     const PlaybackDataHook& onPlaybackData = {});
+                                     const PlaybackDataHook& onPlaybackData = {},
+                                     FileReader reader = WholeFile::readOrLeave);
 
 /// The same for a file whose content is already in memory; `url` only says what it is called.
 [[nodiscard]] TambrelLoadedFile loadBytes(const MIDIData& data, const std::filesystem::path& url,

@@ -86,8 +86,34 @@ Descriptor openRegularFile(const std::filesystem::path& file) {
     return Descriptor(file);
 }
 
+/// What comes of a read on a thread of its own: whoever settles it first has the say.
+class Reading {
+public:
+    template<class Settle>
+    void settle(Settle settle) {
+        if (!isSettled_.test_and_set())
+            settle(content_);
+    }
+    [[nodiscard]] std::future<MIDIData> content() { return content_.get_future(); }
+
+private:
+    std::atomic_flag isSettled_;
+    std::promise<MIDIData> content_;
+};
+
+void readInto(Reading& reading, const std::filesystem::path& file, const std::stop_token& stop) {
+    try {
+        MIDIData content = read(file, stop);
+        reading.settle([&content](auto& promise) { promise.set_value(std::move(content)); });
+    } catch (...) {
+        reading.settle([](auto& promise) { promise.set_exception(std::current_exception()); });
+    }
+}
+
+} // namespace
+
 // Read, not mapped: a mapped file that is cut short ends the program.
-MIDIData readNow(const std::filesystem::path& file, const std::stop_token& stop) {
+MIDIData read(const std::filesystem::path& file, const std::stop_token& stop) {
     constexpr std::size_t chunkSize = 4 << 20;
     requireGoingOn(stop);
     const Descriptor descriptor = openRegularFile(file);
@@ -107,34 +133,8 @@ MIDIData readNow(const std::filesystem::path& file, const std::stop_token& stop)
     }
 }
 
-/// What comes of a read on a thread of its own: whoever settles it first has the say.
-class Reading {
-public:
-    template<class Settle>
-    void settle(Settle settle) {
-        if (!isSettled_.test_and_set())
-            settle(content_);
-    }
-    [[nodiscard]] std::future<MIDIData> content() { return content_.get_future(); }
-
-private:
-    std::atomic_flag isSettled_;
-    std::promise<MIDIData> content_;
-};
-
-void readInto(Reading& reading, const std::filesystem::path& file, const std::stop_token& stop) {
-    try {
-        MIDIData content = readNow(file, stop);
-        reading.settle([&content](auto& promise) { promise.set_value(std::move(content)); });
-    } catch (...) {
-        reading.settle([](auto& promise) { promise.set_exception(std::current_exception()); });
-    }
-}
-
-} // namespace
-
 // A network share that sleeps may hold a read up for ever. Nobody but its own thread waits for that then.
-MIDIData read(const std::filesystem::path& file, const std::stop_token& stop) {
+MIDIData readOrLeave(const std::filesystem::path& file, const std::stop_token& stop) {
     const auto reading = std::make_shared<Reading>();
     std::future<MIDIData> content = reading->content();
     std::thread([reading, file, stop] { readInto(*reading, file, stop); }).detach();

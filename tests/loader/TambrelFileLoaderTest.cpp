@@ -209,7 +209,8 @@ TEST(TambrelFileLoader, leavesAReadThatStallsBehind) {
         goesOn.acquire();
     };
     std::stop_source task;
-    auto load = std::async(std::launch::async, TambrelFileLoader::load, song, task.get_token(), nullptr);
+    auto load = std::async(std::launch::async, TambrelFileLoader::load, song, task.get_token(), nullptr,
+                           WholeFile::readOrLeave);
     stalls.acquire();
     task.request_stop();
     EXPECT_EQ(load.wait_for(std::chrono::seconds(30)), std::future_status::ready);
